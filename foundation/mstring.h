@@ -1,0 +1,53 @@
+// mstring: the compiler's own owning string.
+//
+// One heap block, NUL-terminated, no stored length: the length is always
+// strlen of the block. A null block and an empty block both mean "empty",
+// and every reader has to accept both. The block over-allocates on set/add
+// because strings are built piece by piece all over the generator.
+#pragma once
+
+#include <cstdint>
+
+class mstring {
+public:
+    mstring() = default;
+    mstring(char const* s);  // NOLINT: implicit on purpose, texts mix freely
+    mstring(mstring const& other);
+    ~mstring();
+
+    mstring& operator=(mstring const& other);
+    mstring& operator=(char const* s);
+
+    void set(char const* s, unsigned long n);
+    void add(char const* s, unsigned long n);
+
+    mstring& operator+=(mstring const& other);
+    mstring& operator+=(char const* s);
+    mstring& operator+=(char c);
+
+    char& operator[](int i) { return m_str[i]; }
+    char const& operator[](int i) const { return m_str[i]; }
+
+    // The text, or null for a string that never got a block.
+    char const* ptr() const { return m_str; }
+    // The text, never null: what library functions are handed.
+    char const* c_str() const { return m_str ? m_str : ""; }
+    unsigned length() const;
+    bool empty() const { return m_str == nullptr || m_str[0] == '\0'; }
+    std::uint64_t capacity() const { return m_cap; }
+
+private:
+    char* m_str = nullptr;
+    std::uint64_t m_cap = 0;
+};
+
+mstring operator+(mstring const& a, mstring const& b);
+mstring operator+(mstring const& a, char const* b);
+mstring operator+(char const* a, mstring const& b);
+
+bool operator==(mstring const& a, mstring const& b);
+bool operator!=(mstring const& a, mstring const& b);
+bool operator<(mstring const& a, mstring const& b);
+bool operator>(mstring const& a, mstring const& b);
+bool operator==(mstring const& a, char const* b);
+bool operator!=(mstring const& a, char const* b);

@@ -1,0 +1,108 @@
+#include "foundation/outstream.h"
+
+#include <unistd.h>
+
+#include "foundation/ut.h"
+#include "frontend/diagnostics.h"
+
+IOutStream& ZylOFstream::operator<<(mstring const& s) {
+    if (m_file && s.ptr())
+        std::fputs(s.ptr(), m_file);
+    return *this;
+}
+
+IOutStream& ZylOFstream::operator<<(char const* s) {
+    if (m_file && s)
+        std::fputs(s, m_file);
+    return *this;
+}
+
+IOutStream& ZylOFstream::operator<<(long v) {
+    if (m_file)
+        std::fprintf(m_file, "%ld", v);
+    return *this;
+}
+
+IOutStream& ZylOFstream::operator<<(unsigned long v) {
+    if (m_file)
+        std::fprintf(m_file, "%lu", v);
+    return *this;
+}
+
+IOutStream& ZylOFstream::operator<<(char c) {
+    if (m_file)
+        std::fputc(c, m_file);
+    return *this;
+}
+
+IOutStream& ZylOFstream::operator<<(long long v) {
+    if (m_file)
+        std::fprintf(m_file, "%lld", v);
+    return *this;
+}
+
+void ZylOFstream::close() {
+    if (m_file) {
+        std::fclose(m_file);
+        m_file = nullptr;
+    }
+}
+
+unsigned ZylOstringstream::cnt = 0;
+
+ZylOstringstream::~ZylOstringstream() {
+    m_stream.close();
+    ::unlink(m_fileName.c_str());
+}
+
+mstring ZylOstringstream::retstr() {
+    m_stream.close();
+    mstring result;
+    FILE* f = std::fopen(m_fileName.c_str(), "rb");
+    if (f == nullptr)
+        return result;
+    char piece[1025];
+    for (;;) {
+        size_t n = std::fread(piece, 1, 1024, f);
+        piece[n] = '\0';
+        // A NUL in the file cuts the piece where it stands.
+        result += piece;
+        if (n < 1024)
+            break;
+    }
+    std::fclose(f);
+    return result;
+}
+
+DupStream::~DupStream() {
+    if (m_owner) {
+        delete m_first;
+        delete m_second;
+    }
+}
+
+IOutStream* IOutStream::createNullStream() { return new NullStream(); }
+
+IOutStream* IOutStream::createWrapStream(IOutStream* target) { return new WrapStream(target); }
+
+IOutStream* IOutStream::createDupStream(IOutStream* first, IOutStream* second, bool owner) {
+    return new DupStream(first, second, owner);
+}
+
+IOutStream* IOutStream::createFileStream(mstring const& name) {
+    FILE* f = std::fopen(name.c_str(), "w");
+    if (f == nullptr)
+        IErrReporter::panic(mstring("Cannot open file ") + name, true);
+    return new ZylOFstream(f);
+}
+
+IOutStream* IOutStream::createStrStream(mstring const& dir) {
+    ZylOstringstream::cnt++;
+    // The directory is used as it stands: an empty one puts the file in the root.
+    mstring name = dir + OS_SEP + "temp_" + UT::n2s(static_cast<int>(::getpid())) + "_" +
+                   UT::n2s(ZylOstringstream::cnt);
+    FILE* f = std::fopen(name.c_str(), "wb");
+    if (f == nullptr)
+        IErrReporter::panic(mstring("Cannot open file ") + name, true);
+    return new ZylOstringstream(name, f);
+}

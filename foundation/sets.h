@@ -1,0 +1,99 @@
+// Ordered sets of reference-counted elements.
+//
+// A set keeps two views of its elements: the order of insertion, which is
+// what walks and output see, and the order by key, which look-ups use.
+#pragma once
+
+#include "foundation/mstring.h"
+#include "foundation/mvector.h"
+
+class IComparable {
+public:
+    virtual ~IComparable() = default;
+    virtual bool less(IComparable const* other) const = 0;
+
+    int m_refCount = 0;
+};
+
+// Counted handle: copying adds a reference, releasing the last one destroys
+// the target.
+class HIComparable {
+public:
+    HIComparable() = default;
+    HIComparable(IComparable* p);  // NOLINT: handles are made from raw targets everywhere
+    HIComparable(HIComparable const& other);
+    ~HIComparable();
+    HIComparable& operator=(HIComparable const& other);
+    HIComparable& operator=(IComparable* p);
+
+    IComparable* get() const { return m_ptr; }
+    IComparable* operator->() const { return m_ptr; }
+    bool isNull() const { return m_ptr == nullptr; }
+
+private:
+    void release();
+    IComparable* m_ptr = nullptr;
+};
+
+class ISet {
+public:
+    class Pos {
+    public:
+        virtual ~Pos() = default;
+        virtual HIComparable get() = 0;
+        virtual void next() = 0;
+        virtual bool valid() = 0;
+    };
+
+    virtual ~ISet() = default;
+    virtual bool add(HIComparable const& h) = 0;
+    virtual HIComparable* find(HIComparable const& key) = 0;
+    virtual HIComparable* find(IComparable const& key) = 0;
+    virtual unsigned size() const = 0;
+    virtual void remove(IComparable const& key) = 0;
+    // A new cursor at the first element in order of insertion; the caller owns it.
+    virtual Pos* first() const = 0;
+
+    static ISet* create();
+};
+
+class SetImpl : public ISet {
+public:
+    ~SetImpl() override;
+    bool add(HIComparable const& h) override;
+    HIComparable* find(HIComparable const& key) override;
+    HIComparable* find(IComparable const& key) override;
+    unsigned size() const override;
+    void remove(IComparable const& key) override;
+    Pos* first() const override;
+
+    mvector<HIComparable> const& inOrder() const { return v_inOrder; }
+
+private:
+    // Index of the first element of the sorted view that is not less than key.
+    unsigned lowerBound(IComparable const& key) const;
+
+    mvector<HIComparable> v_inOrder;
+    mvector<HIComparable> v_sorted;
+};
+
+class PosImpl : public ISet::Pos {
+public:
+    explicit PosImpl(SetImpl const* set) : m_set(set) {}
+    HIComparable get() override;
+    void next() override;
+    bool valid() override;
+
+private:
+    SetImpl const* m_set;
+    unsigned m_index = 0;
+};
+
+class StringSet {
+public:
+    virtual ~StringSet() = default;
+    virtual bool insert(mstring const& s);
+    virtual bool find(mstring const& s);
+
+    mvector<mstring> v_strings;
+};

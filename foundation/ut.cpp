@@ -1,0 +1,193 @@
+#include "foundation/ut.h"
+
+#include <cctype>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <unistd.h>
+
+char const* OS_SEP = "/";
+
+namespace {
+template <class... A>
+mstring format(char const* fmt, A... args) {
+    char buf[64];
+    std::snprintf(buf, sizeof buf, fmt, args...);
+    return mstring(buf);
+}
+}  // namespace
+
+mstring UT::n2s(int v) { return format("%d", v); }
+mstring UT::n2s(unsigned int v) { return format("%u", v); }
+mstring UT::n2s(long long v) { return format("%lld", v); }
+mstring UT::n2s(double v) { return format("%g", v); }
+mstring UT::n2s(void* v) { return format("%p", v); }
+mstring UT::n2s(int v, int w) { return adjust(n2s(v), w); }
+mstring UT::n2s(unsigned int v, int w) { return adjust(n2s(v), w); }
+mstring UT::n2s(long long v, int w) { return adjust(n2s(v), w); }
+
+mstring UT::adjust(mstring const& s, int w) {
+    mstring r = s;
+    for (int len = static_cast<int>(s.length()); len < w; len++)
+        r += ' ';
+    return r;
+}
+
+mstring UT::trim(mstring const& s) {
+    char const* p = s.c_str();
+    while (*p && std::isspace(static_cast<unsigned char>(*p)))
+        p++;
+    unsigned long n = std::strlen(p);
+    while (n > 0 && std::isspace(static_cast<unsigned char>(p[n - 1])))
+        n--;
+    mstring r;
+    r.set(p, n);
+    return r;
+}
+
+mstring UT::makefnm(mstring const& dir, mstring const& name) {
+    mstring d = dir;
+    unsigned len = d.length();
+    if (len > 0 && (d[len - 1] == '/' || d[len - 1] == '\\'))
+        d.set(d.c_str(), len - 1);
+    if (d.empty())
+        return name;
+    return d + OS_SEP + name;
+}
+
+mvector<mstring> UT::splitName(mstring const& s, char c) {
+    mvector<mstring> pieces;
+    char const* p = s.c_str();
+    for (;;) {
+        char const* q = std::strchr(p, c);
+        mstring piece;
+        piece.set(p, q ? static_cast<unsigned long>(q - p) : std::strlen(p));
+        pieces.push_back(piece);
+        if (q == nullptr)
+            break;
+        p = q + 1;
+    }
+    return pieces;
+}
+
+UT::Pair UT::split2(mstring const& s) {
+    Pair r;
+    char const* p = s.c_str();
+    char const* q = p;
+    while (*q && !std::isspace(static_cast<unsigned char>(*q)))
+        q++;
+    r.first.set(p, static_cast<unsigned long>(q - p));
+    while (*q && std::isspace(static_cast<unsigned char>(*q)))
+        q++;
+    r.second = q;
+    return r;
+}
+
+mstring UT::stringTime() {
+    std::time_t now = std::time(nullptr);
+    return mstring(std::asctime(std::localtime(&now)));
+}
+
+mstring UT::currdir() {
+    char buf[300];
+    if (::getcwd(buf, sizeof buf) == nullptr)
+        return mstring();
+    return mstring(buf);
+}
+
+void UT::dlog(mstring const&) {}
+
+void UT::finishComp(bool ok) {
+    if (ok)
+        std::printf("Compiled successfully: %s\n", stringTime().c_str());
+    else
+        std::printf("Error executing DDL compiler\n");
+    std::fflush(stdout);
+}
+
+bool UT::CVT::isHexDigit(char c) {
+    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+}
+
+// Overflow wraps silently in all of these: nothing here detects it.
+bool UT::CVT::fromHex(char const* s, long* v) {
+    if (s[0] != '0' || (s[1] != 'x' && s[1] != 'X'))
+        return false;
+    unsigned long r = 0;
+    for (char const* p = s + 2; *p; p++) {
+        char c = *p;
+        unsigned d;
+        if (c >= '0' && c <= '9')
+            d = c - '0';
+        else if (c >= 'a' && c <= 'f')
+            d = c - 'a' + 10;
+        else if (c >= 'A' && c <= 'F')
+            d = c - 'A' + 10;
+        else
+            return false;
+        r = r * 16 + d;
+    }
+    *v = static_cast<long>(r);
+    return true;
+}
+
+bool UT::CVT::fromOct(char const* s, long* v) {
+    if (s[0] != '0')
+        return false;
+    unsigned long r = 0;
+    for (char const* p = s + 1; *p; p++) {
+        if (*p < '0' || *p > '7')
+            return false;
+        r = r * 8 + static_cast<unsigned>(*p - '0');
+    }
+    *v = static_cast<long>(r);
+    return true;
+}
+
+bool UT::CVT::s2int(char const* s, long* v) {
+    if (s[0] == '0') {
+        if (s[1] == 'x' || s[1] == 'X')
+            return fromHex(s, v);
+        return fromOct(s, v);
+    }
+    char* end;
+    *v = std::strtol(s, &end, 10);
+    return *end == '\0';
+}
+
+bool UT::CVT::s2i8(char const* s, long long* v) {
+    char* end;
+    *v = std::strtoll(s, &end, 0);
+    return *end == '\0';
+}
+
+bool UT::CVT::s2u8(char const* s, unsigned long long* v) {
+    char* end;
+    *v = std::strtoull(s, &end, 0);
+    return *end == '\0';
+}
+
+bool UT::CVT::s2dbl(char const* s, double* v) {
+    char* end;
+    *v = std::strtod(s, &end);
+    return *end == '\0';
+}
+
+UT::Buf::Buf(int n) : m_buf(new char[n + 2]), m_size(n) { eos(); }
+
+UT::Buf::~Buf() { delete[] m_buf; }
+
+bool UT::Buf::read(FILE* f) {
+    if (std::fgets(m_buf, m_size, f) == nullptr) {
+        eos();
+        return false;
+    }
+    for (char* p = m_buf; *p; p++) {
+        if (*p == '\n' || *p == '\r' || (p[0] == '/' && p[1] == '/')) {
+            *p = '\0';
+            break;
+        }
+    }
+    return true;
+}
