@@ -1,0 +1,211 @@
+// The token reader.
+//
+// Tokens are cut by a handful of rules in canAppend, which decide what a
+// schema may look like: identifiers, numbers (with any number of points),
+// one-character delimiters. Every report goes through the preprocessor, so
+// it carries the current file and line, with the read position in the
+// preprocessed line.
+#include "frontend/parser.h"
+
+#include <cctype>
+#include <cstdlib>
+#include <cstring>
+
+#include "foundation/ut.h"
+
+namespace {
+
+bool isBlank(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
+bool isDigit(char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; }
+bool isIdentStart(char c) { return c == '_' || std::isalpha(static_cast<unsigned char>(c)); }
+bool isIdentChar(char c) { return c == '_' || std::isalnum(static_cast<unsigned char>(c)); }
+
+// Each of these is a token of its own.
+char const kDelimiters[] = "{}<>;,()[]:*.=";
+
+// Numbers written with a leading "0" are hex or octal. Returns false for
+// any other token; otherwise the value (0 after a reported failure).
+bool readZeroNumber(PreProcessor& pp, int pos, mstring const& token, long* value) {
+    char const* s = token.c_str();
+    if (s[0] != '0')
+        return false;
+    *value = 0;
+    if (s[1] == 'x' || s[1] == 'X') {
+        if (!UT::CVT::fromHex(s, value))
+            pp.error1("not a hex number: #1", token, pos);
+    } else if (!UT::CVT::fromOct(s, value)) {
+        pp.error1("not an octal number: #1", token, pos);
+    }
+    return true;
+}
+
+}  // namespace
+
+Parser::Parser(FILE* f, mstring const& fileName, IErrReporter* reporter, mstring const& includeDir,
+               mstring const& tempDir)
+    : m_pp(f, fileName, reporter, includeDir, tempDir) {}
+
+// The tokens put back go first, then the preprocessor: member order does it.
+Parser::~Parser() = default;
+
+bool Parser::fillLine() {
+    for (;;) {
+        // The read position never passes the line's NUL, so this is the
+        // "at or past the end" test.
+        while (m_line.c_str()[m_pos] == '\0') {
+            if (m_pp.isEnd())
+                return false;
+            m_line = m_pp.readLine();
+            m_pos = 0;
+        }
+        skipBlanks();
+        if (m_line.c_str()[m_pos] != '\0')
+            return true;
+    }
+}
+
+mstring Parser::get() {
+    unsigned n = v_takenBack.size();
+    if (n > 0) {
+        mstring token = v_takenBack[n - 1];
+        v_takenBack[n - 1] = mstring();
+        v_takenBack.resize(n - 1);
+        return token;
+    }
+    if (!fillLine())
+        return mstring();
+
+    // The first character is always taken, so only the end of the input
+    // gives an empty token. White space is tested before canAppend: an
+    // unknown character standing alone passes as a token of its own.
+    char const* s = m_line.c_str();
+    mstring token;
+    token += s[m_pos++];
+    while (s[m_pos] != '\0' && !isBlank(s[m_pos]) && canAppend(token, s[m_pos]))
+        token += s[m_pos++];
+    return token;
+}
+
+void Parser::takeBack(mstring const& token) { v_takenBack.push_back(token); }
+
+bool Parser::match(mstring const& expected) {
+    mstring token = get();
+    bool same = token == expected;
+    if (!same)
+        m_pp.error1("expected #1", expected, m_pos);
+    return same;
+}
+
+mstring Parser::getName() {
+    mstring token = get();
+    char const* s = token.c_str();
+    if (!isIdentStart(s[0]))
+        m_pp.error1("identifier expected, found #1", token, m_pos);
+    // Only a token that was put back can fail here: get() cuts an
+    // identifier at the first other character.
+    size_t len = std::strlen(s);
+    for (size_t i = 1; i < len; i++) {
+        if (!isIdentChar(s[i])) {
+            m_pp.error1("identifier expected, found #1", token, m_pos);
+            break;
+        }
+    }
+    if (len > 0 && s[len - 1] == '_')
+        m_pp.error("identifiers cannot end with the underscore", m_pos);
+    return token;
+}
+
+unsigned Parser::getNumEx(bool optional) {
+    mstring token = get();
+    long value = 0;
+    if (readZeroNumber(m_pp, m_pos, token, &value))
+        return static_cast<unsigned>(value);
+
+    char* end = nullptr;
+    value = std::strtol(token.c_str(), &end, 10);
+    if (value > 0 && *end == '\0')
+        return static_cast<unsigned>(value);
+    if (optional) {
+        // Whatever strtol made of it: 0 for a word, and a negative number
+        // comes back as it was, for callers that test "0 or less".
+        takeBack(token);
+        return static_cast<unsigned>(value);
+    }
+    m_pp.error1("positive number expected, found #1", token, m_pos);
+    return static_cast<unsigned>(value);
+}
+
+int Parser::getSigned() {
+    mstring token = get();
+    long value = 0;
+    if (readZeroNumber(m_pp, m_pos, token, &value))
+        return static_cast<int>(value);
+
+    char* end = nullptr;
+    value = std::strtol(token.c_str(), &end, 10);
+    if (*end != '\0')
+        m_pp.error1("number expected, found #1", token, m_pos);
+    return static_cast<int>(value);
+}
+
+mstring Parser::getQuotedString() {
+    mstring result;
+    if (!fillLine())
+        return result;
+
+    char const* s = m_line.c_str();
+    if (s[m_pos] == '"')
+        m_pos++;
+    else
+        m_pp.error("opening double quote is expected", m_pos);
+    result += '"';
+
+    // Both quotes stay in the result, and so does every backslash.
+    int start = m_pos;
+    for (;;) {
+        char c = s[m_pos];
+        if (c == '\0') {
+            result.add(s + start, static_cast<unsigned long>(m_pos - start));
+            m_pp.error("closing double quote is expected", m_pos);
+            return result;
+        }
+        m_pos++;
+        if (c == '"')
+            break;
+        if (c == '\\' && s[m_pos] != '\0')
+            m_pos++;
+    }
+    result.add(s + start, static_cast<unsigned long>(m_pos - start));
+    return result;
+}
+
+void Parser::skipBlanks() {
+    char const* s = m_line.c_str();
+    while (isBlank(s[m_pos]))
+        m_pos++;
+}
+
+bool Parser::canAppend(mstring const& token, char c) {
+    char f = token.c_str()[0];
+    if (isIdentStart(f))
+        return isIdentChar(c);
+    if (f == '0') {
+        char second = token.c_str()[1];
+        if (second == '\0')
+            return c == 'x' || c == 'X' || isDigit(c) || c == '.';
+        if (second == 'x' || second == 'X')
+            return UT::CVT::isHexDigit(c);
+        return isDigit(c) || c == '.';
+    }
+    if (isDigit(f) || f == '-')
+        return isDigit(c) || c == '.';
+    if (f != '\0' && std::strchr(kDelimiters, f) != nullptr)
+        return false;
+    // The message names the character behind the unknown one: this check
+    // is made when the second character of a token is looked at.
+    mstring msg("Unrecognized Symbol \"");
+    msg += c;
+    msg += "\"";
+    m_pp.error(msg, m_pos);
+    return false;
+}

@@ -1,0 +1,43 @@
+// The token reader: cuts preprocessed lines into text tokens. A token is a
+// plain mstring; the grammar compares texts, there are no token classes.
+#pragma once
+
+#include <cstdio>
+
+#include "foundation/mstring.h"
+#include "foundation/mvector.h"
+#include "frontend/diagnostics.h"
+#include "frontend/preprocessor.h"
+
+class Parser {
+public:
+    Parser(FILE* f, mstring const& fileName, IErrReporter* reporter, mstring const& includeDir,
+           mstring const& tempDir);
+    ~Parser();
+
+    // The next token; empty at the end of the input.
+    mstring get();
+    // Tokens put back come out again last-in, first-out.
+    void takeBack(mstring const& token);
+    bool match(mstring const& expected);
+    mstring getName();
+    unsigned getNum() { return getNumEx(false); }
+    unsigned getNumEx(bool optional);
+    int getSigned();
+    mstring getQuotedString();
+    void skipBlanks();
+    bool canAppend(mstring const& token, char c);
+
+    PreProcessor& pp() { return m_pp; }
+    int pos() const { return m_pos; }
+
+private:
+    // Moves the read position to the next character that is not white
+    // space, reading lines as needed; false at the end of the input.
+    bool fillLine();
+
+    int m_pos = 0;
+    mstring m_line;
+    PreProcessor m_pp;
+    mvector<mstring> v_takenBack;
+};

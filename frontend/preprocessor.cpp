@@ -1,0 +1,359 @@
+// The schema preprocessor.
+//
+// Lines are read one at a time. Comments are overwritten with blanks rather
+// than removed, so that line numbers and columns stay true. The condition
+// stack and the macros are shared by all files: an #endif may close what an
+// including file opened, and a macro lives to the end of the compile.
+// Expanded lines are built in memory; reading a schema creates no file.
+#include "frontend/preprocessor.h"
+
+#include <cctype>
+#include <cstring>
+
+#include "foundation/ut.h"
+
+namespace {
+
+// Longer lines arrive in pieces of this size, and each piece counts as a line.
+int const kLineBufSize = 5000;
+// More files than this below the current one are taken for an include loop.
+unsigned const kMaxIncludeDepth = 100;
+// An expansion this deep is taken for a macro that refers to itself.
+int const kMaxMacroDepth = 21;
+
+bool isBlank(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
+bool isIdentStart(char c) { return c == '_' || std::isalpha(static_cast<unsigned char>(c)); }
+bool isIdentChar(char c) { return c == '_' || std::isalnum(static_cast<unsigned char>(c)); }
+
+// True when nothing is left to read. A look-ahead rather than feof(), which
+// only turns true after a failed read and would add a phantom empty line
+// (and one more line number) behind the last line of every file.
+bool atEnd(FILE* f) {
+    if (f == nullptr)
+        return true;
+    int c = std::getc(f);
+    if (c == EOF)
+        return true;
+    std::ungetc(c, f);
+    return false;
+}
+
+void append(mstring& out, char const* from, char const* to) {
+    if (to > from)
+        out.add(from, static_cast<unsigned long>(to - from));
+}
+
+}  // namespace
+
+PreProcessor::PreProcessor(FILE* f, mstring const& fileName, IErrReporter* reporter, mstring const& includeDir,
+                           mstring const& tempDir)
+    : m_reporter(reporter),
+      m_macros(ISet::create()),
+      m_file(f),
+      m_fileName(fileName),
+      m_includeDir(includeDir),
+      m_tempDir(tempDir) {}
+
+PreProcessor::~PreProcessor() {
+    // Include files are closed innermost first. The bottom file was handed
+    // in by the caller, which closes it itself: the compile driver does so
+    // right after the analysis, before this object goes away.
+    if (v_files.size() > 0) {
+        std::fclose(m_file);
+        for (int i = static_cast<int>(v_files.size()) - 1; i >= 1; i--)
+            std::fclose(v_files[i]);
+    }
+    delete m_macros;
+}
+
+mstring PreProcessor::readLine() {
+    if (m_end)
+        return mstring();
+    UT::Buf buf(kLineBufSize);
+    for (;;) {
+        while (atEnd(m_file)) {
+            if (m_inComment)
+                error("comment is not closed with */", 0);
+            unsigned depth = v_files.size();
+            if (depth == 0) {
+                if (v_conds.size() != 0)
+                    error("no #endif for #if", 0);
+                m_end = true;
+                return mstring();
+            }
+            // Back to the including file, which may be at its end as well.
+            std::fclose(m_file);
+            m_file = v_files[depth - 1];
+            m_fileName = v_fileNames[depth - 1];
+            m_line = v_lines[depth - 1];
+            v_files.resize(depth - 1);
+            v_fileNames.resize(depth - 1);
+            v_lines.resize(depth - 1);
+        }
+
+        buf.read(m_file);
+        m_line++;
+        char* text = buf.str();
+
+        if (m_inComment) {
+            char* close = std::strstr(text, "*/");
+            if (close == nullptr)
+                continue;
+            std::memset(text, ' ', static_cast<size_t>(close + 2 - text));
+            m_inComment = false;
+        }
+        // Comments do not nest: the first "*/" behind a "/*" closes it.
+        for (char* open = std::strstr(text, "/*"); open != nullptr; open = std::strstr(text, "/*")) {
+            char* close = std::strstr(open + 2, "*/");
+            if (close == nullptr) {
+                *open = '\0';
+                m_inComment = true;
+                break;
+            }
+            std::memset(open, ' ', static_cast<size_t>(close + 2 - open));
+        }
+        return processLine(text);
+    }
+}
+
+mstring PreProcessor::processLine(char const* text) {
+    char const* p = text;
+    while (isBlank(*p))
+        p++;
+    bool isDirective = *p == '#';
+    mstring word;
+    mstring arg;
+    if (isDirective) {
+        // "# ifdef" has an empty word: the blank ends it at once.
+        char const* start = ++p;
+        while (std::isalpha(static_cast<unsigned char>(*p)))
+            p++;
+        word.set(start, static_cast<unsigned long>(p - start));
+        while (isBlank(*p))
+            p++;
+        arg = p;
+    }
+
+    // A change of the condition stack takes effect from the next line on.
+    setLast();
+    if (isDirective) {
+        directive(word, arg);
+        return mstring();
+    }
+    if (!active)
+        return mstring();
+
+    // Every identifier goes out expanded, with a blank on either side; all
+    // other text is copied in runs, from `run` up to `s`.
+    mstring out;
+    char prev = 0;
+    char const* s = text;
+    char const* run = s;
+    while (*s != '\0') {
+        char c = *s;
+        if (prev == '0' && c != '"') {
+            if (c == 'x' || c == 'X') {
+                // The token reader sees one spelling of the hex prefix.
+                append(out, run, s);
+                out += 'x';
+                run = ++s;
+                while (UT::CVT::isHexDigit(*s))
+                    s++;
+                prev = s[-1];
+            } else {
+                // Digits glued to letters make no identifier unless the
+                // word starts with a letter.
+                prev = c;
+                s++;
+            }
+        } else if (isIdentStart(c)) {
+            append(out, run, s);
+            char const* start = s;
+            while (isIdentChar(*s))
+                s++;
+            mstring name;
+            name.set(start, static_cast<unsigned long>(s - start));
+            out += ' ';
+            out += expand(name, 0);
+            out += ' ';
+            prev = s[-1];
+            run = s;
+        } else if (c == '"') {
+            for (s++; *s != '"'; s++) {
+                if (*s == '\0') {
+                    error("non-terminated string literal", 0);
+                    break;
+                }
+                if (*s == '\\' && s[1] != '\0')
+                    s++;
+            }
+            if (*s == '"')
+                s++;
+            prev = s[-1];
+        } else {
+            prev = c;
+            s++;
+        }
+    }
+    append(out, run, s);
+    return out;
+}
+
+mstring PreProcessor::expand(mstring const& name, int depth) {
+    Macros* macro = findDef(name);
+    if (macro == nullptr)
+        return name;
+    if (depth >= kMaxMacroDepth) {
+        error("recursion in macro", 0);
+        return mstring();
+    }
+    // Unlike a line, a value knows no strings and no hex prefixes: only a
+    // character behind a "0" is kept from starting an identifier.
+    mstring out;
+    char prev = 0;
+    char const* s = macro->m_value.c_str();
+    char const* run = s;
+    while (*s != '\0') {
+        char c = *s;
+        if (prev != '0' && isIdentStart(c)) {
+            append(out, run, s);
+            char const* start = s;
+            while (isIdentChar(*s))
+                s++;
+            mstring inner;
+            inner.set(start, static_cast<unsigned long>(s - start));
+            out += ' ';
+            out += expand(inner, depth + 1);
+            out += ' ';
+            prev = s[-1];
+            run = s;
+        } else {
+            prev = c;
+            s++;
+        }
+    }
+    append(out, run, s);
+    return out;
+}
+
+void PreProcessor::directive(mstring const& word, mstring const& arg) {
+    if (word == "ifdef" || word == "ifndef") {
+        // Under a false branch everything stays false, known macro or not.
+        bool known = findDef(arg) != nullptr;
+        Cond cond;
+        cond.m_word = word;
+        cond.m_active = active && (word == "ifdef" ? known : !known);
+        v_conds.push_back(cond);
+    } else if (word == "else") {
+        if (!arg.empty())
+            error("extra words after #else", 0);
+        unsigned n = v_conds.size();
+        if (n == 0 || (v_conds[n - 1].m_word != "ifdef" && v_conds[n - 1].m_word != "ifndef")) {
+            error("#else without matching #if", 0);
+            return;
+        }
+        bool wasTaken = v_conds[n - 1].m_active;
+        v_conds.resize(n - 1);
+        setLast();
+        Cond cond;
+        cond.m_word = "else";
+        cond.m_active = wasTaken ? false : active;
+        v_conds.push_back(cond);
+    } else if (word == "endif") {
+        if (v_conds.size() == 0) {
+            error("#endif without matching #if", 0);
+            return;
+        }
+        v_conds.resize(v_conds.size() - 1);
+    } else if (word == "define") {
+        if (!active)
+            return;
+        UT::Pair def = UT::split2(arg);
+        if (findDef(def.first) != nullptr) {
+            error1("macro #1 already defined", def.first, 0);
+            return;
+        }
+        m_macros->add(HIComparable(new Macros(def.first, def.second)));
+    } else if (word == "undef") {
+        if (!active)
+            return;
+        UT::Pair def = UT::split2(arg);
+        if (!def.second.empty())
+            error("illegal #undef command - extra words", 0);
+        removeDef(def.first);
+    } else if (word == "include") {
+        if (active)
+            include(arg);
+    }
+    // Any other word ("#pragma" and the like) vanishes without a report.
+
+    // Keeps the top pointer valid after a push; `active` is taken again at
+    // the next line anyway.
+    setLast();
+}
+
+void PreProcessor::include(mstring const& arg) {
+    if (v_files.size() > kMaxIncludeDepth) {
+        error("recursion in #include", 0);
+        return;
+    }
+    char const* a = arg.c_str();
+    unsigned n = arg.length();
+    // "name" and <name> mean the same.
+    if (n < 3 || !((a[0] == '"' && a[n - 1] == '"') || (a[0] == '<' && a[n - 1] == '>'))) {
+        error("incorrect #include syntax", 0);
+        return;
+    }
+    mstring name;
+    name.set(a + 1, n - 2);
+    FILE* f = std::fopen(UT::makefnm(m_includeDir, name).c_str(), "r");
+    if (f == nullptr) {
+        error2("current directory is #1, cannot open include file #2", UT::currdir(), name, 0);
+        return;
+    }
+    v_files.push_back(m_file);
+    v_fileNames.push_back(m_fileName);
+    v_lines.push_back(m_line);
+    // Diagnostics name an include file as it was written, without the directory.
+    m_file = f;
+    m_fileName = name;
+    m_line = 0;
+}
+
+PreProcessor::Macros* PreProcessor::findDef(mstring const& name) {
+    Macros key(name, mstring());
+    HIComparable* found = m_macros->find(key);
+    return found ? static_cast<Macros*>(found->get()) : nullptr;
+}
+
+void PreProcessor::removeDef(mstring const& name) {
+    Macros key(name, mstring());
+    m_macros->remove(key);
+}
+
+void PreProcessor::setLast() {
+    unsigned n = v_conds.size();
+    m_last = n > 0 ? &v_conds[n - 1] : nullptr;
+    active = m_last ? m_last->m_active : true;
+}
+
+void PreProcessor::error(mstring const& msg, int pos) { m_reporter->err(msg, m_fileName, m_line, pos); }
+
+void PreProcessor::error1(mstring const& msg, mstring const& p1, int pos) {
+    m_reporter->err1(msg, p1, m_fileName, m_line, pos);
+}
+
+void PreProcessor::error2(mstring const& msg, mstring const& p1, mstring const& p2, int pos) {
+    m_reporter->err2(msg, p1, p2, m_fileName, m_line, pos);
+}
+
+void PreProcessor::error3(mstring const& msg, mstring const& p1, mstring const& p2, mstring const& p3, int pos) {
+    m_reporter->err3(msg, p1, p2, p3, m_fileName, m_line, pos);
+}
+
+void PreProcessor::error4(mstring const& msg, mstring const& p1, mstring const& p2, mstring const& p3,
+                          mstring const& p4, int pos) {
+    m_reporter->err4(msg, p1, p2, p3, p4, m_fileName, m_line, pos);
+}
+
+void PreProcessor::warning(mstring const& msg, int pos) { m_reporter->warning(msg, m_fileName, m_line, pos); }
