@@ -1,0 +1,23 @@
+#include "host/zylcomp/analyzer.h"
+
+Analyzer::Analyzer(Parser* parser, bool keepFieldOrder, bool wideOffsets, bool compactDefault,
+                   bool sqlReservedWords, bool persistentDefault, bool transientUnused, bool atomicDefault,
+                   int sizeofSize, int spareSize, mvector<mstring>* hiddenClasses, IOnDbNameFound* onDbName)
+    : m_parser(parser),
+      m_sqlReservedWords(sqlReservedWords),
+      m_compactDefault(compactDefault),
+      m_onDbName(onDbName),
+      m_persistentDefault(persistentDefault),
+      m_transientUnused(transientUnused),
+      m_atomicDefault(atomicDefault),
+      m_wideOffsets(wideOffsets),
+      m_sizeofSize(sizeofSize),
+      m_spareSize(spareSize),
+      m_defaultAlign8(wideOffsets || keepFieldOrder),
+      m_keepFieldOrder(keepFieldOrder),
+      m_hiddenClasses(hiddenClasses) {
+    if (wideOffsets)
+        m_schema.m_schemaOptions |= Schema::OPT_WIDE_OFFSETS;
+    if (keepFieldOrder)
+        m_schema.m_schemaOptions |= Schema::OPT_KEEP_FIELD_ORDER;
+}

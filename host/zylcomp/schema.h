@@ -1,0 +1,414 @@
+// The schema object model: the one in-memory description of a compiled
+// schema.
+//
+// The analyzer fills it while it parses, the finishing passes complete it,
+// the layout pass writes only the layout members, and the generators read
+// it. Ownership runs through the Schema's sets alone: every Struct, Class,
+// Enum and Collation is reference counted and released with its set; all
+// pointers between model records (Field::m_struct, FldEl pointers, v_owner,
+// ...) are borrowed and never freed.
+#pragma once
+
+#include <cstdint>
+
+#include "foundation/mstring.h"
+#include "foundation/mvector.h"
+#include "foundation/sets.h"
+#include "host/zylcomp/fsize.h"
+
+class Struct;
+class Class;
+class Enum;
+class Field;
+
+// What kind of type a Struct is. Plain ints on purpose: dictionary code and
+// generators compare and store them as numbers.
+enum TypeCategory {
+    TC_STRUCT = 0,     // declared struct, and every Class
+    TC_SCALAR = 1,     // integers, float, double, boolean, date and time types, enums
+    TC_CHARS = 2,      // char<n>
+    TC_STRING = 3,
+    TC_BLOB = 4,
+    TC_OID_REF = 5,    // "ref", the oid structure
+    TC_AUTOID = 6,     // "$autoid", type of the implicit autoid field
+    TC_VERSION = 7,    // "$version"
+    TC_AUTO_OID = 8,   // "$auto_oid", type of the implicit "auto_oid@" field
+    TC_NCHARS = 9,     // nchar<n>
+    TC_NSTRING = 10,
+    TC_DIRECT = 11,    // direct struct
+    TC_UNUSED = 13,    // no type of this version has it; counted as dynamic
+    TC_SEQUENCE = 14,
+    TC_BINARY = 15,    // binary<n>
+    TC_VARBINARY = 16,
+};
+
+enum IndexType {
+    IT_TREE = 0,
+    IT_HASH = 1,
+    IT_KDTREE = 2,
+    IT_RTREE = 3,
+    IT_PATRICIA = 4,
+    IT_TRIGRAM = 5,
+    IT_LIST = 6,
+};
+
+enum TableIotType {
+    IOT_NONE = 0,
+    IOT_UPTABLE = 1,
+    IOT_DOWNTABLE = 2,
+};
+
+// Event::m_kind values. 6 is not used.
+enum EventKind {
+    EV_NEW = 1,
+    EV_UPDATE = 2,  // a field's update
+    EV_DELETE = 3,
+    EV_DELETE_ALL = 4,
+    EV_CHECKPOINT = 5,
+    EV_CLASS_UPDATE = 7,
+};
+
+// What the event and place look-ups answer when nothing matches.
+constexpr std::uint32_t NO_EVENT = 0xFFFFFFFFu;
+
+// The integer type of an enum whose elements take `size` bytes: "uint1",
+// "uint2" or "uint4". Any other size is an internal fault and ends the
+// process.
+mstring enum_int_type(int size);
+
+// ---------------------------------------------------------------------------
+// Layout data. Filled by the layout pass; the model only carries it.
+
+// The placement of one field in one Layout. Its behaviour (update_strings
+// and the sort order used by sort_vector) comes with the layout pass.
+class FldLayout {
+public:
+    Field* m_field = nullptr;
+    FSize m_size;
+    FSize m_offset;
+    FSize m_align;
+    mstring m_unused;  // never filled; kept so the record keeps its shape
+    bool m_typeIsDirect = false;
+    bool m_inDirect = false;
+};
+
+class Layout {
+public:
+    FSize m_size;
+    FSize m_align;
+    mvector<FldLayout> v_fld;
+};
+
+// The two object formats: compact first, large second.
+class Layout2 {
+public:
+    Layout compact;
+    Layout large;
+};
+
+// ---------------------------------------------------------------------------
+// Value records, copied member by member into their vectors.
+
+class Field {
+public:
+    mstring m_typeName;  // as written: "signed<4>", "ref", "char<8>", a struct name, "sequence"
+    mstring m_name;
+    bool m_isBitmap = false;  // the field named "updated_bitmap"
+    bool m_isVector = false;
+    bool m_isIndexed = false;
+    bool m_isUniqueIndexed = false;
+    bool m_isHidden = false;  // system field: no access functions
+    bool m_isOptional = false;
+    bool m_isArray = false;
+    bool m_isNullable = false;
+    bool m_isIndicator = false;  // the "_indicator" field of a nullable field
+    bool m_isSequence = false;
+    int m_arraySize = 0;  // a rectangle holds twice its dimension
+    int m_indicator = -1;  // place in v_field of this field's indicator
+    bool m_isRect = false;
+    bool m_isPoint = false;
+    mvector<mstring> v_init;  // initial values as text, one per element
+    Struct* m_struct = nullptr;  // resolved type
+    FldLayout* m_compactLayout = nullptr;
+    FldLayout* m_largeLayout = nullptr;
+    Enum* m_enum = nullptr;
+    mstring m_refClassName;  // C of ref<C> or autoid_t<C>
+    int m_fieldNo = 0;  // schema-wide number, from the analyzer's counter
+    bool m_isDirect = false;  // the type is a direct struct
+    Struct* m_containerStruct = nullptr;
+    int m_position = 0;  // size of v_field when the field was added
+    int m_precision = -1;  // digits behind the point; -1: not numeric, 0 is a real precision
+    mstring m_elemTypeName;  // element type of a sequence
+    Struct* m_elemStruct = nullptr;
+    mstring m_seqOrder;  // "ZYL_SEQ_ASC_ORDER", "ZYL_SEQ_DESC_ORDER" or "ZYL_SEQ_NO_ORDER"
+};
+
+class Index {
+public:
+    // One step of a key part's path from the class down.
+    class FldEl {
+    public:
+        mstring m_name;
+        Struct* m_struct = nullptr;  // where the step was looked up
+        Field* m_field = nullptr;    // points into that struct's v_field
+    };
+
+    // A resolved key part.
+    class Segment {
+    public:
+        mvector<FldEl> v_fldEl;
+        bool m_isVector = false;
+        bool m_isArray = false;
+        bool m_isBoolean = false;
+        bool m_isBinary = false;
+        int m_elemCategory = 0;  // TypeCategory of the vector or array element
+        int m_elemPos = -1;      // the step of the path that is the vector or array
+        bool m_desc = false;
+        bool m_nocase = false;
+        int m_collationNo = -1;
+    };
+
+    mstring m_name;
+    mvector<mstring> v_fieldName;  // dotted paths as written, one per key part
+    mvector<mstring> v_collation;  // per key part, empty for none
+    mvector<bool> v_desc;
+    mvector<bool> v_nocase;
+    mvector<Segment> v_segment;    // built by finishIndices
+    bool m_unique = false;
+    bool m_thick = false;
+    bool m_voluntary = false;
+    bool m_inclusive = false;
+    IndexType m_type = IT_TREE;
+    bool m_userdef = false;
+    int m_userdefNo = -1;
+    int m_code = -1;  // schema-wide index number
+    int ecount = 0;   // estimated number of entries
+    int m_vbased = -1;  // key part that is a vector or array
+    bool m_implicitList = false;
+    bool m_hasBoolean = false;
+    bool m_isSystem = false;
+};
+
+// An index the compiler builds for itself, from C strings.
+class SysIndex : public Index {
+public:
+    SysIndex(char const* name, IndexType type, bool unique);
+    // One key part, ascending, case-sensitive, without collation.
+    void addField(char const* name);
+};
+
+class Event {
+public:
+    mstring m_name;
+    int m_kind = 0;  // EventKind
+    mstring m_fieldName;  // for field update events
+    Field* m_field = nullptr;  // resolved by finishEvents
+    int m_number = -1;  // given by finishEvents
+};
+
+// ---------------------------------------------------------------------------
+// Reference-counted records, owned by the Schema's sets. Each orders by name.
+
+class Enum : public IComparable {
+public:
+    class Elem {
+    public:
+        mstring m_name;
+        std::int32_t m_value = 0;
+    };
+
+    Enum() = default;
+    explicit Enum(mstring const& name) : m_name(name) {}
+    bool less(IComparable const* other) const override;
+
+    mstring m_name;
+    mvector<Elem> v_elem;
+    mstring m_intType;  // enum_int_type of the size the values need
+};
+
+class Collation : public IComparable {
+public:
+    Collation() = default;
+    explicit Collation(mstring const& name) : m_name(name) {}
+    bool less(IComparable const* other) const override;
+
+    mstring m_name;
+    int m_fieldKind = 0;  // 0 until first used; then 7, 19 or 21
+    int m_number = -1;    // given by finishIndices, in set order from 0
+    bool m_onlyNoApi = true;  // cleared when a class with an API uses it
+    bool m_onlyTree = true;   // cleared when an index that is not a tree uses it
+};
+
+class Struct : public IComparable {
+public:
+    // A declared struct (category 0), or a look-up key.
+    Struct() = default;
+    // A base type or another type the compiler makes: born finished, with
+    // the dynamic and blob flags of its category and its four layout
+    // numbers. Throws the C string " illegal category " outside 1..16.
+    Struct(mstring const& name, TypeCategory category, int compactSize, int largeSize, int compactAlign,
+           int largeAlign, mstring const& cType);
+    // Copies keep their own reference count: a copy starts unowned, and an
+    // assigned struct stays owned by whoever holds it.
+    Struct(Struct const& other);
+    Struct& operator=(Struct const& other);
+
+    bool less(IComparable const* other) const override;
+
+    Field* findField(mstring const& name);
+    Field const* findField(mstring const& name) const;
+    // Remembers a class that uses this struct, once.
+    void addOwner(Class* owner);
+
+    mstring m_name;
+    TypeCategory m_category = TC_STRUCT;
+    bool m_finished = false;
+    bool m_isClass = false;
+    bool m_isDynamic = true;  // recomputed by struct_finishStructFields
+    bool m_hasBlobs = false;
+    bool m_hasSequences = false;
+    bool m_hasInit = false;
+    mvector<Field> v_field;
+    Layout2 m_layout;
+    bool m_layoutBusy = false;
+    bool m_layoutDone = false;
+    int m_maxFieldNameLen = 0;
+    int m_outputWidth = 0;  // name column width, set by calculateFormating
+    mstring m_cType;  // C form of a base type
+    mvector<Class*> v_owner;
+    bool m_isDirect = false;
+    bool m_hasDirect = false;
+    bool m_noApi = false;
+    bool m_packed = false;
+};
+
+class Class : public Struct {
+public:
+    explicit Class(bool compact = false) : m_compact(compact) {}
+
+    // True for a field some index starts with; an indicator answers for
+    // the nullable field it belongs to.
+    bool fieldIsIndexed(Field const& f) const;
+
+    // m_number of the first event of the kind, or NO_EVENT.
+    std::uint32_t getNewEvent() const;
+    std::uint32_t getDeleteEvent() const;
+    std::uint32_t getDeleteAllEvent() const;
+    std::uint32_t getCheckpointEvent() const;
+    std::uint32_t getClassUpdateEvent() const;
+    // The update event of field `f`; only fields that stand directly in
+    // this class (s is this class) can have one.
+    std::uint32_t getUpdateEvent(Struct const& s, Field const& f) const;
+    // Place in v_event of the event numbered `number`, or NO_EVENT.
+    std::uint32_t getEventPos(int number) const;
+
+    // Appends a field the compiler makes itself. No field number, no
+    // duplicate test; `initial` null means no initial value.
+    void addSysField(char const* name, char const* type, bool hidden, char const* initial);
+    // Appends a copy; finding duplicates is the caller's job.
+    void addIndex(Index const& index);
+
+    int m_code = 0;  // class code, given by the layout pass
+    bool m_hasOid = false;
+    bool m_hasAutoid = false;
+    bool m_compact;
+    bool m_hasList = false;
+    bool m_listSequences = false;  // the keyword was "sequences"
+    mvector<Index> v_index;
+    int m_maxIndexNameLen = 0;
+    int m_autoidEstimate = 0;
+    bool m_hasHistory = false;  // never set in this version
+    StringSet indexNames;
+    mvector<Event> v_event;
+    bool m_persistent = false;
+    bool m_local = false;
+    bool m_distributed = false;
+    bool m_isSystem = false;
+    bool m_atomic = true;
+    TableIotType m_iotType = IOT_NONE;
+    bool m_hasUserdef = false;
+    bool m_hasCollate = false;
+    bool m_fixed = false;  // set in every system class
+
+private:
+    std::uint32_t firstEventOfKind(int kind) const;
+};
+
+// The bookkeeping classes of distributed and IoT schemas. For now these
+// constructors only mark the class as a system class; the constructors that
+// name them and add their fields and indexes come with those features and
+// replace these.
+class SysClass : public Class {
+public:
+    explicit SysClass(bool compact = false);
+};
+
+class SysDistribClass : public SysClass {
+public:
+    explicit SysDistribClass(bool compact = false) : SysClass(compact) {}
+};
+
+class SysIoTTsClass : public SysClass {
+public:
+    explicit SysIoTTsClass(bool compact = false) : SysClass(compact) {}
+};
+
+class SysIoTDelClass : public SysClass {
+public:
+    explicit SysIoTDelClass(bool compact = false) : SysClass(compact) {}
+};
+
+// ---------------------------------------------------------------------------
+
+// One entry of the calculator statement: a class and its number.
+class CalculatorEntry {
+public:
+    mstring m_className;
+    unsigned m_count = 0;
+};
+
+// One per compile, held by value in the Analyzer.
+class Schema {
+public:
+    // Schema option bits.
+    static constexpr int OPT_WIDE_OFFSETS = 1;
+    static constexpr int OPT_KEEP_FIELD_ORDER = 2;
+    static constexpr int OPT_IOT = 4;
+
+    Schema();
+    ~Schema();
+    Schema(Schema const&) = delete;
+    Schema& operator=(Schema const&) = delete;
+
+    // Types, classes and enums are three separate name spaces here; the
+    // analyzer keeps class names apart from the others by hand.
+    Struct* findType(mstring const& name) const;
+    Class* findClass(mstring const& name) const;
+    Enum* findEnum(mstring const& name) const;
+    Collation* findCollation(mstring const& name) const;
+    // The value of enum constant `name` into *out. False, with *out left
+    // alone, when no enum has it.
+    bool enumNameToInteger(mstring const& name, long* out);
+
+    mstring m_dbName;
+    mstring m_idType;  // type name of the oid struct
+    int m_oidEstimate = 0;
+    bool m_oidDeclared = false;
+    int m_autoOid = 0;  // the auto_oid estimate; non-zero once declared
+    int m_schemaOptions = 0;
+    std::uint16_t m_iotLevel = 0;  // 1 server, 65535 device, 2..65534 router
+    mstring m_agentId;
+    ISet* m_types;
+    ISet* m_classes;  // a class enters only after its closing ";"
+    ISet* m_enums;
+    ISet* m_collations;  // created on first mention in an index
+    StringSet m_enumValueNames;
+    StringSet m_eventNames;  // unique across classes
+    Struct* m_oidStruct = nullptr;  // resolved by checkObjid
+    int m_userdefCount = 0;
+    int m_collationCount = 0;
+    int m_oidSize = 0;  // bytes, set by the layout pass
+    bool m_hasCalculator = false;
+    mvector<CalculatorEntry> v_calculator;
+    StringSet m_calculatorClassNames;
+};
