@@ -1,0 +1,18 @@
+#include "driver/final_callback.h"
+
+#include <unistd.h>
+
+#include "host/zylcomp/genoutput.h"
+
+void FinalCallback::dbnameFound(mstring const& name) {
+    if (name.empty())
+        return;
+    m_files = GenOutput::listAllOutputs(name, m_outputDir);
+}
+
+void FinalCallback::execute() {
+    if (m_gen)
+        m_gen->close();
+    for (unsigned i = 0; i < m_files.size(); i++)
+        ::unlink(m_files[i].c_str());
+}

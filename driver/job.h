@@ -1,0 +1,44 @@
+// The batch entry of the schema compiler: the front end fills a Job and
+// calls run(). Every failure ends the process inside the reporter, so run()
+// only ever returns after a complete compile.
+#pragma once
+
+#include "foundation/mstring.h"
+#include "foundation/mvector.h"
+
+struct Job {
+    bool compiledFunctions = false;
+    bool keepFieldOrder = false;
+    bool xmlSchema = false;
+    bool cppWrappers = false;
+    bool csharpOutput = false;
+    bool javaOutput = false;
+    bool cppRuntimeHeader = false;
+    mstring inputFile;
+    mstring outputDir;
+    mstring includeDir;
+    mstring csharpNamespace;
+    mstring javaPackage;
+    bool dynamicDictTables = false;
+    bool compactDefault = false;
+    bool xmlAccess = false;
+    bool jsonAccess = false;
+    bool sqlReservedWords = false;
+    bool persistentDefault = false;
+    bool transientUnused = false;
+    bool atomicDefault = true;
+    bool wideOffsets = false;
+    int sizeofSize = 8;
+    int spareSize = 0;
+    mvector<mstring> hiddenClasses;
+    bool prefixNames = false;
+    bool relativeClassCodes = false;
+    bool dllSpec = false;
+
+    unsigned run();
+
+    // The directory that #include searches when none is given: everything
+    // before the last separator of the schema path. Separators at index 0
+    // and 1 are deliberately not looked at.
+    static mstring deriveIncludeDir(mstring const& inputFile);
+};

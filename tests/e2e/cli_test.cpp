@@ -1,0 +1,54 @@
+// The command-line front end, run as a user runs it.
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include "support/process.h"
+
+TEST(Cli, MissingSchemaFile) {
+    TempDir dir;
+    ProcessResult r = runProgram({cliPath(), "nosuch.zyl"}, dir.path());
+    char cwd[300];
+    ASSERT_NE(realpath(dir.path().c_str(), cwd), nullptr);
+    EXPECT_EQ(r.out, std::string("Current directory is: ") + cwd + "\nError executing DDL compiler\n");
+    EXPECT_EQ(r.err, "error: Cannot open \"nosuch.zyl\"\n\n");
+    EXPECT_EQ(r.status, 255);
+    EXPECT_TRUE(dir.list().empty());
+}
+
+TEST(Cli, WrongCommandLines) {
+    struct {
+        std::vector<std::string> args;
+        char const* firstLine;
+    } const cases[] = {
+        {{}, "zylcomp: no schema file given\n"},
+        {{"--bogus", "a.zyl"}, "zylcomp: unknown option '--bogus'\n"},
+        {{"a.zyl", "b.zyl"}, "zylcomp: only one schema file may be given; found 'a.zyl' and 'b.zyl'\n"},
+        {{"a.zyl", "-o"}, "zylcomp: option -o needs a value\n"},
+        {{"--sizeof-size", "x", "a.zyl"}, "zylcomp: option --sizeof-size needs a size in bytes from 1 to 64, not 'x'\n"},
+        {{"--sizeof-size=0", "a.zyl"}, "zylcomp: option --sizeof-size needs a size in bytes from 1 to 64, not '0'\n"},
+    };
+    for (auto const& c : cases) {
+        std::vector<std::string> argv = {cliPath()};
+        argv.insert(argv.end(), c.args.begin(), c.args.end());
+        ProcessResult r = runProgram(argv);
+        EXPECT_EQ(r.status, 2);
+        EXPECT_EQ(r.out, "");
+        EXPECT_EQ(r.err, std::string(c.firstLine) +
+                             "usage: zylcomp [OPTIONS] SCHEMA-FILE\nTry 'zylcomp --help' for the options.\n");
+    }
+}
+
+TEST(Cli, HelpAndVersion) {
+    ProcessResult r = runProgram({cliPath(), "--help"});
+    EXPECT_EQ(r.status, 0);
+    for (char const* opt : {"--output-dir", "--include-dir", "--compiled-functions", "--cpp", "--cs-namespace",
+                            "--java-package", "--cpp-runtime-header", "--xml-schema", "--xml-access",
+                            "--json-access", "--keep-field-order", "--wide-offsets", "--dynamic-dict", "--compact",
+                            "--persistent", "--nonatomic", "--sql-reserved-words", "--sizeof-size", "--hide CLASS",
+                            "--hide-all", "--prefix-names", "--relative-class-codes", "--dll-spec", "--version"})
+        EXPECT_NE(r.out.find(opt), std::string::npos) << opt;
+    r = runProgram({cliPath(), "-V"});
+    EXPECT_EQ(r.status, 0);
+    EXPECT_NE(r.out.find("dictionary format 8.1 build 1800"), std::string::npos);
+}

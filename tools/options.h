@@ -1,0 +1,42 @@
+// Command-line options of the zylcomp front end.
+#pragma once
+
+#include <string>
+#include <vector>
+
+struct CliOptions {
+    enum Action { Compile, Help, Version, UsageError };
+
+    Action action = Compile;
+    std::string error;  // with UsageError: what was wrong
+
+    std::string schemaFile;
+    std::string outputDir;
+    std::string includeDir;
+    std::string csNamespace;
+    std::string javaPackage;
+    std::vector<std::string> hiddenClasses;
+    bool compiledFunctions = false;
+    bool cpp = false;
+    bool cs = false;
+    bool java = false;
+    bool cppRuntimeHeader = false;
+    bool xmlSchema = false;
+    bool xmlAccess = false;
+    bool jsonAccess = false;
+    bool keepFieldOrder = false;
+    bool wideOffsets = false;
+    bool dynamicDict = false;
+    bool compact = false;
+    bool persistent = false;
+    bool atomic = true;
+    bool sqlReservedWords = false;
+    int sizeofSize = 8;
+    bool prefixNames = false;
+    bool relativeClassCodes = false;
+    bool dllSpec = false;
+};
+
+CliOptions parseOptions(int argc, char const* const* argv);
+char const* usageText();
+char const* helpText();
