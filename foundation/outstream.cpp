@@ -74,6 +74,53 @@ mstring ZylOstringstream::retstr() {
     return result;
 }
 
+void MemOstringstream::append(char const* s) {
+    if (!m_ended && s)
+        m_text += s;
+}
+
+IOutStream& MemOstringstream::operator<<(mstring const& s) {
+    append(s.ptr());
+    return *this;
+}
+
+IOutStream& MemOstringstream::operator<<(char const* s) {
+    append(s);
+    return *this;
+}
+
+IOutStream& MemOstringstream::operator<<(long v) {
+    char buf[32];
+    std::snprintf(buf, sizeof buf, "%ld", v);
+    append(buf);
+    return *this;
+}
+
+IOutStream& MemOstringstream::operator<<(unsigned long v) {
+    char buf[32];
+    std::snprintf(buf, sizeof buf, "%lu", v);
+    append(buf);
+    return *this;
+}
+
+IOutStream& MemOstringstream::operator<<(char c) {
+    char buf[2] = {c, '\0'};
+    append(buf);
+    return *this;
+}
+
+IOutStream& MemOstringstream::operator<<(long long v) {
+    char buf[32];
+    std::snprintf(buf, sizeof buf, "%lld", v);
+    append(buf);
+    return *this;
+}
+
+mstring MemOstringstream::retstr() {
+    m_ended = true;
+    return mstring(m_text.c_str());
+}
+
 DupStream::~DupStream() {
     if (m_owner) {
         delete m_first;
@@ -106,3 +153,5 @@ IOutStream* IOutStream::createStrStream(mstring const& dir) {
         IErrReporter::panic(mstring("Cannot open file ") + name, true);
     return new ZylOstringstream(name, f);
 }
+
+IOutStream* IOutStream::createMemStream() { return new MemOstringstream(); }

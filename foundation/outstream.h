@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdio>
+#include <string>
 
 #include "foundation/mstring.h"
 
@@ -29,6 +30,8 @@ public:
     // Ends the process when the file cannot be opened.
     static IOutStream* createFileStream(mstring const& name);
     static IOutStream* createStrStream(mstring const& dir);
+    // A text collected in memory; retstr() gives it back.
+    static IOutStream* createMemStream();
 };
 
 class ZylOFstream : public IOutStream {
@@ -71,6 +74,27 @@ public:
 private:
     mstring m_fileName;
     ZylOFstream m_stream;
+};
+
+// The same contract as ZylOstringstream without the temporary file: the
+// text stays in memory, and writing ends with the first retstr().
+class MemOstringstream : public IOutStream {
+public:
+    IOutStream& operator<<(mstring const& s) override;
+    IOutStream& operator<<(char const* s) override;
+    IOutStream& operator<<(long v) override;
+    IOutStream& operator<<(unsigned long v) override;
+    IOutStream& operator<<(char c) override;
+    IOutStream& operator<<(long long v) override;
+    using IOutStream::operator<<;
+    bool good() override { return true; }
+    mstring retstr() override;
+
+private:
+    void append(char const* s);
+
+    std::string m_text;  // std::string: the text grows by many small pieces
+    bool m_ended = false;
 };
 
 class NullStream : public IOutStream {

@@ -53,6 +53,21 @@ TEST(Streams, StringStreamCountersDiffer) {
     delete b;
 }
 
+TEST(Streams, MemoryStreamCollectsTheText) {
+    IOutStream* s = IOutStream::createMemStream();
+    EXPECT_TRUE(s->good());
+    EXPECT_EQ(s->retstr(), "");  // nothing written: empty, not an error
+    delete s;
+
+    s = IOutStream::createMemStream();
+    std::string big(3000, 'x');
+    *s << big.c_str() << mstring("|") << mstring() << 'c' << -5L << 7UL << -9LL << 3 << 4u;
+    EXPECT_EQ(std::string(s->retstr().c_str()), big + "|c-57-934");
+    *s << "late";  // writing has ended, as with the file-backed string stream
+    EXPECT_EQ(std::string(s->retstr().c_str()), big + "|c-57-934");
+    delete s;
+}
+
 TEST(Streams, NullWrapAndDup) {
     TempDir dir;
     IOutStream* null = IOutStream::createNullStream();
