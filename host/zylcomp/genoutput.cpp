@@ -1,3 +1,5 @@
+// The generator's lifetime: construction, closing, and the list of files
+// a compile may write.
 #include "host/zylcomp/genoutput.h"
 
 #include <unistd.h>
@@ -32,7 +34,12 @@ GenOutput::GenOutput(Schema& schema, bool outOfLine, bool dictFlagA, bool genXml
       m_classCodeOrigin(classCodeOrigin),
       m_dllSpec(dllSpec) {}
 
-GenOutput::~GenOutput() { close(); }
+GenOutput::~GenOutput() {
+    close();
+    // close() leaves these two open; they still belong to the generator.
+    delete m_cs;
+    delete m_java;
+}
 
 mvector<mstring> GenOutput::listAllOutputs(mstring const& name, mstring const& dir) {
     mvector<mstring> files;
@@ -48,12 +55,6 @@ mvector<mstring> GenOutput::listAllOutputs(mstring const& name, mstring const& d
     }
     return files;
 }
-
-// The generator sections are not written yet: for now a compile opens and
-// writes nothing, so it leaves no file behind either.
-void GenOutput::init() {}
-void GenOutput::createStreams(bool, bool) {}
-void GenOutput::run() {}
 
 void GenOutput::close() {
     for (IOutStream** s : {&m_h, &m_c, &m_xml, &m_hpp, &m_udf, &m_coll, &m_hppInline, &m_proto, &m_body,

@@ -1,7 +1,16 @@
 // GenOutput: walks the finished schema and writes the generated files.
 //
-// This holds the generator's frame: its switches, its streams, the list of
-// files a compile may write, and the fixed order of the output sections.
+// The class is one generator; its member functions live in one file per
+// output section. This header holds the frame (gen_frame.cpp, and
+// genoutput.cpp for construction, closing and the file list): the
+// switches, the streams, and the fixed order of the sections.
+//
+// Stream routing. Every generated C function is written as: head to
+// m_proto, ";" to m_protoEnd, a line end to m_proto, body to m_body (see
+// writeCFunction). Out of line that gives a prototype in {db}.h and the
+// definition in {db}.c; inline it gives a definition in {db}.h alone.
+// Streams of outputs that were not asked for are null streams, so sections
+// write to them without testing.
 #pragma once
 
 #include "foundation/mstring.h"
@@ -22,8 +31,11 @@ public:
     GenOutput(GenOutput const&) = delete;
     GenOutput& operator=(GenOutput const&) = delete;
 
+    // Chooses the skeleton files that are needed and opens every stream.
     void init();
+    // Writes all sections, always in the same order.
     void run();
+    // Closes and forgets every stream but m_cs and m_java; safe to repeat.
     void close();
 
     // Every path a compile of database `name` into `dir` can write, stale
@@ -32,8 +44,33 @@ public:
 
     mvector<mstring> const& createdFiles() const { return m_createdFiles; }
 
+    // `name` with "{db}_" in front when prefixing is on, unless it is longer
+    // than the database name and begins with it already.
+    mstring nameWithPrefix(mstring const& name) const;
+    // A generated function's name, marked for export when asked, padded to `width`.
+    mstring MF(mstring const& name, int width) const;
+    // A boxed section title in the generated text.
+    static void head2(IOutStream* out, mstring const& title);
+    static void outConstant(IOutStream* out, mstring const& name, int value);
+
 protected:
     virtual void createStreams(bool udf, bool coll);
+
+    // The sections, in the order run() calls them.
+    void heading();
+    void outputCalculator();
+    void outputDictionary();
+    void output();
+    void outputUserdef();
+    void outputCollation();
+    void ending();
+
+    // The common head of a generated C function: "{inl}{ret} {name}{params}",
+    // the return type padded to m_retTypeWidth, the name to `nameWidth`.
+    mstring functionHead(mstring const& name, mstring const& params, int nameWidth) const;
+    // One generated C function through the routing streams; `body` brings
+    // its own braces and trailing line ends.
+    void writeCFunction(mstring const& head, mstring const& body);
 
     Schema* m_schema;
     IErrReporter* m_err;
@@ -68,6 +105,56 @@ protected:
     int m_jobNum2;
     bool m_classCodeOrigin;
     bool m_dllSpec;
+    // The C++ wrappers' inline definitions, held back until the end of output().
     IOutStream* m_hppInline = nullptr;
     mvector<mstring> m_createdFiles;
+    // Column widths of the generated text, set by calculateFormating. The
+    // starting values are what it gives for a schema without classes.
+    int m_structNameWidth = 0;
+    int m_funcNameWidth2 = 0;
+    int m_fieldNameWidth = 0;
+    int m_typeNameWidth = 0;
+    int m_retTypeWidth = 8;
+    int m_funcNameWidth = 20;
+
+private:
+    // Opens `name` in the output directory into `slot` and records it.
+    // False, after the error has gone to m_err, when it cannot be written.
+    bool openOutput(IOutStream*& slot, mstring const& name);
+    // Opens a skeleton the user fills in, "{db}{suffix}"; when one exists
+    // already it is left alone and "{db}{suffix}.new" is written instead.
+    bool openSkeleton(IOutStream*& slot, char const* suffix, char const* existsWarning);
+    bool schemaHasSequences() const;
+};
+
+// The name class `name` bears in the C++ text; every class reference in
+// the .hpp passes through here.
+mstring hppClass(mstring const& name);
+
+// One attribute of the schema dump: {name}="{value}" and a blank, with the
+// angle brackets of the value turned into braces.
+mstring A(mstring const& name, mstring const& value);
+
+// The texts gathered while the functions of one index are written, and the
+// names of the fixed parameters, chosen so that no key parameter (those
+// bear field names) hides them.
+class StrParams {
+public:
+    // Picks m_trans, m_oper, m_handle and m_cursor, in that order.
+    void setup();
+    // `out` becomes the null-terminated list `names`.
+    static void init_vs(mvector<mstring>& out, char const** names);
+    // The first candidate that is no key parameter name; when all are,
+    // the last one numbered from 0 up until the result is free.
+    mstring choose(mvector<mstring> const& candidates) const;
+
+    mstring m_formal;  // ", {type} {name}" per key parameter
+    mstring m_actual;  // ", {name}" per key argument
+    mstring m_fill;    // the lines that fill the key array
+    mstring m_trans;
+    mstring m_cursor;
+    mstring m_oper;
+    mstring m_handle;
+    mvector<mstring> v_names;  // the key parameter names
+    int m_count = 0;           // key parts gathered
 };
