@@ -31,6 +31,14 @@ mstring Job::deriveIncludeDir(mstring const& inputFile) {
     return dir;
 }
 
+GenOutput* Job::createGenerator(Schema& schema, IErrReporter* reporter, mstring const& outputDir) const {
+    // The C++ wrappers call the C functions, so they need them compiled in {db}.c.
+    return new GenOutput(schema, compiledFunctions || cppWrappers, keepFieldOrder, xmlSchema, cppWrappers,
+                         csharpOutput, javaOutput, cppRuntimeHeader, reporter, outputDir, csharpNamespace,
+                         javaPackage, dynamicDictTables, xmlAccess, jsonAccess, sqlReservedWords, wideOffsets,
+                         sizeofSize, spareSize, prefixNames, relativeClassCodes, dllSpec);
+}
+
 unsigned Job::run() {
     FILE* f = std::fopen(inputFile.c_str(), "r");
     ErrReporter reporter;
@@ -57,11 +65,7 @@ unsigned Job::run() {
     analyzer->doChecks();
     std::fclose(f);
 
-    GenOutput* gen = new GenOutput(analyzer->schema(), compiledFunctions || cppWrappers, keepFieldOrder,
-                                   xmlSchema, cppWrappers, csharpOutput, javaOutput, cppRuntimeHeader, &reporter,
-                                   localOutputDir, csharpNamespace, javaPackage, dynamicDictTables, xmlAccess,
-                                   jsonAccess, sqlReservedWords, wideOffsets, sizeofSize, spareSize, prefixNames,
-                                   relativeClassCodes, dllSpec);
+    GenOutput* gen = createGenerator(analyzer->schema(), &reporter, localOutputDir);
     gen->init();
     finalCallback->setGenerator(gen);
     gen->run();

@@ -6,6 +6,10 @@
 #include "foundation/mstring.h"
 #include "foundation/mvector.h"
 
+class GenOutput;
+class IErrReporter;
+class Schema;
+
 struct Job {
     bool compiledFunctions = false;
     bool keepFieldOrder = false;
@@ -36,6 +40,9 @@ struct Job {
     bool dllSpec = false;
 
     unsigned run();
+
+    // The generator for `schema` with this job's switches; the caller owns it.
+    GenOutput* createGenerator(Schema& schema, IErrReporter* reporter, mstring const& outputDir) const;
 
     // The directory that #include searches when none is given: everything
     // before the last separator of the schema path. Separators at index 0
