@@ -8,8 +8,10 @@
 #include "foundation/mvector.h"
 #include "foundation/outstream.h"
 #include "frontend/diagnostics.h"
+#include "host/zylcomp/fsize.h"
 
 class Schema;
+class FldLayout;
 
 class GenOutput {
 public:
@@ -32,9 +34,21 @@ public:
 
     mvector<mstring> const& createdFiles() const { return m_createdFiles; }
 
+    // `size` rounded up to `align`; only 2, 4 and 8 round a number.
+    static FSize alignInt(FSize size, FSize align);
+    static FSize alignInt(FSize size, int align);
+
 protected:
     virtual void createStreams(bool udf, bool coll);
 
+public:
+    // The overridable steps of the layout pass; the in-memory dictionary
+    // replaces them to keep every size numeric.
+    virtual void update_layout_strings(FldLayout& fld);
+    // The size of `n` elements of size `elem`, as text.
+    virtual FSize getArraySize(FSize& elem, int n);
+
+protected:
     Schema* m_schema;
     IErrReporter* m_err;
     mstring m_outputDir;
