@@ -2,7 +2,10 @@
 
 #include <unistd.h>
 
+#include <cstring>
+
 #include "foundation/ut.h"
+#include "host/zylcomp/schema.h"
 
 GenOutput::GenOutput(Schema& schema, bool outOfLine, bool dictFlagA, bool genXmlSchema, bool genCpp, bool genCs,
                      bool genJava, bool cppProperties, IErrReporter* err, mstring const& outputDir,
@@ -47,6 +50,17 @@ mvector<mstring> GenOutput::listAllOutputs(mstring const& name, mstring const& d
         files.push_back(path);
     }
     return files;
+}
+
+// A name counts as prefixed only when it is longer than the database name,
+// so the database name itself gets the prefix.
+mstring GenOutput::nameWithPrefix(mstring const& name) const {
+    if (!m_usePrefix)
+        return name;
+    mstring const& db = m_schema->m_dbName;
+    if (name.length() > db.length() && std::strncmp(name.c_str(), db.c_str(), db.length()) == 0)
+        return name;
+    return db + "_" + name;
 }
 
 // The generator sections are not written yet: for now a compile opens and

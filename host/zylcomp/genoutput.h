@@ -11,6 +11,9 @@
 #include "host/zylcomp/fsize.h"
 
 class Schema;
+class Struct;
+class Class;
+class Layout;
 class FldLayout;
 
 class GenOutput {
@@ -34,6 +37,17 @@ public:
 
     mvector<mstring> const& createdFiles() const { return m_createdFiles; }
 
+    // Layout pass: numbers the classes and places every field of every
+    // struct and class in both object formats.
+    void layout();
+    // Lays out the oid struct ("ref"); its size in bytes, 0 after an error.
+    int oid_layout(Struct& oid);
+    // Column widths of the generated text; applies the name prefix.
+    void calculateFormating();
+    // `name` with the database name and "_" in front when prefixes are on,
+    // unless it already begins with the database name.
+    mstring nameWithPrefix(mstring const& name) const;
+
     // `size` rounded up to `align`; only 2, 4 and 8 round a number.
     static FSize alignInt(FSize size, FSize align);
     static FSize alignInt(FSize size, int align);
@@ -42,8 +56,14 @@ protected:
     virtual void createStreams(bool udf, bool coll);
 
 public:
-    // The overridable steps of the layout pass; the in-memory dictionary
-    // replaces them to keep every size numeric.
+    // The overridable steps of the layout pass, in this order; the in-memory
+    // dictionary replaces them to keep every size numeric. A derived class
+    // that overrides one layout overload must bring the others in by `using`.
+
+    // Lays out one struct or class; false when it was refused.
+    virtual bool layout(Struct& s, int startOffset, Class* owner);
+    // Offsets and totals of one Layout, in the order of its fields.
+    virtual void layout(Layout& l, int startOffset, Struct* s);
     virtual void update_layout_strings(FldLayout& fld);
     // The size of `n` elements of size `elem`, as text.
     virtual FSize getArraySize(FSize& elem, int n);
@@ -84,4 +104,11 @@ protected:
     bool m_dllSpec;
     IOutStream* m_hppInline = nullptr;
     mvector<mstring> m_createdFiles;
+    // Column widths, filled by calculateFormating.
+    int m_structNameWidth = 0;
+    int m_funcNameWidth2 = 0;
+    int m_fieldNameWidth = 0;
+    int m_typeNameWidth = 0;
+    int m_retTypeWidth = 0;
+    int m_funcNameWidth = 0;
 };
