@@ -3,13 +3,8 @@
 //
 // A direct struct is laid out by the C compiler that later builds the
 // generated source, so anything that depends on one cannot be folded here
-// and travels as text; everything else stays a plain number.
-//
-// Only the data and its constructors live here so far. Still to come with
-// the layout pass: is_str(), assignment from an int (which clears m_expr and
-// m_saved but leaves m_text alone), the rendering to text through
-// `operator mstring const&`, operator== (m_num and m_expr only), and the
-// addition that accumulates offsets.
+// and travels as text (alignsz, structsz, fieldsz, fieldoffs calls);
+// everything else stays a plain number.
 #pragma once
 
 #include <cstdint>
@@ -19,11 +14,30 @@
 class FSize {
 public:
     FSize() = default;
-    // Explicit, so that `size = 4` cannot compile into a copy that also
-    // overwrites m_saved and m_text by accident.
+    // Explicit, so that `size = 4` goes through operator=(int), which keeps
+    // m_text, instead of a converted copy that would overwrite everything.
     explicit FSize(std::int32_t num) : m_num(num) {}
     explicit FSize(mstring const& expr) : m_expr(expr) {}
     FSize(std::int32_t num, mstring const& expr) : m_num(num), m_expr(expr) {}
+
+    // Symbolic: some text is present, so the value is only known to the C
+    // compiler.
+    bool is_str() const { return !m_expr.empty(); }
+
+    // A plain number: the text and the carried number go, m_text stays.
+    FSize& operator=(int num);
+
+    // The value as C text: "12", "x", "12+x". The result lives in m_text and
+    // is rewritten by the next rendering of the same value.
+    operator mstring const&() const;  // NOLINT: values are spliced into text everywhere
+
+    // Number and text compare; m_saved and m_text do not.
+    bool operator==(FSize const& other) const;
+    bool operator!=(FSize const& other) const { return !(*this == other); }
+
+    // Accumulates a size onto an offset: numbers add, texts join with "+".
+    // The carried number of the left side stays.
+    FSize& operator+=(FSize const& other);
 
     // Numeric part; 0 when the value is pure text.
     std::int32_t m_num = 0;
@@ -32,5 +46,5 @@ public:
     // The number a symbolic text replaced; travels with copies.
     std::int32_t m_saved = 0;
     // Scratch for the rendered text; rewritten by every rendering.
-    mstring m_text;
+    mutable mstring m_text;
 };

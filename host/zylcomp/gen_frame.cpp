@@ -123,7 +123,8 @@ void GenOutput::createStreams(bool udf, bool coll) {
 // The sections
 
 void GenOutput::run() {
-    // layout(); calculateFormating();  -- wired in when the layout pass lands
+    layout();
+    calculateFormating();
     heading();
     outputCalculator();
     outputDictionary();

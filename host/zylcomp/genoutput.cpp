@@ -4,7 +4,10 @@
 
 #include <unistd.h>
 
+#include <cstring>
+
 #include "foundation/ut.h"
+#include "host/zylcomp/schema.h"
 
 GenOutput::GenOutput(Schema& schema, bool outOfLine, bool dictFlagA, bool genXmlSchema, bool genCpp, bool genCs,
                      bool genJava, bool cppProperties, IErrReporter* err, mstring const& outputDir,

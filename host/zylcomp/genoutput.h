@@ -17,8 +17,13 @@
 #include "foundation/mvector.h"
 #include "foundation/outstream.h"
 #include "frontend/diagnostics.h"
+#include "host/zylcomp/fsize.h"
 
 class Schema;
+class Struct;
+class Class;
+class Layout;
+class FldLayout;
 
 class GenOutput {
 public:
@@ -53,9 +58,36 @@ public:
     static void head2(IOutStream* out, mstring const& title);
     static void outConstant(IOutStream* out, mstring const& name, int value);
 
+    // Layout pass: numbers the classes and places every field of every
+    // struct and class in both object formats.
+    void layout();
+    // Lays out the oid struct ("ref"); its size in bytes, 0 after an error.
+    int oid_layout(Struct& oid);
+    // Column widths of the generated text; applies the name prefix.
+    void calculateFormating();
+
+    // `size` rounded up to `align`; only 2, 4 and 8 round a number.
+    static FSize alignInt(FSize size, FSize align);
+    static FSize alignInt(FSize size, int align);
+
 protected:
     virtual void createStreams(bool udf, bool coll);
 
+
+public:
+    // The overridable steps of the layout pass, in this order; the in-memory
+    // dictionary replaces them to keep every size numeric. A derived class
+    // that overrides one layout overload must bring the others in by `using`.
+
+    // Lays out one struct or class; false when it was refused.
+    virtual bool layout(Struct& s, int startOffset, Class* owner);
+    // Offsets and totals of one Layout, in the order of its fields.
+    virtual void layout(Layout& l, int startOffset, Struct* s);
+    virtual void update_layout_strings(FldLayout& fld);
+    // The size of `n` elements of size `elem`, as text.
+    virtual FSize getArraySize(FSize& elem, int n);
+
+protected:
     // The sections, in the order run() calls them.
     void heading();
     void outputCalculator();

@@ -79,10 +79,15 @@ mstring enum_int_type(int size);
 // ---------------------------------------------------------------------------
 // Layout data. Filled by the layout pass; the model only carries it.
 
-// The placement of one field in one Layout. Its behaviour (update_strings
-// and the sort order used by sort_vector) comes with the layout pass.
+// The placement of one field in one Layout.
 class FldLayout {
 public:
+    // Hands the parts of the placement that only the C compiler can know
+    // (members of a direct struct, a direct struct held by value) over to
+    // text. Runs again on every placement pass; texts set by an earlier call
+    // survive, and m_size.m_saved keeps the number of the first call.
+    void update_strings();
+
     Field* m_field = nullptr;
     FSize m_size;
     FSize m_offset;
@@ -91,6 +96,10 @@ public:
     bool m_typeIsDirect = false;
     bool m_inDirect = false;
 };
+
+// The order sort_vector gives a Layout's fields: fields whose type is a
+// direct struct last, and within each group falling numeric alignment.
+bool ordered_before(FldLayout const& a, FldLayout const& b);
 
 class Layout {
 public:

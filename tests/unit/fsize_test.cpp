@@ -1,0 +1,147 @@
+// Symbolic sizes: FSize rendering and arithmetic, rounding, array sizes, the
+// hand-over of a placement to text, and the heap-sort order of fields.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "host/zylcomp/genoutput.h"
+#include "host/zylcomp/schema.h"
+#include "target/zylcomp/errreporter_mem.h"
+
+namespace {
+
+std::string str(FSize const& v) { return static_cast<mstring const&>(v).c_str(); }
+FSize sz(int num, char const* expr = "") { return FSize(num, mstring(expr)); }
+
+}  // namespace
+
+TEST(FSize, RenderingAssignmentEqualityAddition) {
+    struct { FSize v; char const* text; } const rows[] = {
+        {sz(0), "0"}, {sz(12), "12"}, {sz(12, "x"), "12+x"}, {sz(0, "x"), "x"}, {sz(-4, "x"), "-4+x"}};
+    for (auto const& r : rows)
+        EXPECT_EQ(r.text, str(r.v));
+
+    FSize v = sz(3, "x");
+    v.m_saved = 7;
+    str(v);
+    v = 5;  // clears the text and the carried number, not the scratch
+    EXPECT_EQ(mstring("3+x"), v.m_text);
+    EXPECT_EQ(0, v.m_saved);
+    EXPECT_EQ("5", str(v));
+
+    FSize b = sz(4, "x");
+    b.m_saved = 9;
+    EXPECT_TRUE(b == sz(4, "x"));
+    EXPECT_TRUE(b != sz(4, "y") && b != sz(5, "x"));
+
+    struct { FSize a, b; char const* sum; } const sums[] = {
+        {sz(4), sz(2), "6"}, {sz(4, "x"), sz(2), "6+x"}, {sz(4), sz(0, "y"), "4+y"}, {sz(0, "x"), sz(1, "y"), "1+x+y"}};
+    for (auto const& s : sums) {
+        FSize a = s.a;
+        a.m_saved = 3;
+        a += s.b;
+        EXPECT_EQ(s.sum, str(a));
+        EXPECT_EQ(3, a.m_saved);
+    }
+}
+
+TEST(FSize, AlignIntRoundsNumbersOnlyToTwoFourEight) {
+    struct { int size, align, result; } const rows[] = {
+        {0, 8, 0}, {1, 8, 8}, {8, 8, 8}, {9, 4, 12}, {4, 4, 4}, {3, 2, 4}, {2, 2, 2},
+        {5, 1, 5}, {5, 16, 5}, {5, 0, 5}, {5, 3, 5}, {-3, 4, -3}};
+    for (auto const& r : rows) {
+        FSize s(r.size);
+        s.m_saved = 9;
+        FSize byInt = GenOutput::alignInt(s, r.align);
+        EXPECT_EQ(r.result, byInt.m_num) << r.size << "," << r.align;
+        EXPECT_TRUE(byInt == GenOutput::alignInt(s, FSize(r.align)));
+        bool rounded = r.size > 0 && (r.align == 2 || r.align == 4 || r.align == 8);
+        EXPECT_EQ(rounded ? 0 : 9, byInt.m_saved) << r.size << "," << r.align;
+    }
+    FSize s = sz(4, "structsz(A_d_aligned_to_1)");
+    s.m_saved = 6;
+    FSize r = GenOutput::alignInt(s, 2);
+    EXPECT_EQ("alignsz(4+structsz(A_d_aligned_to_1),2)", str(r));
+    EXPECT_EQ(0, r.m_num);
+    EXPECT_EQ(6, r.m_saved);
+    EXPECT_EQ("alignsz(x,1)", str(GenOutput::alignInt(sz(0, "x"), sz(0, "1"))));
+    EXPECT_EQ("8", str(GenOutput::alignInt(sz(6), sz(4, "y"))));  // a text alignment never wraps a number
+}
+
+TEST(FSize, GetArraySizeIsTextEvenForANumber) {
+    Schema schema;
+    ErrReporterMem reporter(nullptr, nullptr);
+    GenOutput gen(schema, false, false, false, false, false, false, false, &reporter, "", "", "", false, false,
+                  false, false, false, 8, 0, false, false, false);
+    FSize elem(8);
+    EXPECT_EQ("(8)*10", str(gen.getArraySize(elem, 10)));
+    FSize direct = sz(0, "structsz(P_d_aligned_to_1)");
+    direct.m_saved = 5;
+    FSize r = gen.getArraySize(direct, 3);
+    EXPECT_EQ("(structsz(P_d_aligned_to_1))*3", str(r));
+    EXPECT_EQ(0, r.m_num + r.m_saved);
+}
+
+TEST(FldLayout, UpdateStringsHandsDirectPlacementsToText) {
+    Struct d, k;  // direct struct D, ordinary struct K
+    d.m_name = "D";
+    d.m_isDirect = true;
+    k.m_name = "K";
+    Field member, byValue, vectorOf, plain;
+    member.m_name = "a";
+    member.m_containerStruct = &d;
+    for (Field* f : {&byValue, &vectorOf, &plain}) {
+        f->m_containerStruct = &k;
+        f->m_struct = &d;
+        f->m_isDirect = f != &plain;
+    }
+    vectorOf.m_isVector = true;
+    auto run = [](Field* f, FSize size) {
+        FldLayout l;
+        l.m_field = f;
+        l.m_size = size;
+        l.m_offset = 8;
+        l.m_align = 4;
+        l.m_typeIsDirect = l.m_inDirect = true;
+        l.update_strings();
+        return std::string(l.m_typeIsDirect ? "T" : "-") + (l.m_inDirect ? "I " : "- ") + str(l.m_offset) + " " +
+               str(l.m_size) + "(" + std::to_string(l.m_size.m_saved) + ") " + str(l.m_align) + "," +
+               std::to_string(l.m_align.m_num);
+    };
+    EXPECT_EQ("-- 8 4(0) 4,4", run(nullptr, sz(4)));
+    EXPECT_EQ("-I fieldoffs(D_d_aligned_to_1, a) fieldsz(D_d_aligned_to_1, a)(4) 1,0", run(&member, sz(4)));
+    EXPECT_EQ("T- structsz(D_d_aligned_to_1) structsz(D_d_aligned_to_1)(0) 1,0", run(&byValue, sz(4)));
+    EXPECT_EQ("T- structsz(D_d_aligned_to_1) (x)*3(0) 1,0", run(&byValue, sz(0, "(x)*3")));
+    EXPECT_EQ("T- 8 4(0) 4,4", run(&vectorOf, sz(4)));
+    EXPECT_EQ("-- 8 4(0) 4,4", run(&plain, sz(4)));
+}
+
+TEST(FldLayout, HeapSortPutsDirectTypesLastAndIsNotStable) {
+    struct { char const* table; char const* sorted; } const rows[] = {
+        // name and alignment per field; '*' marks a direct struct type
+        {"x4 y4", "yx"},
+        {"x4 y4 z4 w4", "yzwx"},
+        {"a1 b4 c2 d4 e0* f2 g0*", "bdcfage"},
+        {"a8* b1", "ba"},
+    };
+    for (auto const& r : rows) {
+        Field fields[8];
+        mvector<FldLayout> v;
+        for (char const* p = r.table; *p != '\0'; p++) {
+            if (*p == ' ')
+                continue;
+            FldLayout l;
+            l.m_field = &fields[v.size()];
+            l.m_field->m_name += p[0];
+            l.m_align = p[1] - '0';
+            l.m_typeIsDirect = p[2] == '*';
+            p += l.m_typeIsDirect ? 2 : 1;
+            v.push_back(l);
+        }
+        sort_vector(v);
+        std::string got;
+        for (unsigned i = 0; i < v.size(); i++)
+            got += v[i].m_field->m_name.c_str();
+        EXPECT_EQ(r.sorted, got) << r.table;
+    }
+}

@@ -1,0 +1,319 @@
+// The layout pass on schemas built by hand, as the finishing passes would
+// leave them. Expected placements are worked out from the layout rules; a
+// layout prints as "field@offset:size/align ... =size/align".
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "foundation/sets.h"
+#include "host/zylcomp/analyzer.h"
+#include "host/zylcomp/genoutput.h"
+#include "target/zylcomp/errreporter_mem.h"
+
+namespace {
+
+std::string str(FSize const& v) { return static_cast<mstring const&>(v).c_str(); }
+
+std::string render(Layout const& l) {
+    std::string out;
+    for (unsigned i = 0; i < l.v_fld.size(); i++) {
+        FldLayout const& f = l.v_fld[i];
+        out += f.m_field->m_name.c_str() + ("@" + str(f.m_offset)) + ":" + str(f.m_size) + "/" + str(f.m_align) + " ";
+    }
+    return out + "=" + str(l.m_size) + "/" + str(l.m_align);
+}
+
+using Decls = std::vector<char const*>;
+
+class Gen : public GenOutput {
+public:
+    using GenOutput::GenOutput;
+    using GenOutput::m_fieldNameWidth, GenOutput::m_funcNameWidth, GenOutput::m_funcNameWidth2;
+    using GenOutput::m_retTypeWidth, GenOutput::m_structNameWidth, GenOutput::m_typeNameWidth;
+};
+
+// An analyzer that reads nothing, with its base types and a generator, plus
+// types a parsed schema would add: char<5>, three enums sized as the
+// analyzer sizes them, and struct P { signed<2> y; signed<4> x; }.
+class Model {
+public:
+    explicit Model(bool keepFieldOrder = false, bool wideOffsets = false, bool prefix = false)
+        : analyzer(nullptr, keepFieldOrder, wideOffsets, false, false, false, false, true, 8, 0, &hidden, nullptr),
+          reporter(nullptr, nullptr),
+          gen(schema(), false, keepFieldOrder, false, false, false, false, false, &reporter, "", "", "", false,
+              false, false, false, wideOffsets, 8, 0, prefix, false, false) {
+        analyzer.initBaseTypes();
+        addType(new Struct("char<5>", TC_CHARS, 5, 5, 1, 1, ""));
+        struct { char const* name; int size; } const enums[] = {{"Small", 1}, {"Signed", 2}, {"Wide", 4}};
+        for (auto const& e : enums) {
+            int size = keepFieldOrder ? 4 : e.size;
+            schema().m_enums->add(HIComparable(new Enum(e.name)));
+            addType(new Struct(e.name, TC_SCALAR, size, size, size, size, e.name));
+        }
+        addStruct("P", {"signed<2> y", "signed<4> x"});
+    }
+
+    Schema& schema() { return analyzer.schema(); }
+
+    // The sets are keyed by name: everything is named before it enters.
+    Struct* addType(Struct* t) {
+        schema().m_types->add(HIComparable(t));
+        return t;
+    }
+
+    Struct* addStruct(char const* name, Decls const& fields, bool direct = false) {
+        Struct* s = new Struct();
+        s->m_name = name;
+        s->m_category = direct ? TC_DIRECT : TC_STRUCT;
+        s->m_isDirect = direct;
+        addFields(addType(s), fields);
+        return s;
+    }
+
+    Struct* addRef(Struct const& oid) {
+        Struct* ref = new Struct(oid);
+        ref->m_name = "ref";
+        ref->m_category = TC_OID_REF;
+        return addType(ref);
+    }
+
+    Class* addClass(char const* name, Decls const& fields) {
+        Class* c = new Class();
+        c->m_name = name;
+        c->m_isClass = true;
+        schema().m_classes->add(HIComparable(c));
+        addFields(c, fields);
+        return c;
+    }
+
+    // "[optional|vector] {type} {name}[[n]]", resolved as the finishing
+    // passes resolve it.
+    void addFields(Struct* s, Decls const& fields) {
+        for (char const* decl : fields) {
+            std::istringstream in(decl);
+            std::string type, name;
+            Field f;
+            in >> type;
+            f.m_isOptional = type == "optional";
+            f.m_isVector = type == "vector";
+            if (f.m_isOptional || f.m_isVector)
+                in >> type;
+            in >> name;
+            f.m_isArray = name.find('[') != std::string::npos;
+            f.m_arraySize = f.m_isArray ? std::stoi(name.substr(name.find('[') + 1)) : 0;
+            f.m_name = name.substr(0, name.find('[')).c_str();
+            f.m_typeName = type.c_str();
+            f.m_struct = schema().findType(f.m_typeName);
+            ASSERT_NE(nullptr, f.m_struct) << decl;
+            f.m_enum = schema().findEnum(f.m_typeName);
+            f.m_isDirect = f.m_struct->m_isDirect;
+            s->m_hasDirect = s->m_hasDirect || f.m_isDirect;
+            f.m_containerStruct = s;
+            f.m_position = static_cast<int>(s->v_field.size());
+            s->v_field.push_back(f);
+        }
+    }
+
+    Struct* find(char const* name) {
+        Struct* s = schema().findClass(name);
+        return s != nullptr ? s : schema().findType(name);
+    }
+    std::string compact(char const* name) { return render(find(name)->m_layout.compact); }
+    std::string large(char const* name) { return render(find(name)->m_layout.large); }
+
+    mvector<mstring> hidden;
+    Analyzer analyzer;
+    ErrReporterMem reporter;
+    Gen gen;
+};
+
+struct ClassCase {
+    char const* label;
+    bool keepFieldOrder, wideOffsets;
+    Decls fields;
+    char const* compact;
+    char const* large;  // null: as compact
+};
+
+void PrintTo(ClassCase const& c, std::ostream* os) { *os << c.label; }
+
+class LayoutOfClass : public ::testing::TestWithParam<ClassCase> {};
+
+}  // namespace
+
+TEST_P(LayoutOfClass, BothFormats) {
+    ClassCase const& c = GetParam();
+    Model m(c.keepFieldOrder, c.wideOffsets);
+    Class* k = m.addClass("C", c.fields);
+    m.gen.layout();
+    EXPECT_EQ(c.compact, m.compact("C"));
+    EXPECT_EQ(c.large ? c.large : c.compact, m.large("C"));
+    for (unsigned i = 0; i < k->v_field.size(); i++) {
+        EXPECT_EQ(&k->v_field[i], k->v_field[i].m_compactLayout->m_field);
+        EXPECT_EQ(&k->v_field[i], k->v_field[i].m_largeLayout->m_field);
+    }
+}
+
+// Where alignments are equal the order is the heap sort's, and the two
+// formats may differ in it.
+INSTANTIATE_TEST_SUITE_P(
+    Rules, LayoutOfClass,
+    ::testing::Values(
+        ClassCase{"Scalars", false, false, {"signed<1> a", "signed<4> b", "signed<2> c"},
+                  "b@0:4/4 c@4:2/2 a@6:1/1 =7/4", nullptr},
+        ClassCase{"KeepFieldOrder", true, false, {"signed<1> a", "signed<4> b", "signed<2> c"},
+                  "a@0:1/1 b@4:4/4 c@8:2/2 =10/4", nullptr},
+        ClassCase{"DynamicFields", false, false, {"string s", "signed<1> x", "double d", "blob bl", "sequence sq"},
+                  "sq@0:4/4 d@4:8/4 bl@12:8/4 s@20:2/2 x@22:1/1 =23/4",
+                  "s@0:4/4 d@4:8/4 bl@12:8/4 sq@20:4/4 x@24:1/1 =25/4"},
+        ClassCase{"DynamicFieldsWide", false, true, {"string s", "signed<1> x", "double d", "blob bl", "sequence sq"},
+                  "sq@0:8/8 d@8:8/8 bl@16:12/8 s@28:2/2 x@30:1/1 =31/8",
+                  "sq@0:8/8 d@8:8/8 bl@16:12/8 s@28:4/4 x@32:1/1 =33/8"},
+        ClassCase{"OptionalAndVector", false, false, {"signed<1> t", "optional signed<4> o", "vector signed<8> v"},
+                  "o@0:2/2 v@2:4/2 t@6:1/1 =7/2", "o@0:4/4 v@4:6/4 t@10:1/1 =11/4"},
+        ClassCase{"Arrays", false, false,
+                  {"signed<4> i[3]", "boolean f[10]", "boolean g[8]", "char<5> n[3]", "string s[2]", "P p[2]"},
+                  "i@0:12/4 p@12:16/4 s@28:4/2 g@32:1/1 n@33:15/1 f@48:2/1 =50/4",
+                  "p@0:16/4 s@16:8/4 i@24:12/4 g@36:1/1 n@37:15/1 f@52:2/1 =54/4"},
+        ClassCase{"Enums", false, false, {"Small e1", "Signed e2", "Wide e4", "signed<1> t"},
+                  "e4@0:4/4 e2@4:2/2 t@6:1/1 e1@7:1/1 =8/4", nullptr},
+        ClassCase{"EnumsKeepFieldOrder", true, false, {"Small e1", "Signed e2", "Wide e4", "signed<1> t"},
+                  "e1@0:4/4 e2@4:4/4 e4@8:4/4 t@12:1/1 =13/4", nullptr},
+        ClassCase{"NestedStruct", false, false, {"signed<1> t", "P p"}, "p@0:6/4 t@6:1/1 =7/4", nullptr},
+        ClassCase{"NoFields", false, false, {}, "=0/1", nullptr}),
+    [](::testing::TestParamInfo<ClassCase> const& info) { return std::string(info.param.label); });
+
+TEST(Layout, ClassCodesAndASharedStructLaidOutOnceWithAllOwners) {
+    Model m;
+    Struct* outer = m.addStruct("Outer", {"P p"});
+    Class* k1 = m.addClass("K2", {"P p"});  // set order, not name order, gives the codes
+    Class* k2 = m.addClass("K1", {"signed<1> t", "Outer o"});
+    m.gen.layout();
+    EXPECT_EQ(1, k1->m_code);
+    EXPECT_EQ(2, k2->m_code);
+    Struct* p = m.find("P");
+    EXPECT_EQ("x@0:4/4 y@4:2/2 =6/4", m.compact("P"));
+    // P was done before either class came: K1 still reaches it through Outer.
+    ASSERT_EQ(2u, p->v_owner.size());
+    EXPECT_TRUE(p->v_owner[0] == k1 && p->v_owner[1] == k2);
+    EXPECT_TRUE(outer->v_owner.size() == 1 && outer->v_owner[0] == k2);
+    EXPECT_TRUE(p->m_layoutDone && !p->m_layoutBusy);
+}
+
+TEST(Layout, OidStructAndClassesThatBeginWithTheOid) {
+    Model m;
+    Struct* ref = m.addRef(*m.addStruct("Id", {"signed<4> a", "char<5> b"}));
+    m.schema().m_oidDeclared = true;
+    m.addClass("WithOid", {"signed<1> t", "signed<4> u"})->m_hasOid = true;
+    m.addClass("Empty", {})->m_hasOid = true;
+    m.addClass("Refers", {"ref r"});
+    m.gen.layout();
+    EXPECT_EQ(9, m.schema().m_oidSize);
+    EXPECT_EQ("=9/1", render(ref->m_layout.large));
+    EXPECT_EQ("u@12:4/4 t@16:1/1 =17/4", m.compact("WithOid"));  // the oid takes 10 bytes
+    EXPECT_EQ("=10/1", m.large("Empty"));
+    EXPECT_EQ("r@0:9/1 =9/1", m.compact("Refers"));
+
+    // Scalars of 2 bytes go to even places, larger ones to multiples of 4.
+    struct { Decls fields; char const* result; } const oids[] = {
+        {{"signed<1> a", "signed<2> b", "signed<8> c", "char<5> d"}, "17 =17/1"},
+        {{"signed<1> a", "unsigned<4> b"}, "8 =8/1"},
+        {{"P p"}, "Nested structure in oid"},
+        {{"signed<4> a", "string s"}, "Variable-length field in oid"},
+    };
+    for (auto const& o : oids) {
+        Struct oid;
+        m.addFields(&oid, o.fields);
+        try {
+            int size = m.gen.oid_layout(oid);
+            EXPECT_EQ(o.result, std::to_string(size) + " " + render(oid.m_layout.compact));
+        } catch (CompilerError const& e) {
+            EXPECT_EQ(o.result, std::string(e.m_msg.c_str()));
+        }
+    }
+}
+
+TEST(Layout, StructThatContainsItselfIsRefused) {
+    Model m;
+    Struct* a = m.addStruct("A", {});
+    m.addStruct("B", {"A a"});
+    m.addFields(a, {"B b"});
+    try {
+        m.gen.layout();
+        ADD_FAILURE() << "no error";
+    } catch (CompilerError const& e) {
+        EXPECT_EQ("recursive definition of \"A\"", std::string(e.m_msg.c_str()));
+    }
+}
+
+// Whatever depends on a direct struct is left to the C compiler as text.
+TEST(Layout, DirectStructs) {
+    Model m;
+    Struct* d = m.addStruct("D", {"signed<4> a", "signed<1> b"}, true);
+    m.addStruct("Q", {"signed<4> v[3]", "signed<2> w"}, true)->m_packed = true;
+    m.addStruct("N", {"D d", "signed<4> i"});
+    m.addClass("H", {"signed<2> x", "D d", "signed<4> y"});
+    m.addClass("H2", {"D d1", "D d2"});
+    m.addClass("H3", {"signed<4> y", "D d1", "D d2"});
+    m.addClass("H4", {"D arr[3]", "signed<1> z"});
+    m.addClass("H5", {"signed<1> z", "N n"});
+    m.addClass("V", {"vector D v"});
+    m.gen.layout();
+
+    std::string const s = "structsz(D_d_aligned_to_1)";
+    // Members keep their declared order; the C compiler places them.
+    EXPECT_EQ("a@fieldoffs(D_d_aligned_to_1, a):fieldsz(D_d_aligned_to_1, a)/1 "
+              "b@fieldoffs(D_d_aligned_to_1, b):fieldsz(D_d_aligned_to_1, b)/1 =" + s + "/1",
+              m.large("D"));
+    EXPECT_EQ(4, d->m_layout.compact.v_fld[0].m_size.m_saved);
+    EXPECT_EQ(12, m.find("Q")->m_layout.compact.v_fld[0].m_size.m_saved);  // packed int4[3]
+    // Held by value: last, and placed from the field before it.
+    EXPECT_EQ("y@0:4/4 x@4:2/2 d@6:" + s + "/1 =6+" + s + "/4", m.compact("H"));
+    EXPECT_EQ("d2@0:" + s + "/1 d1@0+" + s + ":" + s + "/1 =0+" + s + "+" + s + "/1", m.compact("H2"));
+    EXPECT_EQ("y@0:4/4 d2@4:" + s + "/1 d1@4+" + s + ":" + s + "/1 =4+" + s + "+" + s + "/4", m.compact("H3"));
+    EXPECT_EQ(0, m.find("H3")->m_layout.compact.v_fld[2].m_offset.m_num);  // all text after a direct neighbour
+    EXPECT_EQ("z@0:1/1 arr@1:(" + s + ")*3/1 =1+(" + s + ")*3/1", m.compact("H4"));
+    // A struct holding one has a text size, and offsets after it stay text.
+    EXPECT_EQ("i@0:4/4 d@4:" + s + "/1 =4+" + s + "/4", m.compact("N"));
+    EXPECT_EQ("n@0:4+" + s + "/4 z@alignsz(4+" + s + ",1):1/1 =1+alignsz(4+" + s + ",1)/4", m.compact("H5"));
+    // A vector of them is an ordinary slot; the class still spells its total.
+    EXPECT_EQ("v@0:4/2 =0+4/2", m.compact("V"));
+    EXPECT_EQ("v@0:6/4 =0+6/4", m.large("V"));
+}
+
+TEST(Layout, CalculateFormatingPrefixesDeclaredNamesAndMeasuresColumns) {
+    Model m(false, false, true);
+    m.schema().m_dbName = "shop";
+    Enum* small = m.schema().findEnum("Small");
+    small->v_elem.push_back(Enum::Elem());
+    small->v_elem[0].m_name = "red";
+    Class* k = m.addClass("LongClassName", {"Small colour", "signed<4> n"});
+    k->m_maxFieldNameLen = 6;  // the finishing passes' count
+    Index idx;
+    idx.m_name = "by_colour_idx";
+    k->addIndex(idx);
+    Class* own = m.addClass("shopping", {});
+    Struct* p = m.find("P");
+    m.gen.layout();
+    m.gen.calculateFormating();
+
+    // "shopping" begins with the prefix already; "shop" is not longer than it.
+    Field& colour = k->v_field[0];
+    std::string names;
+    for (mstring const* n : {&k->m_name, &own->m_name, &p->m_name, &small->m_name, &small->v_elem[0].m_name,
+                             &colour.m_typeName, &colour.m_struct->m_name, &colour.m_struct->m_cType})
+        names += std::string(n->c_str()) + " ";
+    EXPECT_EQ("shop_LongClassName shopping shop_P shop_Small shop_red shop_Small shop_Small shop_Small ", names);
+    EXPECT_EQ(mstring("shop_shop"), m.gen.nameWithPrefix("shop"));
+    EXPECT_NE(nullptr, m.schema().findType("signed<4>"));  // base types keep their names
+    EXPECT_EQ(13 + 6 + 18 + 16, k->m_outputWidth);
+    EXPECT_EQ(0 + 6 + 16, p->m_outputWidth);
+    // struct, field, index, type ("zyl_datetime"), return type, function
+    std::string widths;
+    for (int w : {m.gen.m_structNameWidth, m.gen.m_fieldNameWidth, m.gen.m_funcNameWidth2, m.gen.m_typeNameWidth,
+                  m.gen.m_retTypeWidth, m.gen.m_funcNameWidth})
+        widths += std::to_string(w) + " ";
+    EXPECT_EQ("18 6 13 12 12 20 ", widths);
+}
