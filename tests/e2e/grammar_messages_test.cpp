@@ -213,3 +213,10 @@ TEST(GrammarMessages, DatabaseNameDecidesWhatAFailureRemoves) {
         EXPECT_EQ(dir.list(), c.left);
     }
 }
+
+TEST(GrammarMessages, BundledExampleCompiles) {
+    TempDir dir;
+    ProcessResult r = runProgram({cliPath(), "-o", dir.path(), std::string(ZYLCOMP_TESTS_DIR) + "/../examples/shop.zyl"});
+    EXPECT_EQ(r.err, "");
+    EXPECT_EQ(r.status, 0);
+}
