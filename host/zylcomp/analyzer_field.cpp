@@ -71,12 +71,9 @@ void Analyzer::readInitValues(Field& f) {
     }
 }
 
-// field -> ["nullable"] ( "optional" type name
-//                       | "sequence" "<" type ["asc"|"ascending"|"desc"|"descending"] ">" name
-//                       | "vector" "<" type ">" [ref_class] name
-//                       | ("rect"|"rectangle"|"point") "<" type ">" name "[" dim "]"
-//                       | type [ref_class] name ["[" [size] "]"] )
-//          ["=" init] {"," name ["=" init]} ";"
+// field -> ["nullable"] form ["=" init] {"," name ["=" init]} ";"
+// form -> "optional" type name | "sequence" "<" type [order] ">" name | "vector" "<" type ">" [ref_class] name
+//       | ("rect"|"rectangle"|"point") "<" type ">" name "[" dim "]" | type [ref_class] name ["[" [size] "]"]
 void Analyzer::do_field(Struct* s) {
     Field f;
     f.m_fieldNo = m_fieldCounter++;
