@@ -1,5 +1,8 @@
 #include "host/zylcomp/analyzer.h"
 
+#include "frontend/parser.h"
+#include "frontend/preprocessor.h"
+
 Analyzer::Analyzer(Parser* parser, bool keepFieldOrder, bool wideOffsets, bool compactDefault,
                    bool sqlReservedWords, bool persistentDefault, bool transientUnused, bool atomicDefault,
                    int sizeofSize, int spareSize, mvector<mstring>* hiddenClasses, IOnDbNameFound* onDbName)
@@ -21,3 +24,13 @@ Analyzer::Analyzer(Parser* parser, bool keepFieldOrder, bool wideOffsets, bool c
     if (keepFieldOrder)
         m_schema.m_schemaOptions |= Schema::OPT_KEEP_FIELD_ORDER;
 }
+
+void Analyzer::error(char const* key) { m_parser->pp().error(key, 0); }
+
+void Analyzer::error1(char const* key, mstring const& p1) { m_parser->pp().error1(key, p1, 0); }
+
+void Analyzer::error2(char const* key, mstring const& p1, mstring const& p2) {
+    m_parser->pp().error2(key, p1, p2, 0);
+}
+
+void Analyzer::warning(char const* key) { m_parser->pp().warning(key, 0); }

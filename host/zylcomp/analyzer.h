@@ -11,6 +11,10 @@
 
 class Parser;
 
+// True when some class with m_persistent equal to `persistent` matches the
+// mask: 0x800 a distributed class, 0x80 an uptable, 0x8000 a downtable.
+bool findClassTypes(Schema& schema, int mask, bool persistent);
+
 class Analyzer {
 public:
     // Placement prefix of a class statement.
@@ -38,6 +42,48 @@ public:
     void checkIsNotReserved(mstring const& word);
 
 private:
+    // Top level (analyzer_decl.cpp).
+    void do_declare();
+    void do_struct();
+    void do_enum();
+    void do_calculator();
+    void do_iot();
+    void copyOidStruct();
+
+    // Classes (analyzer_class.cpp).
+    void do_class(bool compact, mplacement placement, bool local, bool distributed, atomicity atom,
+                  TableIotType iotType);
+    void addIotFields(Class& c);
+    void addAutoid(Class& c);
+    bool fitUpdatedBitmap(Class& c);
+
+    // Fields (analyzer_field.cpp).
+    void do_field(Struct* s);
+    void readRefClass(Field& f);
+    void readInitValues(Field& f);
+    mstring getTypeName(int& precision);
+    void add_indicators(Struct* s);
+    void markDirect(Field& f, Struct* s);
+
+    // Direct structures (analyzer_direct.cpp).
+    void do_direct_struct(bool packed);
+    void do_direct_field(Struct* s);
+
+    // Indexes (analyzer_index.cpp).
+    void do_index_declaration(Class& c, IndexType kind, bool unique, bool voluntary, bool userdef, bool thick,
+                              bool inclusive);
+    void do_indexFields(Index& idx, Class& c);
+
+    // Events and time-to-live (analyzer_event.cpp).
+    void do_event(Class& c);
+    void do_ttl(Class& c);
+
+    // Reports of the grammar: current file and line, no position.
+    void error(char const* key);
+    void error1(char const* key, mstring const& p1);
+    void error2(char const* key, mstring const& p1, mstring const& p2);
+    void warning(char const* key);
+
     Parser* m_parser;
     Schema m_schema;
     bool m_sqlReservedWords;

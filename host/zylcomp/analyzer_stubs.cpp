@@ -1,6 +1,4 @@
 #include "host/zylcomp/analyzer.h"
 
-// The grammar and the finishing passes come with their own changes; until
-// then a compile reads no statement and completes nothing.
-void Analyzer::analyze() {}
+// The finishing passes come with the next change; until then nothing is resolved after the text is read.
 void Analyzer::doChecks() {}

@@ -1,0 +1,95 @@
+// Direct structures: structs whose in-memory image is the stored image.
+// Their grammar is a restricted struct body; what it cannot refuse (dynamic
+// types, nested structs) is refused once all types are known.
+#include "host/zylcomp/analyzer.h"
+
+#include "frontend/parser.h"
+#include "frontend/preprocessor.h"
+
+// direct_struct -> ["packed"] "direct" "struct" name "{" {direct_field} "}" ";"
+void Analyzer::do_direct_struct(bool packed) {
+    mstring name = m_parser->getName();
+    checkIsNotReserved(name);
+    m_parser->match("{");
+    HIComparable hold(new Struct());
+    Struct* s = static_cast<Struct*>(hold.get());
+    s->m_category = TC_DIRECT;
+    s->m_packed = packed;
+    if (m_schema.findType(name)) {
+        error1("type #1 already defined", name);
+        return;
+    }
+    // Unlike classes, a direct struct gets no access code unless the job
+    // names other classes to hide, and then only when it is not named.
+    bool noApi = m_hiddenClasses == nullptr || m_hiddenClasses->size() == 0;
+    for (unsigned i = 0; !noApi && i < m_hiddenClasses->size(); i++)
+        noApi = (*m_hiddenClasses)[i].empty() || (*m_hiddenClasses)[i] == name;
+    s->m_noApi = noApi;
+    s->m_name = name;
+    s->m_isDirect = true;
+
+    for (mstring tok = m_parser->get(); tok != "}"; tok = m_parser->get()) {
+        m_parser->takeBack(tok);
+        do_direct_field(s);
+        if (tok.empty())
+            return;  // end of input, already reported
+    }
+    m_parser->match(";");
+    m_schema.m_types->add(hold);
+}
+
+// direct_field -> type name ["[" size "]"] {"," name} ";"
+// No initial values, no field number: m_fieldNo and m_position stay 0.
+void Analyzer::do_direct_field(Struct* s) {
+    Field f;
+    mstring name;
+    mstring tok = m_parser->get();
+    if (tok == "rect") {
+        error("Rect field is not allowed in direct structure");
+    } else if (tok == "optional") {
+        error("Optional field is not allowed in direct structure");
+    } else if (tok == "nullable") {
+        error("Nullable field is not allowed in direct structure");
+    } else if (tok == "vector") {
+        error("Vector is not allowed in direct structure");
+    } else {
+        // "rectangle" is not refused here: it is an unknown type name.
+        m_parser->takeBack(tok);
+        int precision;
+        f.m_typeName = getTypeName(precision);
+        f.m_precision = precision;
+        name = m_parser->getName();
+        checkIsNotReserved(name);
+        tok = m_parser->get();
+        if (tok == "[") {
+            f.m_isArray = true;
+            unsigned size = m_parser->getNum();
+            if (size < 1 || size > 65535)
+                error("array size limits");
+            f.m_arraySize = static_cast<int>(size);
+            m_parser->match("]");
+        } else {
+            m_parser->takeBack(tok);
+        }
+    }
+    markDirect(f, s);
+
+    // Later names share the first one's type and dimension.
+    for (;;) {
+        if (s->findField(name)) {
+            error1("field #1 already defined", name);
+            return;
+        }
+        f.m_name = name;
+        s->v_field.push_back(f);
+        tok = m_parser->get();
+        if (tok == ";")
+            return;
+        if (tok != ",") {
+            error("expected , or ;");
+            return;
+        }
+        name = m_parser->getName();
+        checkIsNotReserved(name);
+    }
+}

@@ -1,0 +1,265 @@
+// Field declarations of structs and classes, type names, initial values
+// and the indicator fields of nullable fields.
+#include "host/zylcomp/analyzer.h"
+
+#include "foundation/ut.h"
+#include "frontend/parser.h"
+#include "frontend/preprocessor.h"
+
+// The optional "<C>" behind ref and autoid_t names the class referred to.
+void Analyzer::readRefClass(Field& f) {
+    if (f.m_typeName != "autoid_t" && f.m_typeName != "ref")
+        return;
+    mstring tok = m_parser->get();
+    if (tok == "<") {
+        f.m_refClassName = m_parser->get();
+        m_parser->match(">");
+    } else {
+        m_parser->takeBack(tok);
+    }
+}
+
+void Analyzer::markDirect(Field& f, Struct* s) {
+    Struct* type = m_schema.findType(f.m_typeName);
+    f.m_isDirect = type != nullptr && type->m_isDirect;
+    if (f.m_isDirect)
+        s->m_hasDirect = true;
+    f.m_containerStruct = s;
+}
+
+// init -> value | "{" value {"," value} "}"
+// The values are kept as text; their form is checked where they are used.
+void Analyzer::readInitValues(Field& f) {
+    if (f.m_isOptional)
+        error("optional: can't init");
+    if (f.m_isVector)
+        error("vector: can't init");
+    if (!f.m_isArray) {
+        mstring tok = m_parser->get();
+        if (tok == "{")
+            error("scalar init with {");
+        f.v_init.push_back(tok);
+        return;
+    }
+
+    m_parser->match("{");
+    int left = f.m_arraySize;
+    for (;;) {
+        mstring tok = m_parser->get();
+        // A list closed before its first value.
+        if (tok == "}" && f.v_init.size() == 0) {
+            error("array not initialized");
+            return;
+        }
+        f.v_init.push_back(tok);
+        if (--left == 0) {
+            m_parser->match("}");
+            return;
+        }
+        tok = m_parser->get();
+        if (tok == "}") {
+            // A short list: the rest of the array is zero.
+            for (; left > 0; left--)
+                f.v_init.push_back("0");
+            return;
+        }
+        if (tok != ",") {
+            error("expected ,");
+            if (tok.empty())
+                return;
+        }
+    }
+}
+
+// field -> ["nullable"] form ["=" init] {"," name ["=" init]} ";"
+// form -> "optional" type name | "sequence" "<" type [order] ">" name | "vector" "<" type ">" [ref_class] name
+//       | ("rect"|"rectangle"|"point") "<" type ">" name "[" dim "]" | type [ref_class] name ["[" [size] "]"]
+void Analyzer::do_field(Struct* s) {
+    Field f;
+    f.m_fieldNo = m_fieldCounter++;
+    f.m_position = static_cast<int>(s->v_field.size());
+    int precision = -1;
+    mstring name;
+
+    mstring tok = m_parser->get();
+    if (tok == "nullable") {
+        f.m_isNullable = true;
+        tok = m_parser->get();
+    }
+
+    if (tok == "optional") {
+        f.m_isOptional = true;
+        f.m_typeName = getTypeName(precision);
+        f.m_precision = precision;
+        name = m_parser->getName();
+        checkIsNotReserved(name);
+    } else if (tok == "sequence") {
+        if (!s->m_isClass)
+            error("Sequence cannot be element of a struct");
+        m_parser->match("<");
+        m_usesSequences = true;
+        f.m_typeName = "sequence";
+        f.m_elemTypeName = getTypeName(precision);
+        // A whole-number numeric (precision 0) is a plain integer here.
+        if (precision > 0)
+            error("Sequence element can not be of numeric type");
+        f.m_isSequence = true;
+        f.m_seqOrder = "ZYL_SEQ_NO_ORDER";
+        tok = m_parser->get();
+        if (tok == "asc" || tok == "ascending") {
+            f.m_seqOrder = "ZYL_SEQ_ASC_ORDER";
+            tok = m_parser->get();
+        } else if (tok == "desc" || tok == "descending") {
+            f.m_seqOrder = "ZYL_SEQ_DESC_ORDER";
+            tok = m_parser->get();
+        }
+        if (tok != ">")
+            error("sequence specification error");
+        name = m_parser->getName();
+        checkIsNotReserved(name);
+    } else if (tok == "vector") {
+        m_parser->match("<");
+        f.m_isVector = true;
+        f.m_typeName = getTypeName(precision);
+        f.m_precision = precision;
+        m_parser->match(">");
+        readRefClass(f);
+        name = m_parser->getName();
+        checkIsNotReserved(name);
+    } else if (tok == "rectangle" || tok == "rect" || tok == "point") {
+        bool rect = tok != "point";
+        m_parser->match("<");
+        f.m_typeName = getTypeName(precision);
+        f.m_precision = precision;
+        m_parser->match(">");
+        f.m_isRect = rect;
+        f.m_isPoint = !rect;
+        name = m_parser->getName();
+        checkIsNotReserved(name);
+        if (m_parser->get() != "[")
+            error(rect ? "rectangle dimension must be specified" : "point dimension must be specified");
+        f.m_isArray = true;
+        unsigned dim = m_parser->getNum();
+        if (dim < 2 || dim > (rect ? 16u : 8u))
+            error("dimension size limits");
+        m_parser->match("]");
+        // A rectangle holds two corners.
+        f.m_arraySize = static_cast<int>(rect ? 2 * dim : dim);
+    } else {
+        m_parser->takeBack(tok);
+        f.m_typeName = getTypeName(precision);
+        f.m_precision = precision;
+        readRefClass(f);
+        name = m_parser->getName();
+        checkIsNotReserved(name);
+        if (name == "updated_bitmap") {
+            f.m_isBitmap = true;
+            if (f.m_typeName != "boolean")
+                error("updated_bitmap - could be only of type boolean.");
+        }
+        tok = m_parser->get();
+        if (tok == "[") {
+            f.m_isArray = true;
+            // The bitmap may leave its size out ("[]"): the class sizes it.
+            int size = static_cast<int>(m_parser->getNumEx(f.m_isBitmap));
+            if ((size < 1 || size > 65535) && !(f.m_isBitmap && size <= 0))
+                error("array size limits");
+            f.m_arraySize = size;
+            m_parser->match("]");
+        } else {
+            m_parser->takeBack(tok);
+            if (f.m_isBitmap)
+                error("updated_bitmap - could be only of type bool and should be declared as array field.");
+        }
+    }
+    markDirect(f, s);
+
+    // Every name of the statement is a copy of the same field: type,
+    // dimension, flags, number and position are shared.
+    for (;;) {
+        if (s->findField(name)) {
+            error1("field #1 already defined", name);
+            return;
+        }
+        f.m_name = name;
+        s->v_field.push_back(f);
+        tok = m_parser->get();
+        if (tok == "=") {
+            readInitValues(s->v_field[static_cast<int>(s->v_field.size()) - 1]);
+            tok = m_parser->get();
+        }
+        if (tok == ";")
+            return;
+        if (tok != ",") {
+            error("expected , or ;");
+            return;
+        }
+        name = m_parser->getName();
+        checkIsNotReserved(name);
+    }
+}
+
+// type -> ("numeric"|"decimal") "<" width ["," precision] ">"
+//       | ("signed"|"unsigned"|"char"|"binary"|"nchar") "<" n ">" | name
+mstring Analyzer::getTypeName(int& precision) {
+    mstring word = m_parser->getName();
+    precision = -1;
+
+    if (word == "numeric" || word == "decimal") {
+        m_parser->match("<");
+        unsigned width = m_parser->getNum();
+        precision = 0;
+        mstring tok = m_parser->get();
+        if (tok == ",")
+            precision = static_cast<int>(m_parser->getNum());
+        else
+            m_parser->takeBack(tok);
+        if (width > 19)
+            error("decimal width not be larger than 19");
+        if (precision > static_cast<int>(width))
+            error("precision should be smaller than width");
+        m_parser->match(">");
+        return width < 3 ? "signed<1>" : width < 5 ? "signed<2>" : width < 10 ? "signed<4>" : "signed<8>";
+    }
+
+    bool isChar = word == "char", isBinary = word == "binary", isNchar = word == "nchar";
+    if (word != "signed" && word != "unsigned" && !isChar && !isBinary && !isNchar)
+        return word;  // a struct, enum or base type name; resolved later
+
+    m_parser->match("<");
+    unsigned n = m_parser->getNum();
+    m_parser->match(">");
+    if (!isChar && !isBinary && !isNchar && n != 1 && n != 2 && n != 4 && n != 8)
+        error("numerical size must be 1,2,4 or 8");
+    mstring type = word + "<" + UT::n2s(n) + ">";
+
+    // Fixed-size character and byte types come into being on first use.
+    if ((isChar || isBinary || isNchar) && m_schema.findType(type) == nullptr) {
+        int size = static_cast<int>(isNchar ? 2 * n : n);
+        int align = isNchar ? 2 : 1;
+        TypeCategory category = isChar ? TC_CHARS : isBinary ? TC_BINARY : TC_NCHARS;
+        m_schema.m_types->add(HIComparable(new Struct(type, category, size, size, align, align, "")));
+    }
+    return type;
+}
+
+// Each nullable field gets a boolean "{name}_indicator" behind the fields
+// of the body; it holds "1" when the field has an initial value.
+void Analyzer::add_indicators(Struct* s) {
+    unsigned n = s->v_field.size();
+    for (unsigned i = 0; i < n; i++) {
+        if (!s->v_field[static_cast<int>(i)].m_isNullable)
+            continue;
+        Field indicator;
+        indicator.m_name = s->v_field[static_cast<int>(i)].m_name + "_indicator";
+        indicator.m_typeName = "boolean";
+        indicator.m_isIndicator = true;
+        indicator.m_containerStruct = s;
+        indicator.m_position = static_cast<int>(s->v_field.size());
+        indicator.m_fieldNo = m_fieldCounter++;
+        if (s->v_field[static_cast<int>(i)].v_init.size() > 0)
+            indicator.v_init.push_back("1");
+        s->v_field[static_cast<int>(i)].m_indicator = indicator.m_position;
+        s->v_field.push_back(indicator);
+    }
+}
