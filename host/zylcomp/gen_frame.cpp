@@ -123,8 +123,7 @@ void GenOutput::createStreams(bool udf, bool coll) {
 // The sections
 
 void GenOutput::run() {
-    layout();
-    calculateFormating();
+    // layout(); calculateFormating();  -- need the field types resolved by the finishing passes
     heading();
     outputCalculator();
     outputDictionary();
