@@ -618,10 +618,17 @@ void ClassDictCreator::printInitTables(IOutStream& out) const {
 }
 
 void ClassDictCreator::printFieldTable(IOutStream& out) const {
-    if (m_dynamicTables)
-        out << "    static zyl_dict_field_t v_field_info[" << m_nFields
-            << "];\n    zyl_dict_field_t * pfi = &  v_field_info[0];\n";
-    else
+    // Without structures nothing would refer to the table, and a table
+    // nothing refers to does not compile warning-free.
+    if (!m_dynamicTables && v_used.size() == 0)
+        return;
+    // The fill cursors are declared only where there is something to fill:
+    // an unused variable would not compile warning-free either.
+    if (m_dynamicTables) {
+        out << "    static zyl_dict_field_t v_field_info[" << m_nFields << "];\n";
+        if (m_nFields > 0)
+            out << "    zyl_dict_field_t * pfi = &  v_field_info[0];\n";
+    } else
         out << "    static const zyl_dict_field_t v_field_info[" << m_nFields << "] = { \n";
     out << m_fieldText;
     if (!m_dynamicTables)
@@ -635,10 +642,11 @@ void ClassDictCreator::printAllFields(IOutStream& out, bool sortFields) {
 }
 
 void ClassDictCreator::printAllUsedStructs(IOutStream& out) {
-    if (m_dynamicTables)
-        out << "    static zyl_dict_struct_t v_struct_info[" << structCount()
-            << "];\n    zyl_dict_struct_t * psi = v_struct_info;\n";
-    else
+    if (m_dynamicTables) {
+        out << "    static zyl_dict_struct_t v_struct_info[" << structCount() << "];\n";
+        if (structCount() > 0)
+            out << "    zyl_dict_struct_t * psi = v_struct_info;\n";
+    } else
         out << "    static const zyl_dict_struct_t v_struct_info[" << structCount() << "] = { \n";
     for (unsigned n = 0; n < v_used.size(); n++) {
         Struct const& s = *v_used[n];
@@ -667,13 +675,19 @@ void ClassDictCreator::printAll(IOutStream& out, bool sortFields) {
         return;
     }
     collectFields(sortFields);
-    out << "    static zyl_dict_struct_t * v_struct_info_ptr;\n    static zyl_dict_field_t * v_field_info_ptr;\n";
+    // Without structures there are no fields to point at.
+    bool const fields = v_used.size() > 0;
+    out << "    static zyl_dict_struct_t * v_struct_info_ptr;\n";
+    if (fields)
+        out << "    static zyl_dict_field_t * v_field_info_ptr;\n";
     // The dictionary points at the initial values after these blocks have
     // closed, so the tables stand outside them.
     printInitTables(out);
-    out << "    {\n";
-    printFieldTable(out);
-    out << "\n      v_field_info_ptr = v_field_info;\n    }\n";
+    if (fields) {
+        out << "    {\n";
+        printFieldTable(out);
+        out << "\n      v_field_info_ptr = v_field_info;\n    }\n";
+    }
     out << "    {\n";
     printAllUsedStructs(out);
     out << "\n      v_struct_info_ptr = v_struct_info;\n    }\n";
