@@ -300,6 +300,13 @@ ClassDictCreator::ClassDictCreator(Schema* schema, bool dynamicTables, IErrRepor
         v_firstField.push_back(m_nFields);
         m_nFields += static_cast<int>(s->v_field.size());
     };
+    // Numbers belong to one dictionary: a struct numbered by an earlier
+    // one starts afresh.
+    for (ISet* set : {schema->m_types, schema->m_classes}) {
+        std::unique_ptr<ISet::Pos> pos(set->first());
+        for (; pos->valid(); pos->next())
+            static_cast<Struct*>(pos->get().get())->m_dictNo = -1;
+    }
     // A struct belongs to the dictionary when some class holds it; structs
     // and classes share one numbering.
     std::unique_ptr<ISet::Pos> pos(schema->m_types->first());
