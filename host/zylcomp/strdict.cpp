@@ -404,6 +404,27 @@ mvector<FieldRef> ClassDictCreator::fieldList(Struct const& s, bool sortFields) 
     return list;
 }
 
+bool ClassDictCreator::enumValue(mstring const& name, long* value) {
+    if (m_schema->enumNameToInteger(name, value))
+        return true;
+    if (!m_schema->m_enumValueNames.find(name))
+        return false;
+    // A declared constant that the walk missed has taken the database
+    // prefix by now; the initial value still holds the name as written.
+    mstring const prefixed = m_dbName + "_" + name;
+    std::unique_ptr<ISet::Pos> pos(m_schema->m_enums->first());
+    for (; pos->valid(); pos->next()) {
+        Enum const* e = static_cast<Enum const*>(pos->get().get());
+        for (unsigned i = 0; i < e->v_elem.size(); i++) {
+            if (e->v_elem[i].m_name == prefixed) {
+                *value = e->v_elem[i].m_value;
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
 unsigned ClassDictCreator::addInitialValues(Struct const& s, Field const& f, bool& real) {
     real = false;
     if (f.v_init.size() == 0)
@@ -428,7 +449,7 @@ unsigned ClassDictCreator::addInitialValues(Struct const& s, Field const& f, boo
                 v_initI.push_back(static_cast<std::int32_t>(static_cast<std::uint32_t>(u >> 32)));
             } else {
                 long v = 0;
-                if (!UT::CVT::s2int(text, &v) && !m_schema->enumNameToInteger(f.v_init[i], &v))
+                if (!UT::CVT::s2int(text, &v) && !enumValue(f.v_init[i], &v))
                     refuse("integer", f.v_init[i]);
                 v_initI.push_back(static_cast<std::int32_t>(v));
             }

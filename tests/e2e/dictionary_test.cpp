@@ -194,6 +194,19 @@ TEST(Dictionary, DeclaredOrderAndWideOffsets) {
                        "sizes oid_est=0 ha_est=0 oid_sizeof=0 oid_layout=0 offs=8/4 size=4/8"});
 }
 
+// Prefixed names: enum constants and referred classes are still found by
+// the names the schema wrote.
+TEST(Dictionary, PrefixedNames) {
+    if (!haveCc())
+        GTEST_SKIP() << "no C compiler";
+    expectLines(walked("basic", "basic", {"-c", "--prefix-names"}),
+                {"struct basic_Item: flags=0x5 fields=10 c=46/4 u=46/4", "init_i: 1 1 1 7 2 -1 2 0"});
+    TempDir out;
+    ASSERT_EQ(compile(out, "oid", {"--prefix-names"}).status, 0);
+    EXPECT_NE(readFile(out.file("oidy.c")).find("    {\"parent\", {7, 1, 12, 7, 1, 12}, 9, 0, 0, -1, 0, 1, "),
+              std::string::npos);
+}
+
 TEST(Dictionary, StaticAndDynamicTablesHoldTheSameRecords) {
     if (!haveCc())
         GTEST_SKIP() << "no C compiler";
