@@ -329,6 +329,212 @@ mstring member(char const* name, mstring const& value) {
 
 mstring member(char const* name, long long value) { return member(name, UT::n2s(value)); }
 
+// What the record counts over the classes, in set order.
+struct Totals {
+    int classes = 0, lists = 0, autoids = 0, histories = 0, maxIndexes = 0, indexes = 0, events = 0, keys = 0;
+};
+
+Totals count(Schema const& schema) {
+    Totals t;
+    forEach<Class>(schema.m_classes, [&t](Class& c) {
+        t.classes++;
+        t.lists += c.m_hasList ? 1 : 0;
+        t.autoids += c.m_hasAutoid ? 1 : 0;
+        t.histories += c.m_hasHistory ? 1 : 0;
+        int const n = static_cast<int>(c.v_index.size());
+        t.maxIndexes = n > t.maxIndexes ? n : t.maxIndexes;
+        t.indexes += n;
+        t.events += static_cast<int>(c.v_event.size());
+        for (int i = 0; i < n; i++)
+            t.keys += static_cast<int>(c.v_index[i].v_segment.size());
+    });
+    return t;
+}
+
+// Names by class code and by index number, in columns of the given widths.
+void writeNames(IOutStream& out, Schema const& schema, int classWidth, int indexWidth) {
+    out << "    {\n      static const char * const v_class_names[] = \n      {\n        0, \n";
+    int code = 1;
+    forEach<Class>(schema.m_classes, [&](Class& c) {
+        if (c.m_code != code)
+            dictPanic("class codes order");
+        out << "        " << UT::adjust("\"" + c.m_name + "\",", classWidth) << " /* [" << c.m_code << "] */\n";
+        code++;
+    });
+    out << "        0\n      };\n\n      dict.str_class_names = v_class_names;\n    }\n\n";
+
+    out << "    {\n      static const char * const v_index_names[] = \n      {\n";
+    int number = 0;
+    forEach<Class>(schema.m_classes, [&](Class& c) {
+        for (unsigned i = 0; i < c.v_index.size(); i++, number++) {
+            Index const& index = c.v_index[i];
+            if (index.m_code != number)
+                dictPanic("index code");
+            out << "        " << UT::adjust("\"" + c.m_name + "." + index.m_name + "\",", indexWidth) << " /* ["
+                << number << "] */\n";
+        }
+    });
+    out << "        0\n      };\n\n      dict.str_index_names = v_index_names;\n    }\n\n";
+}
+
+// Classes by code; entry 0 stays empty.
+void writeClasses(IOutStream& out, Schema const& schema, bool dynamic, mstring const& structs, int nClasses) {
+    if (dynamic) {
+        out << "    {\n      static  zyl_dict_class_info_t class_inf[" << nClasses + 1 << "];\n";
+        if (nClasses > 0)
+            out << "      zyl_dict_class_info_t * x = & class_inf[1]; \n";
+    } else {
+        out << "    {\n      static  const zyl_dict_class_info_t class_inf[" << nClasses + 1
+            << "] = { \n        { 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0 }";
+    }
+    int firstIndex = 0, firstEvent = 0;
+    bool const autoOids = schema.m_autoOid != 0;
+    forEach<Class>(schema.m_classes, [&](Class& c) {
+        DictClassEntry const e = dictClassEntry(schema, c, firstIndex, firstEvent);
+        firstIndex += static_cast<int>(c.v_index.size());
+        firstEvent += static_cast<int>(c.v_event.size());
+        mstring const autoOidOffset = autoOids ? txt(e.m_autoOidOffset) : mstring("0");
+        if (dynamic)
+            out << "      x->first_index_num = " << e.m_firstIndex << "; x->last_index_num = " << e.m_lastIndex
+                << "; x->list_index_num = " << e.m_listIndex << "; x->autoid_index_num = " << e.m_autoidIndex
+                << "; x->fixedsize = " << txt(e.m_fixedSize) << "; x->autoid_offset = " << txt(e.m_autoidOffset)
+                << "; x->history_index_num = " << e.m_historyIndex << "; x->history_length = " << e.m_historyLength
+                << "; x->history_offset = " << txt(e.m_historyOffset) << "; x->first_event_num = " << e.m_firstEvent
+                << "; x->last_event_num = " << e.m_lastEvent << "; x->flags = " << e.m_flags
+                << "; x->struct_ptr = " << structs << "+" << e.m_structNo << ";x->init_size = " << txt(e.m_initSize)
+                << ";x->auto_oid_offset = " << autoOidOffset << "; x++; /* " << c.m_name << " */\n";
+        else
+            out << ",\n        { " << e.m_firstIndex << ", " << e.m_lastIndex << ", " << e.m_listIndex << ", "
+                << e.m_autoidIndex << ", " << txt(e.m_fixedSize) << ", " << txt(e.m_autoidOffset) << ", "
+                << e.m_historyIndex << ", " << e.m_historyLength << ", " << txt(e.m_historyOffset) << ", "
+                << e.m_firstEvent << ", " << e.m_lastEvent << ", " << e.m_flags << ", " << structs << "+"
+                << e.m_structNo << ", " << txt(e.m_initSize) << ", " << autoOidOffset << " } /* " << c.m_name
+                << " */ ";
+    });
+    if (!dynamic)
+        out << "\n      };\n";
+    out << "      dict.v_class_info = class_inf;\n    }\n\n";
+}
+
+// Events, class by class: their places are their numbers.
+void writeEvents(IOutStream& out, Schema const& schema, bool dynamic, int nEvents) {
+    if (nEvents == 0) {
+        out << "    dict.v_desc_events = (zyl_dict_event_t *)0;\n    \n";
+        return;
+    }
+    if (dynamic)
+        out << "    { static zyl_dict_event_t zyl_v_evdsc[" << nEvents
+            << "];\n      zyl_dict_event_t * x = & zyl_v_evdsc[0];\n";
+    else
+        out << "    { static const zyl_dict_event_t zyl_v_evdsc[" << nEvents << "] = { ";
+    int written = 0;
+    forEach<Class>(schema.m_classes, [&](Class& c) {
+        for (unsigned i = 0; i < c.v_event.size(); i++, written++) {
+            DictEventEntry const e = dictEventEntry(c, c.v_event[i]);
+            if (dynamic)
+                out << "      x->class_code = " << e.m_classCode << "; \n      x->flags = " << e.m_flags
+                    << "; \n      x->field_offset = " << txt(e.m_offset) << "; \n      x->field_size = "
+                    << txt(e.m_size) << "; \n      x->field_type = " << e.m_type << "; \n     x->fld_no = "
+                    << e.m_fldNo << "; \n      x++;\n\n";
+            else
+                out << (written > 0 ? "," : "") << "\n        { " << e.m_classCode << ", " << e.m_flags << ", "
+                    << txt(e.m_offset) << ", " << txt(e.m_size) << ", " << e.m_type << ", " << e.m_fldNo << " } /* "
+                    << c.m_name << "." << c.v_event[i].m_name << " */";
+        }
+    });
+    if (!dynamic)
+        out << "\n      };\n";
+    out << "      dict.v_desc_events = & zyl_v_evdsc[0];\n    }\n\n";
+}
+
+// Indexes in the order of their codes, each with its keys.
+void writeIndexes(IOutStream& out, Schema const& schema, bool dynamic, int nIndexes, int nKeys) {
+    if (nIndexes == 0) {
+        out << "    dict.v_desc_indexes = (zyl_dict_index_t *)0;\n    \n";
+        return;
+    }
+    mstring keys;
+    mstring indexes;
+    int number = 0;
+    int firstKey = 0;
+    forEach<Class>(schema.m_classes, [&](Class& c) {
+        for (unsigned i = 0; i < c.v_index.size(); i++, number++) {
+            Index const& index = c.v_index[i];
+            DictIndexEntry const e = dictIndexEntry(c, index);
+            keys += "      /* " + c.m_name + "." + index.m_name + " [" + UT::n2s(number) + "] */\n";
+            for (unsigned k = 0; k < e.v_key.size(); k++) {
+                DictKeyEntry const& key = e.v_key[k];
+                if (dynamic)
+                    keys += "      z->field_offset = " + txt(key.m_offset) + "; z->vect_field_offset = " +
+                            txt(key.m_vectOffset) + "; z->indicator_offset = " + txt(key.m_indicatorOffset) +
+                            "; z->field_size = " + txt(key.m_size) + "; z->field_type = " + txt(key.m_type) +
+                            "; z->fld_flags  = " + txt(key.m_flags) + "; z->fld_no     = " + txt(key.m_fldNo) +
+                            "; z->collation_id = " + txt(key.m_collation) + "; z++; /* " + key.m_path + " */\n";
+                else
+                    keys += "        { " + txt(key.m_offset) + ", " + txt(key.m_vectOffset) + ", " +
+                            txt(key.m_indicatorOffset) + ", " + txt(key.m_size) + ", " + txt(key.m_type) + ", " +
+                            txt(key.m_flags) + ", " + txt(key.m_fldNo) + ", " + txt(key.m_collation) + " }, /* " +
+                            key.m_path + " */\n";
+            }
+            int const nFields = static_cast<int>(e.v_key.size());
+            if (dynamic)
+                indexes += "      w->class_code = " + txt(e.m_classCode) + "; w->impl_no = " + txt(e.m_implNo) +
+                           "; w->numof_fields = " + txt(nFields) + "; w->vect_field_offset = " +
+                           txt(e.m_vectOffset) + "; w->flags = " + txt(static_cast<long long>(e.m_flags)) +
+                           "; w->fields = & v_all_index_fields[" + txt(firstKey) + "]; w->numof_keys_estimate = " +
+                           txt(e.m_estimate) + "; w->userdef_id = " + txt(e.m_userdefId) + "; w++; \n";
+            else
+                indexes += "        { " + txt(e.m_classCode) + ", " + txt(e.m_implNo) + ", " + txt(nFields) + ", " +
+                           txt(e.m_vectOffset) + ", " + txt(static_cast<long long>(e.m_flags)) +
+                           ", & v_all_index_fields[" + txt(firstKey) + "], " + txt(e.m_estimate) + ", " +
+                           txt(e.m_userdefId) + " }, /* " + c.m_name + "." + index.m_name + " */\n";
+            firstKey += nFields;
+        }
+    });
+    if (dynamic) {
+        // Lists have no keys; without keys the key cursor would stand unused.
+        out << "    {\n      static zyl_dict_index_field_t v_all_index_fields[ " << nKeys
+            << "];\n      static zyl_dict_index_t v_all_indexes_info[ " << nIndexes << "];\n";
+        if (nKeys > 0)
+            out << "      zyl_dict_index_field_t * z = & v_all_index_fields[0];\n";
+        out << "      zyl_dict_index_t       * w = & v_all_indexes_info[0];\n" << keys << indexes;
+    } else {
+        out << "    {\n";
+        if (nKeys > 0)
+            out << "      static const zyl_dict_index_field_t v_all_index_fields[ " << nKeys << "] = {\n" << keys;
+        else
+            out << "      static const zyl_dict_index_field_t v_all_index_fields[1] = { {0,0,0,0,0} /*empty*/ ";
+        out << "      }; \n\n      static const zyl_dict_index_t v_all_indexes_info[ " << nIndexes << "] = {\n"
+            << indexes << "      };\n";
+    }
+    out << "      dict.v_desc_indexes = v_all_indexes_info;\n    }\n\n";
+}
+
+// Collations, in set order.
+void writeCollations(IOutStream& out, Schema const& schema, bool dynamic) {
+    int const n = static_cast<int>(schema.m_collations->size());
+    if (n == 0) {
+        out << "    dict.v_desc_colls = (zyl_dict_collation_t *)0;\n    \n";
+        return;
+    }
+    if (dynamic)
+        out << "    {\n      static zyl_dict_collation_t zyl_v_colls[" << n
+            << "];\n      zyl_dict_collation_t * x = & zyl_v_colls[0];\n";
+    else
+        out << "    {\n      static const zyl_dict_collation_t zyl_v_colls[" << n << "] = { ";
+    int written = 0;
+    forEach<Collation>(schema.m_collations, [&](Collation& coll) {
+        if (dynamic)
+            out << "      x->name = \"" << coll.m_name << "\"; \n      x->type = " << coll.m_fieldKind
+                << "; \n      x++;\n\n";
+        else
+            out << (written++ > 0 ? "," : "") << "\n        {\"" << coll.m_name << "\", " << coll.m_fieldKind << " }";
+    });
+    if (!dynamic)
+        out << "\n      };\n";
+    out << "      dict.v_desc_colls = & zyl_v_colls[0];\n    }\n\n";
+}
+
 }  // namespace
 
 // The dictionary goes to {db}.c in every mode: the header declares the
@@ -348,224 +554,29 @@ void GenOutput::outputDictionary() {
     mstring const structs = creator.getPtrToStructInfoVector();
     out << "\n    dictionary_ready = 1;\n\n";
 
-    // Counts over the classes, in set order.
-    int nClasses = 0, nLists = 0, nAutoids = 0, nHistories = 0, maxIndexes = 0, nIndexes = 0, nEvents = 0;
-    int nKeys = 0;
-    forEach<Class>(schema.m_classes, [&](Class& c) {
-        nClasses++;
-        nLists += c.m_hasList ? 1 : 0;
-        nAutoids += c.m_hasAutoid ? 1 : 0;
-        nHistories += c.m_hasHistory ? 1 : 0;
-        int const n = static_cast<int>(c.v_index.size());
-        maxIndexes = n > maxIndexes ? n : maxIndexes;
-        nIndexes += n;
-        nEvents += static_cast<int>(c.v_event.size());
-        for (int i = 0; i < n; i++)
-            nKeys += static_cast<int>(c.v_index[i].v_segment.size());
-    });
-
-    // Names by class code and by index number; only out-of-line code asks for them.
-    if (m_outOfLine) {
-        out << "    {\n      static const char * const v_class_names[] = \n      {\n        0, \n";
-        int code = 1;
-        forEach<Class>(schema.m_classes, [&](Class& c) {
-            if (c.m_code != code)
-                dictPanic("class codes order");
-            out << "        " << UT::adjust("\"" + c.m_name + "\",", m_structNameWidth + 3) << " /* ["
-                << c.m_code << "] */\n";
-            code++;
-        });
-        out << "        0\n      };\n\n      dict.str_class_names = v_class_names;\n    }\n\n";
-
-        out << "    {\n      static const char * const v_index_names[] = \n      {\n";
-        int number = 0;
-        forEach<Class>(schema.m_classes, [&](Class& c) {
-            for (unsigned i = 0; i < c.v_index.size(); i++, number++) {
-                Index const& index = c.v_index[i];
-                if (index.m_code != number)
-                    dictPanic("index code");
-                out << "        "
-                    << UT::adjust("\"" + c.m_name + "." + index.m_name + "\",",
-                                  m_structNameWidth + m_funcNameWidth2 + 4)
-                    << " /* [" << number << "] */\n";
-            }
-        });
-        out << "        0\n      };\n\n      dict.str_index_names = v_index_names;\n    }\n\n";
-    } else {
-        out << "    dict.str_class_names = 0;\n";
-        out << "    dict.str_index_names = 0;\n";
-    }
-
-    // Classes, by code; entry 0 stays empty.
-    if (dynamic) {
-        out << "    {\n      static  zyl_dict_class_info_t class_inf[" << nClasses + 1 << "];\n";
-        if (nClasses > 0)
-            out << "      zyl_dict_class_info_t * x = & class_inf[1]; \n";
-    } else
-        out << "    {\n      static  const zyl_dict_class_info_t class_inf[" << nClasses + 1
-            << "] = { \n        { 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0 }";
-    {
-        int firstIndex = 0, firstEvent = 0;
-        bool const autoOids = schema.m_autoOid != 0;
-        forEach<Class>(schema.m_classes, [&](Class& c) {
-            DictClassEntry const e = dictClassEntry(schema, c, firstIndex, firstEvent);
-            firstIndex += static_cast<int>(c.v_index.size());
-            firstEvent += static_cast<int>(c.v_event.size());
-            mstring const autoOidOffset = autoOids ? txt(e.m_autoOidOffset) : mstring("0");
-            if (dynamic)
-                out << "      x->first_index_num = " << e.m_firstIndex << "; x->last_index_num = " << e.m_lastIndex
-                    << "; x->list_index_num = " << e.m_listIndex << "; x->autoid_index_num = " << e.m_autoidIndex
-                    << "; x->fixedsize = " << txt(e.m_fixedSize) << "; x->autoid_offset = " << txt(e.m_autoidOffset)
-                    << "; x->history_index_num = " << e.m_historyIndex << "; x->history_length = "
-                    << e.m_historyLength << "; x->history_offset = " << txt(e.m_historyOffset)
-                    << "; x->first_event_num = " << e.m_firstEvent << "; x->last_event_num = " << e.m_lastEvent
-                    << "; x->flags = " << e.m_flags << "; x->struct_ptr = " << structs << "+" << e.m_structNo
-                    << ";x->init_size = " << txt(e.m_initSize) << ";x->auto_oid_offset = " << autoOidOffset
-                    << "; x++; /* " << c.m_name << " */\n";
-            else
-                out << ",\n        { " << e.m_firstIndex << ", " << e.m_lastIndex << ", " << e.m_listIndex << ", "
-                    << e.m_autoidIndex << ", " << txt(e.m_fixedSize) << ", " << txt(e.m_autoidOffset) << ", "
-                    << e.m_historyIndex << ", " << e.m_historyLength << ", " << txt(e.m_historyOffset) << ", "
-                    << e.m_firstEvent << ", " << e.m_lastEvent << ", " << e.m_flags << ", " << structs << "+"
-                    << e.m_structNo << ", " << txt(e.m_initSize) << ", " << autoOidOffset << " } /* " << c.m_name
-                    << " */ ";
-        });
-    }
-    if (!dynamic)
-        out << "\n      };\n";
-    out << "      dict.v_class_info = class_inf;\n    }\n\n";
-
-    // Events, class by class; their places are their numbers.
-    if (nEvents == 0) {
-        out << "    dict.v_desc_events = (zyl_dict_event_t *)0;\n    \n";
-    } else {
-        if (dynamic)
-            out << "    { static zyl_dict_event_t zyl_v_evdsc[" << nEvents
-                << "];\n      zyl_dict_event_t * x = & zyl_v_evdsc[0];\n";
-        else
-            out << "    { static const zyl_dict_event_t zyl_v_evdsc[" << nEvents << "] = { ";
-        int written = 0;
-        forEach<Class>(schema.m_classes, [&](Class& c) {
-            for (unsigned i = 0; i < c.v_event.size(); i++, written++) {
-                DictEventEntry const e = dictEventEntry(c, c.v_event[i]);
-                if (dynamic)
-                    out << "      x->class_code = " << e.m_classCode << "; \n      x->flags = " << e.m_flags
-                        << "; \n      x->field_offset = " << txt(e.m_offset) << "; \n      x->field_size = "
-                        << txt(e.m_size) << "; \n      x->field_type = " << e.m_type << "; \n     x->fld_no = "
-                        << e.m_fldNo << "; \n      x++;\n\n";
-                else
-                    out << (written > 0 ? "," : "") << "\n        { " << e.m_classCode << ", " << e.m_flags << ", "
-                        << txt(e.m_offset) << ", " << txt(e.m_size) << ", " << e.m_type << ", " << e.m_fldNo
-                        << " } /* " << c.m_name << "." << c.v_event[i].m_name << " */";
-            }
-        });
-        if (!dynamic)
-            out << "\n      };\n";
-        out << "      dict.v_desc_events = & zyl_v_evdsc[0];\n    }\n\n";
-    }
-
+    Totals const t = count(schema);
+    // Only out-of-line code asks for names.
+    if (m_outOfLine)
+        writeNames(out, schema, m_structNameWidth + 3, m_structNameWidth + m_funcNameWidth2 + 4);
+    else
+        out << "    dict.str_class_names = 0;\n    dict.str_index_names = 0;\n";
+    writeClasses(out, schema, dynamic, structs, t.classes);
+    writeEvents(out, schema, dynamic, t.events);
     out << "    dict.v_all_struct = " << structs << ";\n";
+    writeIndexes(out, schema, dynamic, t.indexes, t.keys);
+    writeCollations(out, schema, dynamic);
 
-    // Indexes and their keys, in the order of their codes.
-    if (nIndexes == 0) {
-        out << "    dict.v_desc_indexes = (zyl_dict_index_t *)0;\n    \n";
-    } else {
-        mstring keys;
-        mstring indexes;
-        int number = 0;
-        int firstKey = 0;
-        forEach<Class>(schema.m_classes, [&](Class& c) {
-            for (unsigned i = 0; i < c.v_index.size(); i++, number++) {
-                Index const& index = c.v_index[i];
-                DictIndexEntry const e = dictIndexEntry(c, index);
-                keys += "      /* " + c.m_name + "." + index.m_name + " [" + UT::n2s(number) + "] */\n";
-                for (unsigned k = 0; k < e.v_key.size(); k++) {
-                    DictKeyEntry const& key = e.v_key[k];
-                    if (dynamic)
-                        keys += "      z->field_offset = " + txt(key.m_offset) + "; z->vect_field_offset = " +
-                                txt(key.m_vectOffset) + "; z->indicator_offset = " + txt(key.m_indicatorOffset) +
-                                "; z->field_size = " + txt(key.m_size) + "; z->field_type = " + txt(key.m_type) +
-                                "; z->fld_flags  = " + txt(key.m_flags) + "; z->fld_no     = " + txt(key.m_fldNo) +
-                                "; z->collation_id = " + txt(key.m_collation) + "; z++; /* " + key.m_path + " */\n";
-                    else
-                        keys += "        { " + txt(key.m_offset) + ", " + txt(key.m_vectOffset) + ", " +
-                                txt(key.m_indicatorOffset) + ", " + txt(key.m_size) + ", " + txt(key.m_type) + ", " +
-                                txt(key.m_flags) + ", " + txt(key.m_fldNo) + ", " + txt(key.m_collation) +
-                                " }, /* " + key.m_path + " */\n";
-                }
-                int const nFields = static_cast<int>(e.v_key.size());
-                if (dynamic)
-                    indexes += "      w->class_code = " + txt(e.m_classCode) + "; w->impl_no = " + txt(e.m_implNo) +
-                               "; w->numof_fields = " + txt(nFields) + "; w->vect_field_offset = " +
-                               txt(e.m_vectOffset) + "; w->flags = " + txt(static_cast<long long>(e.m_flags)) +
-                               "; w->fields = & v_all_index_fields[" + txt(firstKey) +
-                               "]; w->numof_keys_estimate = " + txt(e.m_estimate) + "; w->userdef_id = " +
-                               txt(e.m_userdefId) + "; w++; \n";
-                else
-                    indexes += "        { " + txt(e.m_classCode) + ", " + txt(e.m_implNo) + ", " + txt(nFields) +
-                               ", " + txt(e.m_vectOffset) + ", " + txt(static_cast<long long>(e.m_flags)) +
-                               ", & v_all_index_fields[" + txt(firstKey) + "], " + txt(e.m_estimate) + ", " +
-                               txt(e.m_userdefId) + " }, /* " + c.m_name + "." + index.m_name + " */\n";
-                firstKey += nFields;
-            }
-        });
-        if (dynamic) {
-            // Lists have no keys; without keys the key cursor would stand unused.
-            out << "    {\n      static zyl_dict_index_field_t v_all_index_fields[ " << nKeys
-                << "];\n      static zyl_dict_index_t v_all_indexes_info[ " << nIndexes << "];\n";
-            if (nKeys > 0)
-                out << "      zyl_dict_index_field_t * z = & v_all_index_fields[0];\n";
-            out << "      zyl_dict_index_t       * w = & v_all_indexes_info[0];\n";
-            // The key statements of each index come before its own record.
-            out << keys << indexes;
-        } else {
-            out << "    {\n";
-            if (nKeys > 0)
-                out << "      static const zyl_dict_index_field_t v_all_index_fields[ " << nKeys << "] = {\n" << keys;
-            else
-                out << "      static const zyl_dict_index_field_t v_all_index_fields[1] = { {0,0,0,0,0} /*empty*/ ";
-            out << "      }; \n\n      static const zyl_dict_index_t v_all_indexes_info[ " << nIndexes << "] = {\n"
-                << indexes << "      };\n";
-        }
-        out << "      dict.v_desc_indexes = v_all_indexes_info;\n    }\n\n";
-    }
-
-    // Collations, in set order.
-    int const nColls = static_cast<int>(schema.m_collations->size());
-    if (nColls == 0) {
-        out << "    dict.v_desc_colls = (zyl_dict_collation_t *)0;\n    \n";
-    } else {
-        if (dynamic)
-            out << "    {\n      static zyl_dict_collation_t zyl_v_colls[" << nColls
-                << "];\n      zyl_dict_collation_t * x = & zyl_v_colls[0];\n";
-        else
-            out << "    {\n      static const zyl_dict_collation_t zyl_v_colls[" << nColls << "] = { ";
-        int written = 0;
-        forEach<Collation>(schema.m_collations, [&](Collation& coll) {
-            if (dynamic)
-                out << "      x->name = \"" << coll.m_name << "\"; \n      x->type = " << coll.m_fieldKind
-                    << "; \n      x++;\n\n";
-            else
-                out << (written++ > 0 ? "," : "") << "\n        {\"" << coll.m_name << "\", " << coll.m_fieldKind
-                    << " }";
-        });
-        if (!dynamic)
-            out << "\n      };\n";
-        out << "      dict.v_desc_colls = & zyl_v_colls[0];\n    }\n\n";
-    }
-
-    // The record's own numbers.
     bool const oid = schema.m_oidDeclared;
     out << member("version_major", ZYL_DICT_VERSION_MAJOR) << member("version_minor", ZYL_DICT_VERSION_MINOR)
         << member("version_build", ZYL_DICT_VERSION_BUILD) << member("magic_number", ZYL_DICT_MAGIC_NUMBER)
         << member("oid_is_supported", oid ? 1 : 0) << member("auto_oid_supported", schema.m_autoOid != 0 ? 1 : 0)
         << member("flags", schema.m_schemaOptions | (m_dictFlagA ? ZYL_SCHEMA_KEEP_FIELD_ORDER : 0))
-        << member("n_class_codes", nClasses) << member("n_list_indexes", nLists)
-        << member("n_autoid_indexes", nAutoids) << member("n_history_indexes", nHistories)
-        << member("n_userdef_indexes", schema.m_userdefCount) << member("n_desc_indexes", nIndexes)
-        << member("n_desc_events", nEvents) << member("n_desc_colls", nColls)
+        << member("n_class_codes", t.classes) << member("n_list_indexes", t.lists)
+        << member("n_autoid_indexes", t.autoids) << member("n_history_indexes", t.histories)
+        << member("n_userdef_indexes", schema.m_userdefCount) << member("n_desc_indexes", t.indexes)
+        << member("n_desc_events", t.events) << member("n_desc_colls", schema.m_collations->size())
         << member("n_structs", creator.structCount()) << member("num_oid_estimation", schema.m_oidEstimate)
-        << member("num_HA_estimation", schema.m_autoOid) << member("max_numof_indexes_per_obj", maxIndexes)
+        << member("num_HA_estimation", schema.m_autoOid) << member("max_numof_indexes_per_obj", t.maxIndexes)
         << member("exact_OID_sizeof", oid ? "sizeof(" + db + "_oid)" : mstring("0"))
         << member("layout_OID_size", schema.m_oidSize) << member("sizeof_zyl_offs_t[0]", m_jobFlag2 ? 8 : 4)
         << "    dict.sizeof_zyl_offs_t[1]      = sizeof(zyl_offs_t);\n"
