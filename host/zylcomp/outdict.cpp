@@ -477,8 +477,10 @@ void writeIndexes(IOutStream& out, Schema const& schema, bool dynamic, int nInde
                             key.m_path + " */\n";
             }
             int const nFields = static_cast<int>(e.v_key.size());
+            // Filled by statements, an index follows its keys; in initialisers
+            // keys and indexes are two tables.
             if (dynamic)
-                indexes += "      w->class_code = " + txt(e.m_classCode) + "; w->impl_no = " + txt(e.m_implNo) +
+                keys += "      w->class_code = " + txt(e.m_classCode) + "; w->impl_no = " + txt(e.m_implNo) +
                            "; w->numof_fields = " + txt(nFields) + "; w->vect_field_offset = " +
                            txt(e.m_vectOffset) + "; w->flags = " + txt(static_cast<long long>(e.m_flags)) +
                            "; w->fields = & v_all_index_fields[" + txt(firstKey) + "]; w->numof_keys_estimate = " +
@@ -497,7 +499,7 @@ void writeIndexes(IOutStream& out, Schema const& schema, bool dynamic, int nInde
             << "];\n      static zyl_dict_index_t v_all_indexes_info[ " << nIndexes << "];\n";
         if (nKeys > 0)
             out << "      zyl_dict_index_field_t * z = & v_all_index_fields[0];\n";
-        out << "      zyl_dict_index_t       * w = & v_all_indexes_info[0];\n" << keys << indexes;
+        out << "      zyl_dict_index_t       * w = & v_all_indexes_info[0];\n" << keys;
     } else {
         out << "    {\n";
         if (nKeys > 0)
