@@ -545,15 +545,20 @@ DictFieldEntry ClassDictCreator::fieldEntry(int structNo, mvector<FieldRef> cons
 
 namespace {
 
-// A real value as a C literal that reads back as the same double.
+// A real value as a C literal that reads back as the same double. The
+// values strtod accepts beyond the finite ones become constant expressions.
 mstring realLiteral(double v) {
+    if (std::isnan(v))
+        return "(0.0/0.0)";
+    if (std::isinf(v))
+        return v > 0 ? "(1e308*10)" : "(-1e308*10)";
     char buf[64];
     std::snprintf(buf, sizeof buf, "%.15g", v);
     if (std::strtod(buf, nullptr) != v)
         std::snprintf(buf, sizeof buf, "%.17g", v);
     mstring text = buf;
     // A whole number still has to read as a double.
-    bool plain = std::isfinite(v);
+    bool plain = true;
     for (char const* p = buf; *p != '\0' && plain; p++)
         if (*p == '.' || *p == 'e' || *p == 'E')
             plain = false;

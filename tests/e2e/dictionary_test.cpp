@@ -307,6 +307,19 @@ TEST(Dictionary, EmptyTables) {
     }
 }
 
+// Real values read back exactly, those strtod takes beyond the finite ones too.
+TEST(Dictionary, RealInitialValues) {
+    if (!haveCc())
+        GTEST_SKIP() << "no C compiler";
+    TempDir out;
+    out.write("r.zyl", "declare database r;\nclass A { double a[5] = {inf, nan, 0.1, 3}; float f = 0.3; };\n");
+    ASSERT_EQ(runProgram({cliPath(), "r.zyl"}, out.path()).status, 0);
+    EXPECT_NE(readFile(out.file("r.c")).find("    /* A.a: */ (1e308*10), (0.0/0.0), 0.1, 3.0, 0.0, \n"
+                                             "    /* A.f: */ 0.3, \n"),
+              std::string::npos);
+    expectLines(walk(out, "r"), {"init_d: inf nan 0.1 3 0 0.3"});
+}
+
 // The dump of tests/schemas/dict/small.zyl. After a reviewed change of the
 // dump, regenerate the golden file from the source tree with:
 //   build/zylcomp --xml-schema -o /tmp tests/schemas/dict/small.zyl && cp /tmp/small.xml tests/schemas/dict/
