@@ -33,4 +33,15 @@ void Analyzer::error2(char const* key, mstring const& p1, mstring const& p2) {
     m_parser->pp().error2(key, p1, p2, 0);
 }
 
+void Analyzer::error3(char const* key, mstring const& p1, mstring const& p2, mstring const& p3) {
+    m_parser->pp().error3(key, p1, p2, p3, 0);
+}
+
+void Analyzer::error4(char const* key, mstring const& p1, mstring const& p2, mstring const& p3,
+                      mstring const& p4) {
+    m_parser->pp().error4(key, p1, p2, p3, p4, 0);
+}
+
+bool Analyzer::failed() const { return m_parser->pp().reporter()->wasError(); }
+
 void Analyzer::warning(char const* key) { m_parser->pp().warning(key, 0); }

@@ -78,10 +78,37 @@ private:
     void do_event(Class& c);
     void do_ttl(Class& c);
 
-    // Reports of the grammar: current file and line, no position.
+    // Finishing passes, in the order doChecks runs them.
+    // System classes (sysclasses.cpp).
+    void finishDistribClasses();
+    void finishUpDownClasses();
+    // Type resolution (finish.cpp).
+    void finishStructFields();
+    void struct_finishStructFields(Struct& s, bool isClass);
+    Struct* findFieldType(mstring const& typeName, mstring const& fieldName);
+    // Indexes (finish_index.cpp).
+    void finishIndices();
+    void addImplicitList(Class& c);
+    Index::Segment constructIndexSegment(mstring const& indexName, bool desc, bool nocase, bool unique, Class& c,
+                                         mstring const& fieldPath, mstring const& collation);
+    bool checkSegment(Class const& c, Index& idx, Index::Segment const& s, int k);
+    // Events (finish_events.cpp).
+    void finishEvents();
+    bool eventFieldIsBaseType(Event const& ev) const;
+    // Schema-wide rules (finish.cpp).
+    void checkObjid();
+    void checkRefTo();
+
+    // True once an error was reported: for a reporter that returns.
+    bool failed() const;
+
+    // Reports of the grammar and the finishing passes: current file and
+    // line (the end of the text, for the passes), no position.
     void error(char const* key);
     void error1(char const* key, mstring const& p1);
     void error2(char const* key, mstring const& p1, mstring const& p2);
+    void error3(char const* key, mstring const& p1, mstring const& p2, mstring const& p3);
+    void error4(char const* key, mstring const& p1, mstring const& p2, mstring const& p3, mstring const& p4);
     void warning(char const* key);
 
     Parser* m_parser;
@@ -103,4 +130,17 @@ private:
     std::uint16_t m_fieldCounter = 1;
     // Some field is a sequence.
     bool m_usesSequences = false;
+    // Structs whose fields struct_finishStructFields is resolving: a struct
+    // reached again through its own fields' types is left as it is.
+    mvector<Struct*> m_finishing;
 };
+
+// Calls `visit` on every element of `set` as a T, in the set's order, while
+// `visit` answers true.
+template <class T, class Visit>
+void forEachIn(ISet* set, Visit visit) {
+    ISet::Pos* pos = set->first();
+    for (bool go = true; go && pos->valid(); pos->next())
+        go = visit(*static_cast<T*>(pos->get().get()));
+    delete pos;
+}

@@ -124,7 +124,8 @@ void GenOutput::createStreams(bool udf, bool coll) {
 // The sections
 
 void GenOutput::run() {
-    // layout(); calculateFormating();  -- need the field types resolved by the finishing passes
+    layout();
+    calculateFormating();
     heading();
     outputCalculator();
     outputDictionary();

@@ -18,6 +18,7 @@
 
 class Struct;
 class Class;
+class Schema;
 class Enum;
 class Field;
 
@@ -344,28 +345,32 @@ private:
     std::uint32_t firstEventOfKind(int kind) const;
 };
 
-// The bookkeeping classes of distributed and IoT schemas. For now these
-// constructors only mark the class as a system class; the constructors that
-// name them and add their fields and indexes come with those features and
-// replace these.
+// The bookkeeping classes of distributed and IoT schemas. Their names begin
+// with "@", which no schema text can write. Built in sysclasses.cpp.
 class SysClass : public Class {
 public:
     explicit SysClass(bool compact = false);
 };
 
+// Replication bookkeeping: "@sys_distribs_disk" for persistent distributed
+// classes, "@sys_distribs_inmem" for transient ones.
 class SysDistribClass : public SysClass {
 public:
-    explicit SysDistribClass(bool compact = false) : SysClass(compact) {}
+    explicit SysDistribClass(bool disk);
 };
 
+// "@sys_iot_ts": the IoT exchange state, from the schema's agent id and
+// iot level.
 class SysIoTTsClass : public SysClass {
 public:
-    explicit SysIoTTsClass(bool compact = false) : SysClass(compact) {}
+    SysIoTTsClass(Schema const& schema, bool persistent);
 };
 
+// "@sys_iot_del_disk" or "@sys_iot_del_inmem": deletions still to be
+// passed on; its fields depend on the schema's iot level.
 class SysIoTDelClass : public SysClass {
 public:
-    explicit SysIoTDelClass(bool compact = false) : SysClass(compact) {}
+    SysIoTDelClass(Schema const& schema, bool persistent);
 };
 
 // ---------------------------------------------------------------------------

@@ -255,9 +255,10 @@ TEST(SchemaModelClass, DefaultsAndSystemClasses) {
     EXPECT_EQ(IOT_NONE, c.m_iotType);
     EXPECT_EQ(TC_STRUCT, c.m_category);
 
-    SysDistribClass d;
-    SysIoTTsClass ts;
-    SysIoTDelClass del;
+    Schema schema;
+    SysDistribClass d(true);
+    SysIoTTsClass ts(schema, false);
+    SysIoTDelClass del(schema, false);
     for (Class const* s : {static_cast<Class const*>(&d), static_cast<Class const*>(&ts),
                            static_cast<Class const*>(&del)}) {
         EXPECT_TRUE(s->m_isSystem);

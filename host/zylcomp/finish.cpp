@@ -1,0 +1,161 @@
+// The finishing passes that complete the model once the whole text is read:
+// their order, the resolution of field types with what follows from them,
+// and the schema-wide rules on the oid and on references.
+//
+// Invariant: a pass may rely on everything the passes before it built. The
+// system classes exist before any type is resolved, every field's type is
+// resolved before indexes and events look at fields, and after a clean run
+// every field of every struct and class has its m_struct, which the layout
+// pass takes for granted.
+#include "host/zylcomp/analyzer.h"
+
+#include "frontend/parser.h"
+#include "frontend/preprocessor.h"
+
+void Analyzer::doChecks() {
+    void (Analyzer::*const passes[])() = {
+        &Analyzer::finishDistribClasses, &Analyzer::finishUpDownClasses, &Analyzer::finishStructFields,
+        &Analyzer::finishIndices,        &Analyzer::finishEvents,        &Analyzer::checkObjid,
+        &Analyzer::checkRefTo,
+    };
+    // The batch reporter ends the process and the in-memory one throws; a
+    // reporter that returned would still stop the checks here.
+    for (auto pass : passes) {
+        (this->*pass)();
+        if (failed())
+            return;
+    }
+}
+
+// ---------------------------------------------------------------------------
+// Field types
+
+void Analyzer::finishStructFields() {
+    forEachIn<Struct>(m_schema.m_types, [this](Struct& s) {
+        struct_finishStructFields(s, false);
+        return true;
+    });
+    forEachIn<Class>(m_schema.m_classes, [this](Class& c) {
+        struct_finishStructFields(c, true);
+        return true;
+    });
+}
+
+// The type named `typeName`, or null after the report.
+Struct* Analyzer::findFieldType(mstring const& typeName, mstring const& fieldName) {
+    Struct* t = m_schema.findType(typeName);
+    if (t != nullptr)
+        return t;
+    // The message names the product and its vendor; it is the text users know.
+    if (typeName == "wstring" || typeName == "wchar")
+        error("wide character type is not supported in this version of Quorabase. Please contact Tarnwell Support.");
+    else
+        error2("unknown type #1 used in #2", typeName, fieldName);
+    return nullptr;
+}
+
+// Resolves the types of the fields of `s`, first finishing every struct they
+// name, and derives from them whether `s` is dynamic, holds blobs,
+// sequences or initial values. A struct that is reached again while its
+// own fields are resolved (it contains itself through another struct) is
+// left alone there; the layout pass refuses it later.
+void Analyzer::struct_finishStructFields(Struct& s, bool /*isClass*/) {
+    if (s.m_finished)
+        return;
+    for (unsigned i = 0; i < m_finishing.size(); i++)
+        if (m_finishing[i] == &s)
+            return;
+    m_finishing.push_back(&s);
+
+    bool const direct = s.m_category == TC_DIRECT;
+    bool blobs = false, sequences = false, dynamic = false, hasInit = false;
+    for (unsigned i = 0; i < s.v_field.size(); i++) {
+        Field& f = s.v_field[i];
+        // Only the direct case is seen here; a cycle through other structs
+        // is the layout pass's to report.
+        if (f.m_typeName == s.m_name)
+            error1("struct #1 includes itself", s.m_name);
+        f.m_enum = m_schema.findEnum(f.m_typeName);
+        if (f.m_isSequence) {
+            f.m_elemStruct = findFieldType(f.m_elemTypeName, f.m_name);
+            sequences = true;
+        }
+        f.m_struct = findFieldType(f.m_typeName, f.m_name);
+        Struct* t = f.m_struct;
+        if (t == nullptr)
+            continue;  // reported
+        if (direct && (t->m_category == TC_DIRECT || t->m_category == TC_STRUCT))
+            error("No direct or normal structs can be included into direct struct");
+        if (t->m_category == TC_DIRECT && f.m_isVector)
+            error("Direct struct can not be element of a vector");
+        if (!t->m_finished)
+            struct_finishStructFields(*t, false);
+
+        int nameLen = static_cast<int>(f.m_name.length());
+        if (nameLen > s.m_maxFieldNameLen)
+            s.m_maxFieldNameLen = nameLen;
+        if (t->m_isDynamic || f.m_isVector || f.m_isOptional) {
+            dynamic = true;
+            if (direct)
+                error("Direct struct can't include dynamic or optional fields");
+        }
+        if (t->m_hasInit || f.v_init.size() > 0)
+            hasInit = true;
+        blobs = blobs || t->m_hasBlobs;
+        sequences = sequences || t->m_hasSequences;
+    }
+    s.m_hasBlobs = blobs;
+    s.m_hasSequences = sequences;
+    s.m_hasInit = hasInit;
+    s.m_isDynamic = dynamic;
+    s.m_finished = true;
+    m_finishing.resize(m_finishing.size() - 1);
+}
+
+// ---------------------------------------------------------------------------
+// Schema-wide rules
+
+void Analyzer::checkObjid() {
+    if (m_schema.m_dbName.empty()) {
+        error("schema name is not defined");
+        return;
+    }
+    bool classWithOid = false;
+    forEachIn<Class>(m_schema.m_classes, [&classWithOid](Class& c) {
+        classWithOid = c.m_hasOid;
+        return !classWithOid;
+    });
+    if (classWithOid && m_schema.m_idType.empty()) {
+        error("oid is not declared");
+        return;
+    }
+    if (m_schema.m_idType.empty())
+        return;
+    // The estimate is asked for even when no class has an oid.
+    if (m_schema.m_oidEstimate == 0)
+        error("estimated number of objects not specified");
+    m_schema.m_oidStruct = m_schema.findType(m_schema.m_idType);
+    if (m_schema.m_oidStruct == nullptr)
+        error1("oid type #1 is not defined", m_schema.m_idType);
+    else if (m_schema.m_oidStruct->m_isDynamic)
+        error1("oid type #1 cannot be dynamic", m_schema.m_idType);
+}
+
+// ref<C> needs a class C with an oid, autoid_t<C> one with an autoid.
+void Analyzer::checkRefTo() {
+    forEachIn<Class>(m_schema.m_classes, [this](Class& c) {
+        for (unsigned i = 0; i < c.v_field.size(); i++) {
+            Field const& f = c.v_field[i];
+            if (f.m_refClassName.empty())
+                continue;
+            Class const* target = m_schema.findClass(f.m_refClassName);
+            if (target == nullptr)
+                error1("A reference to undefined class \"#1\" found.", f.m_refClassName);
+            else if (f.m_typeName == "autoid_t" && !target->m_hasAutoid)
+                error1("Class \"#1\" has no autoid.", f.m_refClassName);
+            else if (f.m_typeName == "ref" && !target->m_hasOid)
+                error1("Class \"#1\" has no oid.", f.m_refClassName);
+        }
+        return true;
+    });
+}
