@@ -2,7 +2,6 @@
 
 // These sections are written by later work; until then they write nothing.
 void GenOutput::outputCalculator() {}
-void GenOutput::outputDictionary() {}
 void GenOutput::outputUserdef() {}
 void GenOutput::outputCollation() {}
 

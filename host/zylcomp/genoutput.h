@@ -66,6 +66,8 @@ public:
     int oid_layout(Struct& oid);
     // Column widths of the generated text; applies the name prefix.
     void calculateFormating();
+    // The schema as indented mark-up (the .xml output).
+    void dump(IOutStream& out);
 
     // `size` rounded up to `align`; only 2, 4 and 8 round a number.
     static FSize alignInt(FSize size, FSize align);

@@ -69,8 +69,9 @@ void GenOutput::layout() {
         int startOffset = c.m_hasOid ? (schema.m_oidSize + 1) & ~1 : 0;
         layout(c, startOffset, &c);
     });
-    // The schema dump into m_xml (m_genXmlSchema) belongs here; it is not
-    // written yet.
+    // The dump shows the placements just made.
+    if (m_genXmlSchema)
+        dump(*m_xml);
 }
 
 // The oid is packed by its own rule: scalars of 2 bytes on even offsets,

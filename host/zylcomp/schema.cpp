@@ -76,6 +76,7 @@ Struct& Struct::operator=(Struct const& other) {
     m_hasDirect = other.m_hasDirect;
     m_noApi = other.m_noApi;
     m_packed = other.m_packed;
+    m_dictNo = other.m_dictNo;
     return *this;
 }
 

@@ -21,6 +21,8 @@ class Class;
 class Schema;
 class Enum;
 class Field;
+class Schema;
+class IOutStream;
 
 // What kind of type a Struct is. Plain ints on purpose: dictionary code and
 // generators compare and store them as numbers.
@@ -104,6 +106,8 @@ bool ordered_before(FldLayout const& a, FldLayout const& b);
 
 class Layout {
 public:
+    void dump(IOutStream& out, int indent) const;
+
     FSize m_size;
     FSize m_align;
     mvector<FldLayout> v_fld;
@@ -112,6 +116,8 @@ public:
 // The two object formats: compact first, large second.
 class Layout2 {
 public:
+    void dump(IOutStream& out, int indent) const;
+
     Layout compact;
     Layout large;
 };
@@ -121,6 +127,28 @@ public:
 
 class Field {
 public:
+    // What the dictionary records of a field: its type code, its size (text
+    // when a direct struct decides it), the short type text of generated
+    // key parameters ("u1", "dbl"), and the element count of a bit array.
+    class DictInfo {
+    public:
+        int m_typeCode = 0;
+        FSize m_size;
+        mstring m_typeText;
+        int m_count = 0;
+    };
+
+    // Kinds of initial values, by type code.
+    enum InitializerType { INIT_NONE = 0, INIT_INTEGER = 1, INIT_REAL = 2, INIT_BOOLEAN = 3 };
+
+    // The field's dictionary type. Structs and blobs can stand in a record
+    // but never in an index key: with `allowStruct` false they, and any type
+    // the dictionary cannot hold, end the compile as an internal fault.
+    DictInfo dict_info(bool allowStruct) const;
+    // How the field's initial values go into the dictionary.
+    int getInitializerType() const;
+    void dump(IOutStream& out, int indent) const;
+
     mstring m_typeName;  // as written: "signed<4>", "ref", "char<8>", a struct name, "sequence"
     mstring m_name;
     bool m_isBitmap = false;  // the field named "updated_bitmap"
@@ -158,6 +186,8 @@ public:
     // One step of a key part's path from the class down.
     class FldEl {
     public:
+        void dump(IOutStream& out, int indent) const;
+
         mstring m_name;
         Struct* m_struct = nullptr;  // where the step was looked up
         Field* m_field = nullptr;    // points into that struct's v_field
@@ -166,6 +196,17 @@ public:
     // A resolved key part.
     class Segment {
     public:
+        // The dictionary type of the key: that of the last field of the path.
+        Field::DictInfo dict_info() const;
+        // The texts of key `keyNo` in the generated search functions: the
+        // formal parameters for a key passed in (`in`) and out (`out`), the
+        // arguments that pass it on (`args`), and the statements that fill
+        // one key descriptor `pa_` (`fill`). The parameter names go into
+        // `names`. A key of a kind no function can take throws "illegal case".
+        void paramStrings(int keyNo, Schema const* schema, mvector<mstring>& names, mstring& in, mstring& out,
+                          mstring& args, mstring& fill) const;
+        void dump(IOutStream& out, int indent) const;
+
         mvector<FldEl> v_fldEl;
         bool m_isVector = false;
         bool m_isArray = false;
@@ -177,6 +218,19 @@ public:
         bool m_nocase = false;
         int m_collationNo = -1;
     };
+
+    // Where a key stands in an object. Over a vector or array, m_vectOffset
+    // is the vector's place in the object and m_offset the key's place in
+    // one element; otherwise m_vectOffset is -1.
+    class FieldLayout {
+    public:
+        FSize m_offset;
+        FSize m_vectOffset;
+    };
+
+    // The placement of `segment` in objects of class `c`, in c's format.
+    FieldLayout getFieldLayout(Segment const& segment, Class const* c) const;
+    void dump(IOutStream& out, int indent) const;
 
     mstring m_name;
     mvector<mstring> v_fieldName;  // dotted paths as written, one per key part
@@ -267,6 +321,7 @@ public:
 
     Field* findField(mstring const& name);
     Field const* findField(mstring const& name) const;
+    void dump(IOutStream& out, int indent) const;
     // Remembers a class that uses this struct, once.
     void addOwner(Class* owner);
 
@@ -290,6 +345,9 @@ public:
     bool m_hasDirect = false;
     bool m_noApi = false;
     bool m_packed = false;
+    // Place among the structs of the dictionary, given when it is built;
+    // -1 for a struct no class uses.
+    int m_dictNo = -1;
 };
 
 class Class : public Struct {
@@ -317,6 +375,7 @@ public:
     void addSysField(char const* name, char const* type, bool hidden, char const* initial);
     // Appends a copy; finding duplicates is the caller's job.
     void addIndex(Index const& index);
+    void dump(IOutStream& out, int indent) const;
 
     int m_code = 0;  // class code, given by the layout pass
     bool m_hasOid = false;
@@ -404,6 +463,8 @@ public:
     // The value of enum constant `name` into *out. False, with *out left
     // alone, when no enum has it.
     bool enumNameToInteger(mstring const& name, long* out);
+    // The whole model as indented mark-up, classes first, then every type.
+    void dump(IOutStream& out, int indent) const;
 
     mstring m_dbName;
     mstring m_idType;  // type name of the oid struct

@@ -1,0 +1,680 @@
+// Field and index entries of the dictionary, and the field and structure
+// tables: what a field's type is to the runtime (dict_info), how its initial
+// values are read, where an index key stands in an object, the text of one
+// key of the generated search functions, and ClassDictCreator.
+#include "host/zylcomp/strdict.h"
+
+#include <cassert>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+#include "foundation/sets.h"
+#include "foundation/ut.h"
+#include "host/zylcomp/schema.h"
+#include "zyldict.h"
+
+void dictPanic(mstring const& msg) { IErrReporter::panic(msg, false); }
+
+namespace {
+
+mstring txt(FSize const& v) { return static_cast<mstring const&>(v); }
+mstring txt(long long v) { return UT::n2s(v); }
+
+// The C types of category 1 that the dictionary knows, in the order they
+// are tried; an enum is what matches none of them.
+struct ScalarCode {
+    char const* cType;
+    int code;
+    char const* text;
+    int size;
+};
+
+ScalarCode const kScalars[] = {
+    {"uint1", ZYL_FT_UINT1, "u1", 1},      {"uint2", ZYL_FT_UINT2, "u2", 2},
+    {"uint4", ZYL_FT_UINT4, "u4", 4},      {"int1", ZYL_FT_INT1, "i1", 1},
+    {"int2", ZYL_FT_INT2, "i2", 2},        {"int4", ZYL_FT_INT4, "i4", 4},
+    {"int8", ZYL_FT_INT8, "i8", 8},        {"zyl_int8", ZYL_FT_INT8, "i8", 8},
+    {"uint8", ZYL_FT_UINT8, "u8", 8},      {"float", ZYL_FT_FLOAT, "flt", 4},
+    {"double", ZYL_FT_DOUBLE, "dbl", 8},   {"zyl_date", ZYL_FT_DATE, "u4", 4},
+    {"zyl_datetime", ZYL_FT_DATETIME, "u8", 8}, {"zyl_time", ZYL_FT_TIME, "u4", 4},
+    {"autoid_t", ZYL_FT_INT8, "i8", 8},
+};
+
+// Element types a sequence can hold, by C type.
+struct SeqCode {
+    char const* cType;
+    int code;
+};
+
+SeqCode const kSeqElements[] = {
+    {"uint1", ZYL_FT_SEQ_UINT1},       {"uint2", ZYL_FT_SEQ_UINT2},     {"uint4", ZYL_FT_SEQ_UINT4},
+    {"zyl_date", ZYL_FT_SEQ_UINT4},    {"zyl_time", ZYL_FT_SEQ_UINT4},  {"uint8", ZYL_FT_SEQ_UINT8},
+    {"int1", ZYL_FT_SEQ_INT1},         {"int2", ZYL_FT_SEQ_INT2},       {"int4", ZYL_FT_SEQ_INT4},
+    {"int8", ZYL_FT_SEQ_INT8},         {"zyl_int8", ZYL_FT_SEQ_INT8},   {"float", ZYL_FT_SEQ_FLOAT},
+    {"double", ZYL_FT_SEQ_DOUBLE},     {"zyl_datetime", ZYL_FT_SEQ_DATETIME},
+};
+
+Field::DictInfo info(int code, FSize const& size, char const* text) {
+    Field::DictInfo d;
+    d.m_typeCode = code;
+    d.m_size = size;
+    d.m_typeText = text;
+    return d;
+}
+
+Field::DictInfo info(int code, int size, char const* text) { return info(code, FSize(size), text); }
+
+}  // namespace
+
+// ---------------------------------------------------------------------------
+// Field types
+
+Field::DictInfo Field::dict_info(bool allowStruct) const {
+    Struct const& t = *m_struct;
+    switch (t.m_category) {
+    case TC_STRUCT:
+        if (!allowStruct)
+            break;
+        return info(ZYL_FT_STRUCT, 0, "");
+    case TC_SCALAR: {
+        if (t.m_cType == "uint1" && t.m_name == "boolean") {
+            DictInfo d = info(ZYL_FT_BOOLEAN, 1, "ptr");
+            d.m_count = m_arraySize > 0 ? m_arraySize : 1;
+            return d;
+        }
+        for (ScalarCode const& s : kScalars)
+            if (t.m_cType == s.cType)
+                return info(s.code, s.size, s.text);
+        // Not a C type the dictionary knows: an enum, recorded by its width.
+        // Enums of two and four bytes count as signed, whatever their values.
+        if (m_enum != nullptr) {
+            switch (t.m_layout.large.m_size.m_num) {
+            case 1:
+                return info(ZYL_FT_UINT1, 1, "u1");
+            case 2:
+                return info(ZYL_FT_INT2, 2, "i2");
+            case 4:
+                return info(ZYL_FT_INT4, 4, "i4");
+            default:
+                break;
+            }
+        }
+        dictPanic("unknown simple type");
+    }
+    case TC_CHARS:
+        return info(ZYL_FT_CHARS, t.m_layout.compact.m_size, "");
+    case TC_STRING:
+        return info(ZYL_FT_STRING, 0, "");
+    case TC_BLOB:
+        if (!allowStruct)
+            break;
+        return info(ZYL_FT_BLOB, 0, "");
+    case TC_OID_REF:
+        return info(ZYL_FT_OID_REF, 0, "");
+    case TC_AUTOID:
+        return info(ZYL_FT_AUTOID, 8, "i8");
+    case TC_VERSION:
+        return info(ZYL_FT_VERSION, 2, "u2");
+    case TC_AUTO_OID:
+        return info(ZYL_FT_AUTO_OID, 8, "i8");
+    case TC_NCHARS:
+        return info(ZYL_FT_NCHARS, t.m_layout.compact.m_size, "");
+    case TC_NSTRING:
+        return info(ZYL_FT_NSTRING, 0, "");
+    case TC_DIRECT:
+        return info(ZYL_FT_STRUCT, t.m_layout.compact.m_size, "");
+    case TC_SEQUENCE: {
+        Struct const& e = *m_elemStruct;
+        int code = 0;
+        if (e.m_category == TC_STRUCT || e.m_category == TC_CHARS || e.m_category == TC_BINARY) {
+            code = ZYL_FT_SEQ_CHARS;
+        } else {
+            for (SeqCode const& s : kSeqElements)
+                if (e.m_cType == s.cType)
+                    code = s.code;
+        }
+        if (code == 0)
+            dictPanic("Wrong sequence element type " + e.m_name +
+                      ": sequences can be defined only singined/unsigned integer, floatig point, date/time, "
+                      "character and fixed size struct type.");
+        return info(code, t.m_layout.large.m_size, "");
+    }
+    case TC_BINARY:
+        return info(ZYL_FT_BINARY, t.m_layout.compact.m_size, "");
+    case TC_VARBINARY:
+        return info(ZYL_FT_VARBINARY, 0, "");
+    default:
+        break;
+    }
+    dictPanic("illegal index field type");
+}
+
+int Field::getInitializerType() const {
+    switch (dict_info(true).m_typeCode) {
+    case ZYL_FT_UINT1:
+    case ZYL_FT_UINT2:
+    case ZYL_FT_UINT4:
+    case ZYL_FT_INT1:
+    case ZYL_FT_INT2:
+    case ZYL_FT_INT4:
+    case ZYL_FT_UINT8:
+    case ZYL_FT_INT8:
+    case ZYL_FT_DATE:
+    case ZYL_FT_TIME:
+    case ZYL_FT_DATETIME:
+        return INIT_INTEGER;
+    case ZYL_FT_FLOAT:
+    case ZYL_FT_DOUBLE:
+        return INIT_REAL;
+    case ZYL_FT_BOOLEAN:
+        return INIT_BOOLEAN;
+    default:
+        // Strings, characters and the rest keep no initial value here.
+        return INIT_NONE;
+    }
+}
+
+// ---------------------------------------------------------------------------
+// Index keys
+
+Field::DictInfo Index::Segment::dict_info() const {
+    return v_fldEl[static_cast<int>(v_fldEl.size()) - 1].m_field->dict_info(false);
+}
+
+// Offsets add up along the path. Once the path has entered a vector or an
+// array, the rest counts from the start of one element; a second vector
+// or array further down has no place in a dictionary key.
+Index::FieldLayout Index::getFieldLayout(Segment const& segment, Class const* c) const {
+    FSize before;
+    FSize after;
+    bool crossed = false;
+    int const last = static_cast<int>(segment.v_fldEl.size()) - 1;
+    for (int i = 0; i <= last; i++) {
+        Field const& f = *segment.v_fldEl[i].m_field;
+        FldLayout const* fl = c->m_compact ? f.m_compactLayout : f.m_largeLayout;
+        assert(fl != nullptr);  // placed by the layout pass
+        if (!crossed) {
+            before += fl->m_offset;
+            crossed = f.m_isVector || f.m_isArray;
+            continue;
+        }
+        after += fl->m_offset;
+        if (i == last)
+            break;
+        if (f.m_isVector || f.m_isArray)
+            dictPanic("10004");
+    }
+    FieldLayout result;
+    if (crossed) {
+        result.m_vectOffset = before;
+        result.m_offset = after;
+    } else {
+        result.m_vectOffset = -1;
+        result.m_offset = before;
+    }
+    return result;
+}
+
+void Index::Segment::paramStrings(int keyNo, Schema const* schema, mvector<mstring>& names, mstring& in,
+                                  mstring& out, mstring& args, mstring& fill) const {
+    Field const& f = *v_fldEl[static_cast<int>(v_fldEl.size()) - 1].m_field;
+    Struct const& t = *f.m_struct;
+    mstring path;
+    for (unsigned i = 0; i < v_fldEl.size(); i++) {
+        if (i > 0)
+            path += "_";
+        path += v_fldEl[i].m_name;
+    }
+    mstring const k = path + "_key_" + UT::n2s(keyNo);
+    mstring const s = "sizeof_" + k;
+    names.push_back(k);
+
+    switch (t.m_category) {
+    case TC_SCALAR:
+    case TC_AUTOID:
+    case TC_VERSION:
+    case TC_AUTO_OID: {
+        Field::DictInfo const d = dict_info();
+        mstring const code = "pa_->field_type = " + UT::n2s(d.m_typeCode) + "; ";
+        if (t.m_name == "boolean") {
+            // Bits, not bytes: the key is a bit string of the given length.
+            in = "const char *" + k + ", uint2 number_of_bits";
+            out = "char *" + k + ", uint2 number_of_bits";
+            args = k + ", number_of_bits";
+            fill = code + "pa_->ptr = " + k + "; pa_->v.ptr_size = number_of_bits; ";
+        } else {
+            in = t.m_cType + " " + k;
+            out = t.m_cType + " *" + k;
+            args = k;
+            fill = code + "pa_->v." + d.m_typeText + " = " + k + "; ";
+        }
+        return;
+    }
+    case TC_CHARS:
+    case TC_STRING:
+    case TC_BINARY:
+    case TC_VARBINARY:
+        names.push_back(s);
+        in = "const char *" + k + ", uint2 " + s;
+        out = "char *" + k + ", uint2 " + s;
+        args = k + ", " + s;
+        fill = "pa_->field_type = " + UT::n2s(dict_info().m_typeCode) + "; pa_->v.ptr_size = " + s +
+               "; pa_->ptr = " + k + "; ";
+        return;
+    case TC_OID_REF:
+        in = "const " + schema->m_dbName + "_oid *" + k;
+        out = schema->m_dbName + "_oid *" + k;
+        args = k;
+        fill = "pa_->field_type = " + UT::n2s(dict_info().m_typeCode) + "; pa_->v.ptr_size = sizeof(*" + k +
+               "); pa_->ptr = (const char*)" + k + "; ";
+        return;
+    case TC_NCHARS:
+    case TC_NSTRING:
+        names.push_back(s);
+        in = "const nchar_t *" + k + ", uint2 " + s;
+        out = "nchar_t *" + k + ", uint2 " + s;
+        args = k + ", " + s;
+        fill = "pa_->field_type = " + UT::n2s(dict_info().m_typeCode) + "; pa_->v.ptr_size = " + s +
+               "; pa_->ptr = (const char*)" + k + "; ";
+        return;
+    default:
+        throw "illegal case";
+    }
+}
+
+// ---------------------------------------------------------------------------
+// ClassDictCreator: numbering
+
+bool ordered_before(FieldRef const& a, FieldRef const& b) { return a.m_field->m_name < b.m_field->m_name; }
+
+ClassDictCreator::ClassDictCreator(Schema* schema, bool dynamicTables, IErrReporter* err, mstring const& dbName)
+    : m_dynamicTables(dynamicTables), m_schema(schema), m_err(err), m_dbName(dbName) {
+    auto take = [this](Struct* s, Class* c) {
+        v_used.push_back(s);
+        v_usedClass.push_back(c);
+        if (s->m_dictNo >= 0)
+            return;
+        s->m_dictNo = m_nStructs++;
+        v_firstField.push_back(m_nFields);
+        m_nFields += static_cast<int>(s->v_field.size());
+    };
+    // A struct belongs to the dictionary when some class holds it; structs
+    // and classes share one numbering.
+    std::unique_ptr<ISet::Pos> pos(schema->m_types->first());
+    for (; pos->valid(); pos->next()) {
+        Struct* s = static_cast<Struct*>(pos->get().get());
+        if (s->v_owner.size() > 0)
+            take(s, nullptr);
+    }
+    pos.reset(schema->m_classes->first());
+    for (; pos->valid(); pos->next()) {
+        Class* c = static_cast<Class*>(pos->get().get());
+        take(c, c);
+    }
+}
+
+mstring ClassDictCreator::getPtrToStructInfoVector() const {
+    return m_dynamicTables ? "v_struct_info_ptr" : "v_struct_info";
+}
+
+int ClassDictCreator::classCode(mstring const& name) const {
+    // Class names may carry the database prefix by now; a reference still
+    // holds the name as written.
+    mstring const prefixed = m_dbName + "_" + name;
+    std::unique_ptr<ISet::Pos> pos(m_schema->m_classes->first());
+    for (; pos->valid(); pos->next()) {
+        Class const* c = static_cast<Class const*>(pos->get().get());
+        if (c->m_name == name || c->m_name == prefixed)
+            return c->m_code;
+    }
+    return 0xFFFF;
+}
+
+// ---------------------------------------------------------------------------
+// Field entries
+
+int ClassDictCreator::GetFieldFlags(Field const& f) {
+    int flags = 0;
+    if (f.m_isVector)
+        flags |= ZYL_FIELD_VECTOR;
+    if (f.m_isArray)
+        flags |= ZYL_FIELD_ARRAY;
+    if (f.m_isOptional)
+        flags |= ZYL_FIELD_OPTIONAL;
+    if (f.m_isIndexed)
+        flags |= ZYL_FIELD_INDEXED;
+    if (f.m_isHidden)
+        flags |= ZYL_FIELD_HIDDEN;
+    if (f.m_isNullable)
+        flags |= ZYL_FIELD_NULLABLE;
+    if (f.m_isIndicator)
+        flags |= ZYL_FIELD_INDICATOR;
+    if (f.m_precision >= 0)
+        flags |= ZYL_FIELD_NUMERIC;
+    return flags;
+}
+
+int ClassDictCreator::GetStructFlags(Struct const& s) {
+    int flags = 0;
+    if (s.m_isDynamic)
+        flags |= ZYL_STRUCT_DYNAMIC;
+    if (s.m_hasBlobs)
+        flags |= ZYL_STRUCT_HAS_BLOBS;
+    if (s.m_hasInit)
+        flags |= ZYL_STRUCT_HAS_INIT;
+    if (s.m_isDirect)
+        flags |= ZYL_STRUCT_DIRECT;
+    if (s.m_packed)
+        flags |= ZYL_STRUCT_PACKED;
+    if (s.m_hasSequences)
+        flags |= ZYL_STRUCT_HAS_SEQUENCES;
+    return flags;
+}
+
+int ClassDictCreator::GetSeqOrder(Field const& f) {
+    if (f.m_seqOrder.empty() || f.m_seqOrder == "ZYL_SEQ_NO_ORDER")
+        return ZYL_DICT_SEQ_NONE;
+    if (f.m_seqOrder == "ZYL_SEQ_ASC_ORDER")
+        return ZYL_DICT_SEQ_ASC;
+    if (f.m_seqOrder == "ZYL_SEQ_DESC_ORDER")
+        return ZYL_DICT_SEQ_DESC;
+    m_err->err("Field " + f.m_name + " invalid sequence order " + f.m_seqOrder);
+    return ZYL_DICT_SEQ_NONE;
+}
+
+mvector<FieldRef> ClassDictCreator::fieldList(Struct const& s, bool sortFields) {
+    mvector<FieldRef> list;
+    for (unsigned i = 0; i < s.v_field.size(); i++) {
+        FieldRef r;
+        r.m_field = &s.v_field[i];
+        r.m_place = static_cast<int>(i);
+        list.push_back(r);
+    }
+    if (sortFields)
+        sort_vector(list);
+    return list;
+}
+
+unsigned ClassDictCreator::addInitialValues(Struct const& s, Field const& f, bool& real) {
+    real = false;
+    if (f.v_init.size() == 0)
+        return 0;
+    mstring const where = s.m_name + "." + f.m_name;
+    auto refuse = [this, &where](char const* kind, mstring const& value) {
+        m_err->err("initial value for " + where + " is not " + kind + ": \"" + value + "\"");
+    };
+    switch (f.getInitializerType()) {
+    case Field::INIT_INTEGER: {
+        unsigned const first = v_initI.size();
+        bool const wide = f.dict_info(true).m_size.m_num > 4;
+        for (unsigned i = 0; i < f.v_init.size(); i++) {
+            char const* text = f.v_init[i].c_str();
+            if (wide) {
+                long long v = 0;
+                if (!UT::CVT::s2i8(text, &v))
+                    refuse("integer", f.v_init[i]);
+                // Two 32-bit entries, low word first.
+                unsigned long long const u = static_cast<unsigned long long>(v);
+                v_initI.push_back(static_cast<std::int32_t>(static_cast<std::uint32_t>(u & 0xFFFFFFFFu)));
+                v_initI.push_back(static_cast<std::int32_t>(static_cast<std::uint32_t>(u >> 32)));
+            } else {
+                long v = 0;
+                if (!UT::CVT::s2int(text, &v) && !m_schema->enumNameToInteger(f.v_init[i], &v))
+                    refuse("integer", f.v_init[i]);
+                v_initI.push_back(static_cast<std::int32_t>(v));
+            }
+        }
+        return first + 1;
+    }
+    case Field::INIT_REAL: {
+        unsigned const first = v_initD.size();
+        for (unsigned i = 0; i < f.v_init.size(); i++) {
+            double v = 0;
+            if (!UT::CVT::s2dbl(f.v_init[i].c_str(), &v))
+                refuse("double", f.v_init[i]);
+            v_initD.push_back(v);
+        }
+        real = true;
+        return first + 1;
+    }
+    case Field::INIT_BOOLEAN: {
+        unsigned const first = v_initI.size();
+        for (unsigned i = 0; i < f.v_init.size(); i++) {
+            mstring const& v = f.v_init[i];
+            if (v == "TRUE" || v == "true" || v == "1")
+                v_initI.push_back(1);
+            else if (v == "FALSE" || v == "false" || v == "0")
+                v_initI.push_back(0);
+            else
+                refuse("boolean", v);
+        }
+        return first + 1;
+    }
+    default:
+        m_err->err("Initializer is not allowed for this type of field: " + where);
+        return 0;
+    }
+}
+
+DictFieldEntry ClassDictCreator::fieldEntry(int structNo, mvector<FieldRef> const& list, int i) {
+    Struct const& s = *v_used[structNo];
+    Class const* owner = v_usedClass[structNo];
+    FieldRef const& ref = list[i];
+    Field const& f = *ref.m_field;
+    Struct const& t = *f.m_struct;
+
+    if (t.m_category == TC_BLOB && f.m_isArray)
+        m_err->err("Blob cannot be element of array");
+    if (t.m_category == TC_BLOB && f.m_isVector)
+        m_err->err("Blob cannot be element of vector");
+
+    DictFieldEntry e;
+    e.m_name = f.m_name;
+    FldLayout const* c = f.m_compactLayout;
+    FldLayout const* u = f.m_largeLayout;
+    assert(c != nullptr && u != nullptr);  // placed by the layout pass
+    e.m_cSize = c->m_size;
+    e.m_cAlign = c->m_align;
+    e.m_cOffset = c->m_offset;
+    e.m_uSize = u->m_size;
+    e.m_uAlign = u->m_align;
+    e.m_uOffset = u->m_offset;
+
+    Field::DictInfo const d = f.dict_info(true);
+    e.m_type = d.m_typeCode;
+    e.m_fieldSize = d.m_size;
+    e.m_flags = GetFieldFlags(f);
+    e.m_arraySize = f.m_arraySize;
+    if (t.m_category == TC_STRUCT || t.m_category == TC_DIRECT) {
+        if (t.m_dictNo < 0)
+            dictPanic("struct numbering (2)");
+        e.m_structNum = t.m_dictNo;
+    }
+    if (!f.m_refClassName.empty())
+        e.m_reftoClass = classCode(f.m_refClassName);
+    bool real = false;
+    e.m_initIndex = addInitialValues(s, f, real);
+    e.m_orderNo = ref.m_place;
+    e.m_no = f.m_position;
+    if (owner != nullptr)
+        e.m_eventId = static_cast<int>(owner->getUpdateEvent(s, f) & 0xFFFFu);
+    if (f.m_isNullable) {
+        for (unsigned j = 0; j < list.size(); j++)
+            if (list[j].m_field->m_isIndicator && list[j].m_field->m_position == f.m_indicator)
+                e.m_indicator = static_cast<int>(j);
+    }
+    e.m_precision = f.m_precision >= 0 ? f.m_precision : 0;
+    e.m_seqOrder = GetSeqOrder(f);
+    if (t.m_category == TC_SEQUENCE && f.m_elemStruct != nullptr)
+        e.m_seqElemSize = f.m_elemStruct->m_layout.large.m_size;
+    return e;
+}
+
+// ---------------------------------------------------------------------------
+// Field and structure tables as C text
+
+namespace {
+
+// A real value as a C literal that reads back as the same double.
+mstring realLiteral(double v) {
+    char buf[64];
+    std::snprintf(buf, sizeof buf, "%.15g", v);
+    if (std::strtod(buf, nullptr) != v)
+        std::snprintf(buf, sizeof buf, "%.17g", v);
+    mstring text = buf;
+    // A whole number still has to read as a double.
+    bool plain = std::isfinite(v);
+    for (char const* p = buf; *p != '\0' && plain; p++)
+        if (*p == '.' || *p == 'e' || *p == 'E')
+            plain = false;
+    if (plain)
+        text += ".0";
+    return text;
+}
+
+}  // namespace
+
+void ClassDictCreator::collectFields(bool sortFields) {
+    m_intText = mstring();
+    m_realText = mstring();
+    m_fieldText = mstring();
+    int written = 0;
+    // In the initialiser a comma stands between entries, none after the
+    // last; a struct's comment waits for its first entry.
+    mstring pending;
+    for (unsigned n = 0; n < v_used.size(); n++) {
+        Struct const& s = *v_used[n];
+        pending += "    /* " + s.m_name + " */\n";
+        if (m_dynamicTables) {
+            m_fieldText += pending;
+            pending = mstring();
+        }
+        mvector<FieldRef> const list = fieldList(s, sortFields);
+        for (unsigned i = 0; i < list.size(); i++) {
+            Field const& f = *list[i].m_field;
+            unsigned const intsBefore = v_initI.size();
+            unsigned const realsBefore = v_initD.size();
+            DictFieldEntry const e = fieldEntry(static_cast<int>(n), list, static_cast<int>(i));
+
+            if (v_initI.size() > intsBefore) {
+                m_intText += "    /* " + s.m_name + "." + f.m_name + ": */ ";
+                for (unsigned k = intsBefore; k < v_initI.size(); k++)
+                    m_intText += UT::n2s(static_cast<int>(v_initI[k])) + ", ";
+                m_intText += "\n";
+            }
+            if (v_initD.size() > realsBefore) {
+                m_realText += "    /* " + s.m_name + "." + f.m_name + ": */ ";
+                for (unsigned k = realsBefore; k < v_initD.size(); k++)
+                    m_realText += realLiteral(v_initD[k]) + ", ";
+                m_realText += "\n";
+            }
+
+            mstring const init = txt(static_cast<long long>(e.m_initIndex));
+            if (m_dynamicTables) {
+                m_fieldText += "    pfi->name = \"" + e.m_name + "\";\n";
+                m_fieldText += "    pfi->layout.c_size = " + txt(e.m_cSize) + "; pfi->layout.c_align  = " +
+                               txt(e.m_cAlign) + "; pfi->layout.c_offset = " + txt(e.m_cOffset) +
+                               "; pfi->layout.u_size = " + txt(e.m_uSize) + "; pfi->layout.u_align  = " +
+                               txt(e.m_uAlign) + "; pfi->layout.u_offset = " + txt(e.m_uOffset) + "; \n";
+                m_fieldText += "    pfi->field_el_type = " + txt(e.m_type) + ";pfi->flags = " + txt(e.m_flags) +
+                               ";pfi->array_size = " + txt(e.m_arraySize) + ";pfi->struct_num = " +
+                               txt(e.m_structNum) + ";pfi->field_size = " + txt(e.m_fieldSize) +
+                               ";pfi->refto_class= " + txt(e.m_reftoClass) + ";pfi->init_index = " + init +
+                               ";pfi->order_no   = " + txt(e.m_orderNo) + "; /* " + f.m_typeName +
+                               " */pfi->no   = " + txt(e.m_no) + ";pfi->event_id  = " + txt(e.m_eventId) +
+                               ";pfi->indicator  = " + txt(e.m_indicator) + ";pfi->precision  = " +
+                               txt(e.m_precision) + ";pfi->seq_order  = " + txt(e.m_seqOrder) +
+                               ";pfi->seq_elem_size = " + txt(e.m_seqElemSize) + ";\n";
+                m_fieldText += "    pfi++;\n";
+            } else {
+                if (written > 0)
+                    m_fieldText += ",\n";
+                m_fieldText += pending;
+                pending = mstring();
+                m_fieldText += "    {\"" + e.m_name + "\", {" + txt(e.m_cSize) + ", " + txt(e.m_cAlign) + ", " +
+                               txt(e.m_cOffset) + ", " + txt(e.m_uSize) + ", " + txt(e.m_uAlign) + ", " +
+                               txt(e.m_uOffset) + "}, " + txt(e.m_type) + ", " + txt(e.m_flags) + ", " +
+                               txt(e.m_arraySize) + ", " + txt(e.m_structNum) + ", " + txt(e.m_fieldSize) + ", " +
+                               txt(e.m_reftoClass) + ", " + init + ", " + txt(e.m_orderNo) + ", " + txt(e.m_no) +
+                               ", " + txt(e.m_eventId) + ", " + txt(e.m_indicator) + ", " + txt(e.m_precision) +
+                               ", " + txt(e.m_seqOrder) + ", " + txt(e.m_seqElemSize) + " }";
+            }
+            written++;
+        }
+    }
+    if (written > 0 && !m_dynamicTables)
+        m_fieldText += "\n";
+    m_fieldText += pending;
+}
+
+void ClassDictCreator::printInitTables(IOutStream& out) const {
+    // One 0 more than the values, so that neither array is ever empty.
+    out << "    static const int4 init_i_values[" << static_cast<long>(v_initI.size() + 1) << "] = { \n"
+        << m_intText << "\n    0 };\n\n";
+    out << "    static const double init_d_values[" << static_cast<long>(v_initD.size() + 1) << "] = { \n"
+        << m_realText << "\n    0 };\n\n";
+}
+
+void ClassDictCreator::printFieldTable(IOutStream& out) const {
+    if (m_dynamicTables)
+        out << "    static zyl_dict_field_t v_field_info[" << m_nFields
+            << "];\n    zyl_dict_field_t * pfi = &  v_field_info[0];\n";
+    else
+        out << "    static const zyl_dict_field_t v_field_info[" << m_nFields << "] = { \n";
+    out << m_fieldText;
+    if (!m_dynamicTables)
+        out << "    };\n";
+}
+
+void ClassDictCreator::printAllFields(IOutStream& out, bool sortFields) {
+    collectFields(sortFields);
+    printInitTables(out);
+    printFieldTable(out);
+}
+
+void ClassDictCreator::printAllUsedStructs(IOutStream& out) {
+    if (m_dynamicTables)
+        out << "    static zyl_dict_struct_t v_struct_info[" << structCount()
+            << "];\n    zyl_dict_struct_t * psi = v_struct_info;\n";
+    else
+        out << "    static const zyl_dict_struct_t v_struct_info[" << structCount() << "] = { \n";
+    for (unsigned n = 0; n < v_used.size(); n++) {
+        Struct const& s = *v_used[n];
+        Layout const& c = s.m_layout.compact;
+        Layout const& u = s.m_layout.large;
+        int const first = v_firstField[s.m_dictNo];
+        if (m_dynamicTables)
+            out << "    psi->name = \"" << s.m_name << "\";\n    psi->flags = " << GetStructFlags(s)
+                << ";\n    psi->n_fields = " << static_cast<int>(s.v_field.size())
+                << ";\n    psi->fields = v_field_info_ptr + " << first << ";\n    psi->c_size = " << txt(c.m_size)
+                << ";\n    psi->c_align = " << txt(c.m_align) << ";\n    psi->u_size = " << txt(u.m_size)
+                << ";\n    psi->u_align = " << txt(u.m_align) << ";\n    psi++;\n";
+        else
+            out << "    { \"" << s.m_name << "\", " << GetStructFlags(s) << ", "
+                << static_cast<int>(s.v_field.size()) << ", (v_field_info + " << first << "), " << txt(c.m_size)
+                << ", " << txt(c.m_align) << ", " << txt(u.m_size) << ", " << txt(u.m_align) << "},\n";
+    }
+    if (!m_dynamicTables)
+        out << "    };\n";
+}
+
+void ClassDictCreator::printAll(IOutStream& out, bool sortFields) {
+    if (!m_dynamicTables) {
+        printAllFields(out, sortFields);
+        printAllUsedStructs(out);
+        return;
+    }
+    collectFields(sortFields);
+    out << "    static zyl_dict_struct_t * v_struct_info_ptr;\n    static zyl_dict_field_t * v_field_info_ptr;\n";
+    // The dictionary points at the initial values after these blocks have
+    // closed, so the tables stand outside them.
+    printInitTables(out);
+    out << "    {\n";
+    printFieldTable(out);
+    out << "\n      v_field_info_ptr = v_field_info;\n    }\n";
+    out << "    {\n";
+    printAllUsedStructs(out);
+    out << "\n      v_struct_info_ptr = v_struct_info;\n    }\n";
+}

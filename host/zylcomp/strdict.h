@@ -1,0 +1,194 @@
+// The dictionary's entries: the values of every record of zyldict.h,
+// computed once from the finished, laid-out model, and ClassDictCreator,
+// which numbers the structures in use and prints their field and structure
+// tables as C text.
+//
+// The values are computed apart from their printing so that both forms of
+// the dictionary come from the same code: the C text that generated sources
+// compile, and the records the run-time entry builds in memory. Sizes and
+// offsets stay FSize here: in the C text a direct struct leaves them to the
+// C compiler; in memory they are numbers by construction.
+#pragma once
+
+#include <cstdint>
+
+#include "foundation/mstring.h"
+#include "foundation/mvector.h"
+#include "foundation/outstream.h"
+#include "frontend/diagnostics.h"
+#include "host/zylcomp/fsize.h"
+
+class Schema;
+class Struct;
+class Class;
+class Field;
+class Index;
+class Event;
+
+// Ends the compile on an inconsistency of the model that the dictionary
+// cannot record: "internal error: {msg}".
+[[noreturn]] void dictPanic(mstring const& msg);
+
+// A field and its declared place in its structure.
+class FieldRef {
+public:
+    Field const* m_field = nullptr;
+    int m_place = 0;
+};
+
+// By field name: a structure's field table is in name order unless the
+// declared order is kept.
+bool ordered_before(FieldRef const& a, FieldRef const& b);
+
+// zyl_dict_field_t
+class DictFieldEntry {
+public:
+    mstring m_name;
+    FSize m_cSize, m_cAlign, m_cOffset;
+    FSize m_uSize, m_uAlign, m_uOffset;
+    int m_type = 0;
+    int m_flags = 0;
+    int m_arraySize = 0;
+    int m_structNum = -1;
+    FSize m_fieldSize;
+    int m_reftoClass = 0xFFFF;
+    unsigned m_initIndex = 0;
+    int m_orderNo = 0;
+    int m_no = 0;
+    int m_eventId = 0xFFFF;
+    int m_indicator = 0xFFFF;
+    int m_precision = 0;
+    int m_seqOrder = 0;
+    FSize m_seqElemSize;
+};
+
+// zyl_dict_class_info_t
+class DictClassEntry {
+public:
+    int m_firstIndex = 0xFFFF;
+    int m_lastIndex = 0xFFFE;
+    int m_listIndex = 0xFFFF;
+    int m_autoidIndex = 0xFFFF;
+    FSize m_fixedSize;
+    FSize m_autoidOffset;
+    int m_historyIndex = 0xFFFF;
+    int m_historyLength = 0;
+    FSize m_historyOffset;
+    int m_firstEvent = 0xFFFF;
+    int m_lastEvent = 0xFFFE;
+    int m_flags = 0;
+    int m_structNo = -1;  // struct_ptr: v_all_struct + m_structNo
+    FSize m_initSize;
+    FSize m_autoOidOffset;
+};
+
+// zyl_dict_index_field_t
+class DictKeyEntry {
+public:
+    FSize m_offset;
+    FSize m_vectOffset;
+    FSize m_indicatorOffset;
+    FSize m_size;
+    int m_type = 0;
+    int m_flags = 0;
+    int m_fldNo = 0;
+    int m_collation = 0xFFFF;
+    mstring m_path;  // the key's field path, for the reader of the C text
+};
+
+// zyl_dict_index_t, with its keys
+class DictIndexEntry {
+public:
+    int m_classCode = 0;
+    int m_implNo = 0;
+    FSize m_vectOffset;
+    std::uint32_t m_flags = 0;
+    long long m_estimate = 0;
+    int m_userdefId = 0xFFFF;
+    mvector<DictKeyEntry> v_key;
+};
+
+// zyl_dict_event_t
+class DictEventEntry {
+public:
+    int m_classCode = 0;
+    int m_flags = 0;
+    FSize m_offset;
+    FSize m_size;
+    int m_type = 0;
+    int m_fldNo = 0;
+};
+
+// Class flags (ZYL_CLASS_...).
+int GetClassFlags(Class const& c);
+// The class record. `firstIndex` and `firstEvent` are the places of the
+// class's first index and event in the schema-wide tables.
+DictClassEntry dictClassEntry(Schema const& schema, Class const& c, int firstIndex, int firstEvent);
+DictIndexEntry dictIndexEntry(Class const& c, Index const& index);
+DictEventEntry dictEventEntry(Class const& c, Event const& e);
+
+// Numbers the structures the dictionary holds: the structs some class
+// uses, in the order of the type set, then every class, in set order; a
+// class's struct_ptr is v_all_struct + its number. Prints their field and
+// structure tables, with the initial values they need.
+class ClassDictCreator {
+public:
+    ClassDictCreator(Schema* schema, bool dynamicTables, IErrReporter* err, mstring const& dbName);
+    virtual ~ClassDictCreator() = default;
+    ClassDictCreator(ClassDictCreator const&) = delete;
+    ClassDictCreator& operator=(ClassDictCreator const&) = delete;
+
+    // Field tables, then the structure table. With dynamic tables each is
+    // filled by statements at run time and reached through a pointer.
+    void printAll(IOutStream& out, bool sortFields);
+    void printAllFields(IOutStream& out, bool sortFields);
+    void printAllUsedStructs(IOutStream& out);
+    // The C name under which the structure table is reached.
+    mstring getPtrToStructInfoVector() const;
+
+    int structCount() const { return static_cast<int>(v_used.size()); }
+    int fieldCount() const { return m_nFields; }
+    // The initial values gathered by printAllFields.
+    mvector<std::int32_t> const& intValues() const { return v_initI; }
+    mvector<double> const& realValues() const { return v_initD; }
+
+    // The fields of `s` in table order: by name when `sortFields`.
+    static mvector<FieldRef> fieldList(Struct const& s, bool sortFields);
+    // Field `i` of `list`, one of the fields of used structure `structNo`.
+    // Its initial values are appended to the tables.
+    DictFieldEntry fieldEntry(int structNo, mvector<FieldRef> const& list, int i);
+
+    static int GetFieldFlags(Field const& f);
+    static int GetStructFlags(Struct const& s);
+    int GetSeqOrder(Field const& f);
+
+protected:
+    // Appends the initial values of `f`; 1 + the place of the first in its
+    // table, or 0 when it has none. `real` tells which table took them.
+    unsigned addInitialValues(Struct const& s, Field const& f, bool& real);
+    // The code of class `name`, 0xFFFF when there is no such class.
+    int classCode(mstring const& name) const;
+
+    mvector<int> v_firstField;  // by structure number
+    int m_nStructs = 0;
+    int m_nFields = 0;
+    bool m_dynamicTables;
+    mvector<Struct*> v_used;
+    mvector<Class*> v_usedClass;  // parallel to v_used; null for a struct
+    Schema* m_schema;
+    IErrReporter* m_err;
+    mstring m_dbName;
+    mvector<std::int32_t> v_initI;
+    mvector<double> v_initD;
+
+private:
+    // Walks every field once: the C text of the initial value tables and
+    // of the field entries, kept for the print functions.
+    void collectFields(bool sortFields);
+    void printInitTables(IOutStream& out) const;
+    void printFieldTable(IOutStream& out) const;
+
+    mstring m_intText;
+    mstring m_realText;
+    mstring m_fieldText;
+};
