@@ -1,23 +1,40 @@
 /* Test stand-in for the database runtime's C header, so that generated
  * files can be compiled in the tests. It declares only what generated text
- * names so far; later work adds what its sections need. Declarations only:
- * nothing here has a body. */
+ * names so far; later work adds what its sections need. The dictionary
+ * records are the real ones, so that generated tables are checked against
+ * the declarations the runtime shares. Declarations only: no function here
+ * has a body. */
 #ifndef ZYL_TEST_RUNTIME_ZYL_H
 #define ZYL_TEST_RUNTIME_ZYL_H
 
 #include <stddef.h>
+#include <stdint.h>
+
+#include "../../include/zyldict.h"
+
+typedef int8_t int1;
+typedef int16_t int2;
+typedef int32_t int4;
+typedef int64_t zyl_int8;
+typedef uint8_t uint1;
+typedef uint16_t uint2;
+typedef uint32_t uint4;
+typedef uint64_t uint8;
 
 typedef size_t zyl_size_t;
-typedef struct zyl_dictionary_t_* zyl_dictionary_h;
+typedef uint32_t zyl_offs_t;
 typedef struct zyl_calculator_t_* zyl_calculator_h;
 typedef struct ZYL_Hf_ { void* obj; } ZYL_Hf;
 
 void zyl_assign_handle(ZYL_Hf* dest, const ZYL_Hf* src);
 
+/* Sizes that only the C compiler knows: those of direct structures. */
+#define alignsz(size, align) ((((size) + (align) - 1) / (align)) * (align))
+#define structsz(name) sizeof(name)
+#define fieldsz(s, f) sizeof(((s*)0)->f)
+#define fieldoffs(s, f) offsetof(s, f)
+
 /* What the access interface of a class names: results, handles, events. */
-typedef unsigned char uint1;
-typedef unsigned short uint2;
-typedef unsigned int uint4;
 typedef int ZYL_RET;
 #define ZYL_S_OK 0
 typedef struct zyl_trans_t_* zyl_trans_h;
