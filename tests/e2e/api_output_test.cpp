@@ -61,6 +61,9 @@ TEST(ApiGolden, SmallSchemas) {
     } const cases[] = {
         {"events.zyl", {}, {"ev.h"}},
         {"oid.zyl", {"--cpp"}, {"ko.h", "ko.hpp"}},
+        // The C# and Java lists of types; the class declarations come later.
+        {"shop.zyl", {"--cs", "--java", "--cs-namespace", "NS", "--java-package", "com.x"},
+         {"shop.cs", "shop.java", "Color.java", "Address.java"}},
     };
     bool update = std::getenv("ZYLCOMP_UPDATE_GOLDEN") != nullptr;
     for (auto const& c : cases) {

@@ -36,6 +36,7 @@ void zyl_assign_handle(ZYL_Hf* dest, const ZYL_Hf* src);
 
 /* What the access interface of a class names: results, handles, events. */
 typedef int ZYL_RET;
+typedef uint2 nchar_t;
 #define ZYL_S_OK 0
 typedef struct zyl_trans_t_* zyl_trans_h;
 typedef struct zyl_cursor_t_* zyl_cursor_h;

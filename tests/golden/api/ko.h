@@ -79,16 +79,17 @@ ZYL_RET  ko_get_class_code( zyl_trans_h t, const ko_oid * oid, /*OUT*/ uint2 * c
 /*---------------------------------------------------------------------*/
 /* class Doc methods                                                   */
 
-ZYL_RET      Doc_new              ( zyl_trans_h t, const ko_oid *id, /*OUT*/ Doc *handle );
-ZYL_RET      Doc_delete           ( Doc *handle );
+ZYL_RET      Doc_new                  ( zyl_trans_h t, const ko_oid *id, /*OUT*/ Doc *handle );
+ZYL_RET      Doc_delete               ( Doc *handle );
 ZYL_RET      Doc_set_allocation_block_size(zyl_trans_h t, zyl_size_t block_size);
 ZYL_RET      Doc_set_caching_priority(zyl_trans_h t, int priority);
-ZYL_RET      Doc_delete_all       ( zyl_trans_h t );
-ZYL_RET      Doc_checkpoint       ( Doc *handle );
-ZYL_RET      Doc_oid_find         ( zyl_trans_h t, const ko_oid *id, /*OUT*/ Doc *handle );
-ZYL_RET      Doc_oid_get          ( Doc *handle, /*OUT*/ ko_oid *id );
+ZYL_RET      Doc_delete_all           ( zyl_trans_h t );
+ZYL_RET      Doc_checkpoint           ( Doc *handle );
+ZYL_RET      Doc_oid_find             ( zyl_trans_h t, const ko_oid *id, /*OUT*/ Doc *handle );
+ZYL_RET      Doc_oid_get              ( Doc *handle, /*OUT*/ ko_oid *id );
+ZYL_RET      Doc_pack                 ( Doc *handle, /*OUT*/ uint4 * pages_released );
 
-ZYL_RET      Doc_from_cursor      ( zyl_trans_h t, zyl_cursor_h c, /*OUT*/ Doc *handle );
+ZYL_RET      Doc_from_cursor          ( zyl_trans_h t, zyl_cursor_h c, /*OUT*/ Doc *handle );
 
 /*---------------------------------------------------------------------*/
 /* class Tmp methods                                                   */
