@@ -57,7 +57,7 @@ void Analyzer::finishIndices() {
         for (unsigned i = 0; i < c.v_index.size(); i++) {
             Index& idx = c.v_index[i];
             idx.m_code = code;
-            // A kd-tree keeps one bit per field in a pointer-sized word.
+            // Fewer fields than bits in a word of the target's size.
             if (idx.m_type == IT_KDTREE && c.v_field.size() >= 8u * static_cast<unsigned>(m_sizeofSize))
                 error2("It is too many fields in class \"#1\" for kd-tree index \"#2\".", c.m_name, idx.m_name);
             if (idx.m_type == IT_RTREE && idx.v_fieldName.size() != 1)
@@ -110,10 +110,10 @@ void Analyzer::finishIndices() {
         m_schema.m_userdefCount = userdef + 1;
 }
 
-// A class that nothing else lets the runtime walk gets a list of its
-// objects: one of fixed size, without oid or autoid, that has no index, or
-// is persistent and has only voluntary indexes (besides vector-based ones,
-// which cannot be known yet, since m_vbased is set further on).
+// The implicit list: a class of fixed size without oid or autoid gets one
+// when it has no index, or when it is persistent and its indexes are
+// voluntary (besides vector-based ones, which cannot be known yet: m_vbased
+// is set further on, so in effect all must be voluntary).
 void Analyzer::addImplicitList(Class& c) {
     if (c.m_hasList || c.m_isDynamic || c.m_hasOid || c.m_hasAutoid)
         return;

@@ -397,10 +397,11 @@ void GenOutput::outputDictionary() {
     }
 
     // Classes, by code; entry 0 stays empty.
-    if (dynamic)
-        out << "    {\n      static  zyl_dict_class_info_t class_inf[" << nClasses + 1
-            << "];\n      zyl_dict_class_info_t * x = & class_inf[1]; \n";
-    else
+    if (dynamic) {
+        out << "    {\n      static  zyl_dict_class_info_t class_inf[" << nClasses + 1 << "];\n";
+        if (nClasses > 0)
+            out << "      zyl_dict_class_info_t * x = & class_inf[1]; \n";
+    } else
         out << "    {\n      static  const zyl_dict_class_info_t class_inf[" << nClasses + 1
             << "] = { \n        { 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0 }";
     {
@@ -509,10 +510,12 @@ void GenOutput::outputDictionary() {
             }
         });
         if (dynamic) {
+            // Lists have no keys; without keys the key cursor would stand unused.
             out << "    {\n      static zyl_dict_index_field_t v_all_index_fields[ " << nKeys
-                << "];\n      static zyl_dict_index_t v_all_indexes_info[ " << nIndexes
-                << "];\n      zyl_dict_index_field_t * z = & v_all_index_fields[0];\n"
-                   "      zyl_dict_index_t       * w = & v_all_indexes_info[0];\n";
+                << "];\n      static zyl_dict_index_t v_all_indexes_info[ " << nIndexes << "];\n";
+            if (nKeys > 0)
+                out << "      zyl_dict_index_field_t * z = & v_all_index_fields[0];\n";
+            out << "      zyl_dict_index_t       * w = & v_all_indexes_info[0];\n";
             // The key statements of each index come before its own record.
             out << keys << indexes;
         } else {
@@ -569,13 +572,13 @@ void GenOutput::outputDictionary() {
         << member("sizeof_zyl_size_t[0]", m_jobNum1)
         << "    dict.sizeof_zyl_size_t[1]      = sizeof(zyl_size_t);\n";
 
-    // Initial values, read through an index into these tables.
-    unsigned const nInts = creator.intValues().size();
-    unsigned const nReals = creator.realValues().size();
-    out << member("init_i_data.ptr", nInts > 0 ? "init_i_values" : "0")
-        << member("init_i_data_n", static_cast<long long>(nInts))
-        << member("init_d_data.ptr", nReals > 0 ? "init_d_values" : "0")
-        << member("init_d_data_n", static_cast<long long>(nReals));
+    // Initial values, read through an index into these tables. An empty
+    // table is still pointed at, with a count of 0: a table nothing refers
+    // to would not compile warning-free.
+    out << member("init_i_data.ptr", "init_i_values")
+        << member("init_i_data_n", static_cast<long long>(creator.intValues().size()))
+        << member("init_d_data.ptr", "init_d_values")
+        << member("init_d_data_n", static_cast<long long>(creator.realValues().size()));
 
     out << "  }\n\n  return &dict; \n}\n\n";
 }

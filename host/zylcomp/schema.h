@@ -405,7 +405,8 @@ private:
 };
 
 // The bookkeeping classes of distributed and IoT schemas. Their names begin
-// with "@", which no schema text can write. Built in sysclasses.cpp.
+// with "@", which no schema text can write. The constructors of the three
+// kinds live in sysclasses.cpp.
 class SysClass : public Class {
 public:
     explicit SysClass(bool compact = false);
@@ -418,15 +419,15 @@ public:
     explicit SysDistribClass(bool disk);
 };
 
-// "@sys_iot_ts": the IoT exchange state, from the schema's agent id and
-// iot level.
+// "@sys_iot_ts", one per IoT schema; its "src" and "dbid" start as the
+// schema's agent id and iot level.
 class SysIoTTsClass : public SysClass {
 public:
     SysIoTTsClass(Schema const& schema, bool persistent);
 };
 
-// "@sys_iot_del_disk" or "@sys_iot_del_inmem": deletions still to be
-// passed on; its fields depend on the schema's iot level.
+// "@sys_iot_del_disk" or "@sys_iot_del_inmem", one per placement of the
+// IoT tables; its fields depend on the schema's iot level.
 class SysIoTDelClass : public SysClass {
 public:
     SysIoTDelClass(Schema const& schema, bool persistent);

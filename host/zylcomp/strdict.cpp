@@ -300,6 +300,13 @@ ClassDictCreator::ClassDictCreator(Schema* schema, bool dynamicTables, IErrRepor
         v_firstField.push_back(m_nFields);
         m_nFields += static_cast<int>(s->v_field.size());
     };
+    // Numbers belong to one dictionary: a struct numbered by an earlier
+    // one starts afresh.
+    for (ISet* set : {schema->m_types, schema->m_classes}) {
+        std::unique_ptr<ISet::Pos> pos(set->first());
+        for (; pos->valid(); pos->next())
+            static_cast<Struct*>(pos->get().get())->m_dictNo = -1;
+    }
     // A struct belongs to the dictionary when some class holds it; structs
     // and classes share one numbering.
     std::unique_ptr<ISet::Pos> pos(schema->m_types->first());
@@ -397,6 +404,27 @@ mvector<FieldRef> ClassDictCreator::fieldList(Struct const& s, bool sortFields) 
     return list;
 }
 
+bool ClassDictCreator::enumValue(mstring const& name, long* value) {
+    if (m_schema->enumNameToInteger(name, value))
+        return true;
+    if (!m_schema->m_enumValueNames.find(name))
+        return false;
+    // A declared constant that the walk missed has taken the database
+    // prefix by now; the initial value still holds the name as written.
+    mstring const prefixed = m_dbName + "_" + name;
+    std::unique_ptr<ISet::Pos> pos(m_schema->m_enums->first());
+    for (; pos->valid(); pos->next()) {
+        Enum const* e = static_cast<Enum const*>(pos->get().get());
+        for (unsigned i = 0; i < e->v_elem.size(); i++) {
+            if (e->v_elem[i].m_name == prefixed) {
+                *value = e->v_elem[i].m_value;
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
 unsigned ClassDictCreator::addInitialValues(Struct const& s, Field const& f, bool& real) {
     real = false;
     if (f.v_init.size() == 0)
@@ -421,7 +449,7 @@ unsigned ClassDictCreator::addInitialValues(Struct const& s, Field const& f, boo
                 v_initI.push_back(static_cast<std::int32_t>(static_cast<std::uint32_t>(u >> 32)));
             } else {
                 long v = 0;
-                if (!UT::CVT::s2int(text, &v) && !m_schema->enumNameToInteger(f.v_init[i], &v))
+                if (!UT::CVT::s2int(text, &v) && !enumValue(f.v_init[i], &v))
                     refuse("integer", f.v_init[i]);
                 v_initI.push_back(static_cast<std::int32_t>(v));
             }
@@ -618,10 +646,17 @@ void ClassDictCreator::printInitTables(IOutStream& out) const {
 }
 
 void ClassDictCreator::printFieldTable(IOutStream& out) const {
-    if (m_dynamicTables)
-        out << "    static zyl_dict_field_t v_field_info[" << m_nFields
-            << "];\n    zyl_dict_field_t * pfi = &  v_field_info[0];\n";
-    else
+    // Without structures nothing would refer to the table, and a table
+    // nothing refers to does not compile warning-free.
+    if (!m_dynamicTables && v_used.size() == 0)
+        return;
+    // The fill cursors are declared only where there is something to fill:
+    // an unused variable would not compile warning-free either.
+    if (m_dynamicTables) {
+        out << "    static zyl_dict_field_t v_field_info[" << m_nFields << "];\n";
+        if (m_nFields > 0)
+            out << "    zyl_dict_field_t * pfi = &  v_field_info[0];\n";
+    } else
         out << "    static const zyl_dict_field_t v_field_info[" << m_nFields << "] = { \n";
     out << m_fieldText;
     if (!m_dynamicTables)
@@ -635,10 +670,11 @@ void ClassDictCreator::printAllFields(IOutStream& out, bool sortFields) {
 }
 
 void ClassDictCreator::printAllUsedStructs(IOutStream& out) {
-    if (m_dynamicTables)
-        out << "    static zyl_dict_struct_t v_struct_info[" << structCount()
-            << "];\n    zyl_dict_struct_t * psi = v_struct_info;\n";
-    else
+    if (m_dynamicTables) {
+        out << "    static zyl_dict_struct_t v_struct_info[" << structCount() << "];\n";
+        if (structCount() > 0)
+            out << "    zyl_dict_struct_t * psi = v_struct_info;\n";
+    } else
         out << "    static const zyl_dict_struct_t v_struct_info[" << structCount() << "] = { \n";
     for (unsigned n = 0; n < v_used.size(); n++) {
         Struct const& s = *v_used[n];
@@ -667,13 +703,19 @@ void ClassDictCreator::printAll(IOutStream& out, bool sortFields) {
         return;
     }
     collectFields(sortFields);
-    out << "    static zyl_dict_struct_t * v_struct_info_ptr;\n    static zyl_dict_field_t * v_field_info_ptr;\n";
+    // Without structures there are no fields to point at.
+    bool const fields = v_used.size() > 0;
+    out << "    static zyl_dict_struct_t * v_struct_info_ptr;\n";
+    if (fields)
+        out << "    static zyl_dict_field_t * v_field_info_ptr;\n";
     // The dictionary points at the initial values after these blocks have
     // closed, so the tables stand outside them.
     printInitTables(out);
-    out << "    {\n";
-    printFieldTable(out);
-    out << "\n      v_field_info_ptr = v_field_info;\n    }\n";
+    if (fields) {
+        out << "    {\n";
+        printFieldTable(out);
+        out << "\n      v_field_info_ptr = v_field_info;\n    }\n";
+    }
     out << "    {\n";
     printAllUsedStructs(out);
     out << "\n      v_struct_info_ptr = v_struct_info;\n    }\n";

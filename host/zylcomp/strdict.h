@@ -166,6 +166,8 @@ protected:
     // Appends the initial values of `f`; 1 + the place of the first in its
     // table, or 0 when it has none. `real` tells which table took them.
     unsigned addInitialValues(Struct const& s, Field const& f, bool& real);
+    // The value of enum constant `name`, also after it took the database prefix.
+    bool enumValue(mstring const& name, long* value);
     // The code of class `name`, 0xFFFF when there is no such class.
     int classCode(mstring const& name) const;
 

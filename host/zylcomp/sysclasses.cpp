@@ -52,8 +52,8 @@ SysIoTTsClass::SysIoTTsClass(Schema const& schema, bool persistent) {
     addIndex(sysIndex("idx", IT_TREE, true, {"type", "dst", "src", "dbid"}));
 }
 
-// A router keeps where a deletion came from and goes to, a server only
-// where it goes, a device neither.
+// A router's class carries the source and the destination agent, a
+// server's the destination only, a device's neither.
 SysIoTDelClass::SysIoTDelClass(Schema const& schema, bool persistent) {
     m_name = persistent ? "@sys_iot_del_disk" : "@sys_iot_del_inmem";
     m_persistent = persistent;
@@ -92,8 +92,8 @@ void Analyzer::finishDistribClasses() {
         m_schema.m_classes->add(HIComparable(new SysDistribClass(false)));
 }
 
-// One exchange-state class, persistent when any table is; one deletion
-// class per placement that has tables.
+// One "@sys_iot_ts", persistent when any table is; one deletion class per
+// placement that has tables.
 void Analyzer::finishUpDownClasses() {
     if (!(m_schema.m_schemaOptions & Schema::OPT_IOT))
         return;

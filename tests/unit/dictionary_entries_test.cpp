@@ -1,0 +1,224 @@
+// Dictionary entries on laid-out models: type codes, key texts of the
+// generated search functions, and the internal faults that no schema text
+// can reach, provoked by bending a finished model.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "frontend/parser.h"
+#include "host/zylcomp/analyzer.h"
+#include "host/zylcomp/genoutput.h"
+#include "host/zylcomp/strdict.h"
+#include "support/process.h"
+#include "target/zylcomp/errreporter_mem.h"
+
+namespace {
+
+// Opens the dictionary section to the tests.
+class Gen : public GenOutput {
+public:
+    Gen(Schema& s, IErrReporter* err, mstring const& dir)
+        : GenOutput(s, true, false, false, false, false, false, false, err, dir, "", "", false, false, false, false,
+                    false, 8, 0, false, false, false) {}
+    using GenOutput::outputDictionary;
+};
+
+// A schema run through the grammar, the finishing passes and layout.
+class Laid {
+public:
+    explicit Laid(std::string const& text) : m_reporter(nullptr, nullptr) {
+        m_dir.write("s.zyl", "declare database t;\n" + text);
+        m_file = std::fopen(m_dir.file("s.zyl").c_str(), "r");
+        m_parser.reset(new Parser(m_file, "s.zyl", &m_reporter, "", ""));
+        m_analyzer.reset(new Analyzer(m_parser.get(), false, false, false, false, false, false, true, 8, 0,
+                                      &m_hidden, nullptr));
+        m_analyzer->initBaseTypes();
+        try {
+            m_analyzer->analyze();
+            m_analyzer->doChecks();
+        } catch (CompilerError const& e) {
+            ADD_FAILURE() << e.m_msg.c_str();
+            throw;
+        }
+        gen.reset(new Gen(schema(), &m_reporter, m_dir.path().c_str()));
+        gen->layout();
+        gen->calculateFormating();
+    }
+    ~Laid() {
+        gen.reset();
+        m_analyzer.reset();
+        m_parser.reset();
+        std::fclose(m_file);
+    }
+    Schema& schema() { return m_analyzer->schema(); }
+    Class& cls(char const* name) { return *schema().findClass(name); }
+    Field& field(char const* c, char const* f) { return *cls(c).findField(f); }
+
+    std::unique_ptr<Gen> gen;
+
+private:
+    TempDir m_dir;
+    mvector<mstring> m_hidden;
+    FILE* m_file = nullptr;
+    ErrReporterMem m_reporter;
+    std::unique_ptr<Parser> m_parser;
+    std::unique_ptr<Analyzer> m_analyzer;
+};
+
+std::string str(FSize const& v) { return static_cast<mstring const&>(v).c_str(); }
+
+char const* const kTypes = R"(
+enum E1 { A1, B1 };
+enum E2 { A2 = -1, B2 };
+enum E4 { A4 = 70000 };
+struct S { signed<4> x; };
+direct struct D { signed<4> a; };
+class K {
+    signed<1> i1; signed<2> i2; signed<4> i4; signed<8> i8;
+    unsigned<1> u1; unsigned<2> u2; unsigned<4> u4; unsigned<8> u8;
+    float f; double d; date dt; time tm; datetime dtm; autoid_t ai;
+    boolean b; boolean bits[12];
+    char<5> c; nchar<3> nc; binary<4> bn; string s; nstring ns; varbinary vb; blob bl;
+    E1 e1; E2 e2; E4 e4; S st; D dr;
+    sequence<unsigned<1>> q1; sequence<date> qd; sequence<signed<8>> q8; sequence<double> qf;
+    sequence<char<4>> qc; sequence<datetime> qdt;
+    autoid[10];
+};
+)";
+
+}  // namespace
+
+TEST(DictionaryEntries, TypeCodesSizesAndTexts) {
+    Laid m(kTypes);
+    struct {
+        char const* field;
+        std::string expected;  // code size text count / initializer type
+    } const cases[] = {
+        {"i1", "4 1 i1 0 / 1"},       {"i2", "5 2 i2 0 / 1"},      {"i4", "6 4 i4 0 / 1"},
+        {"i8", "13 8 i8 0 / 1"},      {"u1", "1 1 u1 0 / 1"},      {"u2", "2 2 u2 0 / 1"},
+        {"u4", "3 4 u4 0 / 1"},       {"u8", "12 8 u8 0 / 1"},     {"f", "10 4 flt 0 / 2"},
+        {"d", "11 8 dbl 0 / 2"},      {"dt", "16 4 u4 0 / 1"},     {"tm", "17 4 u4 0 / 1"},
+        {"dtm", "24 8 u8 0 / 1"},     {"ai", "13 8 i8 0 / 1"},     {"b", "23 1 ptr 1 / 3"},
+        {"bits", "23 1 ptr 12 / 3"},  {"c", "7 5  0 / 0"},         {"nc", "19 6  0 / 0"},
+        {"bn", "25 4  0 / 0"},        {"s", "8 0  0 / 0"},         {"ns", "20 0  0 / 0"},
+        {"vb", "26 0  0 / 0"},        {"bl", "51 0  0 / 0"},       {"e1", "1 1 u1 0 / 1"},
+        // Enums of two and four bytes count as signed.
+        {"e2", "5 2 i2 0 / 1"},       {"e4", "6 4 i4 0 / 1"},      {"st", "50 0  0 / 0"},
+        {"dr", "50 structsz(D_d_aligned_to_1)  0 / 0"},
+        {"q1", "30 4  0 / 0"},        {"qd", "32 4  0 / 0"},       {"q8", "37 4  0 / 0"},
+        {"qf", "39 4  0 / 0"},        {"qc", "40 4  0 / 0"},       {"qdt", "41 4  0 / 0"},
+        {"autoid", "14 8 i8 0 / 0"},
+    };
+    for (auto const& c : cases) {
+        Field const& f = m.field("K", c.field);
+        Field::DictInfo d = f.dict_info(true);
+        EXPECT_EQ(std::to_string(d.m_typeCode) + " " + str(d.m_size) + " " + d.m_typeText.c_str() + " " +
+                      std::to_string(d.m_count) + " / " + std::to_string(f.getInitializerType()),
+                  c.expected)
+            << c.field;
+    }
+}
+
+TEST(DictionaryEntries, KeyTextsOfSearchFunctions) {
+    Laid m("declare oid Id[10];\nstruct Id { signed<4> n; };\nstruct S { signed<2> y; };\n" +
+           std::string("class K { oid; signed<4> n; boolean b[8]; char<5> c; string s; nstring ns; ref r; S st;\n"
+                       "  double d; autoid[5]; tree<n, c, s, ns, r, st.y, d, autoid> t; patricia<b> p; };\n"));
+    // The keys in order of their numbers: the bit key comes from the patricia index.
+    mvector<Index::Segment> keys = m.cls("K").v_index[1].v_segment;
+    ASSERT_EQ(keys.size(), 8u);
+    keys.insert(1, m.cls("K").v_index[2].v_segment[0]);
+    std::string const expected[] = {
+        "int4 n_key_0|int4 *n_key_0|n_key_0|pa_->field_type = 6; pa_->v.i4 = n_key_0; ",
+        "const char *b_key_1, uint2 number_of_bits|char *b_key_1, uint2 number_of_bits|b_key_1, number_of_bits|"
+        "pa_->field_type = 23; pa_->ptr = b_key_1; pa_->v.ptr_size = number_of_bits; ",
+        "const char *c_key_2, uint2 sizeof_c_key_2|char *c_key_2, uint2 sizeof_c_key_2|c_key_2, sizeof_c_key_2|"
+        "pa_->field_type = 7; pa_->v.ptr_size = sizeof_c_key_2; pa_->ptr = c_key_2; ",
+        "const char *s_key_3, uint2 sizeof_s_key_3|char *s_key_3, uint2 sizeof_s_key_3|s_key_3, sizeof_s_key_3|"
+        "pa_->field_type = 8; pa_->v.ptr_size = sizeof_s_key_3; pa_->ptr = s_key_3; ",
+        "const nchar_t *ns_key_4, uint2 sizeof_ns_key_4|nchar_t *ns_key_4, uint2 sizeof_ns_key_4|"
+        "ns_key_4, sizeof_ns_key_4|pa_->field_type = 20; pa_->v.ptr_size = sizeof_ns_key_4; "
+        "pa_->ptr = (const char*)ns_key_4; ",
+        "const t_oid *r_key_5|t_oid *r_key_5|r_key_5|pa_->field_type = 9; pa_->v.ptr_size = sizeof(*r_key_5); "
+        "pa_->ptr = (const char*)r_key_5; ",
+        "int2 st_y_key_6|int2 *st_y_key_6|st_y_key_6|pa_->field_type = 5; pa_->v.i2 = st_y_key_6; ",
+        "double d_key_7|double *d_key_7|d_key_7|pa_->field_type = 11; pa_->v.dbl = d_key_7; ",
+        "autoid_t autoid_key_8|autoid_t *autoid_key_8|autoid_key_8|pa_->field_type = 14; "
+        "pa_->v.i8 = autoid_key_8; ",
+    };
+    mvector<mstring> names;
+    for (int k = 0; k < 9; k++) {
+        mstring in, out, args, fill;
+        keys[k].paramStrings(k, &m.schema(), names, in, out, args, fill);
+        EXPECT_EQ(std::string(in.c_str()) + "|" + out.c_str() + "|" + args.c_str() + "|" + fill.c_str(),
+                  expected[k]);
+    }
+    std::string all;
+    for (unsigned i = 0; i < names.size(); i++)
+        all += std::string(names[i].c_str()) + " ";
+    EXPECT_EQ(all, "n_key_0 b_key_1 c_key_2 sizeof_c_key_2 s_key_3 sizeof_s_key_3 ns_key_4 sizeof_ns_key_4 "
+                   "r_key_5 st_y_key_6 d_key_7 autoid_key_8 ");
+
+    // A key no search function can take.
+    Index::Segment blob = keys[0];
+    Struct* blobType = m.schema().findType("blob");
+    Field f = *blob.v_fldEl[0].m_field;
+    f.m_struct = blobType;
+    blob.v_fldEl[0].m_field = &f;
+    mstring in, out, args, fill;
+    EXPECT_THROW(blob.paramStrings(0, &m.schema(), names, in, out, args, fill), char const*);
+}
+
+// Faults of the model that only a bent model shows; each ends the process.
+TEST(DictionaryEntries, InternalFaults) {
+    struct Case {
+        char const* schema;
+        std::function<void(Laid&)> run;
+        char const* message;
+    };
+    char const* const plain = "class A { signed<4> a; vector<S> v; tree<a> t; tree<v.x> tv; };\n";
+    char const* const withS = "struct S { signed<4> x; signed<4> y[2]; };\n";
+    auto classEntry = [](Laid& m) { dictClassEntry(m.schema(), m.cls("A"), 0, 0); };
+    Case const cases[] = {
+        {plain, [&](Laid& m) { m.cls("A").m_isDynamic = false; m.cls("A").m_layout.large.m_size = 99;
+                               classEntry(m); }, "internal 10023"},
+        {plain, [&](Laid& m) { m.cls("A").m_hasHistory = true; classEntry(m); }, "history index not found"},
+        {plain, [&](Laid& m) { Index h; h.m_name = "history_index@"; m.cls("A").addIndex(h);
+                               m.cls("A").m_hasHistory = true; classEntry(m); }, "history field not found"},
+        {plain, [&](Laid& m) { m.schema().m_autoOid = 5; classEntry(m); }, "auto_oid field not found"},
+        {plain, [&](Laid& m) { m.cls("A").m_hasAutoid = true; classEntry(m); }, "autoid field not found"},
+        {plain, [&](Laid& m) { m.cls("A").m_dictNo = -1; classEntry(m); }, "internal 10307"},
+        {plain, [](Laid& m) { Event e; e.m_kind = 6; dictEventEntry(m.cls("A"), e); }, "internal 10027"},
+        {plain, [](Laid& m) { m.cls("A").v_index[0].m_vbased = 0; dictIndexEntry(m.cls("A"), m.cls("A").v_index[0]); },
+         "internal"},
+        // A path through a vector and then an array.
+        {plain, [](Laid& m) {
+             Index& tv = m.cls("A").v_index[1];
+             Struct* s = m.schema().findType("S");
+             Index::FldEl array{"y", s, s->findField("y")};
+             tv.v_segment[0].v_fldEl.insert(1, array);
+             tv.getFieldLayout(tv.v_segment[0], &m.cls("A"));
+         }, "10004"},
+        {plain, [](Laid& m) { m.schema().findType("S")->v_owner.resize(0);
+                              ClassDictCreator c(&m.schema(), false, nullptr, "t");
+                              std::unique_ptr<IOutStream> null(IOutStream::createNullStream());
+                              c.printAll(*null, true); }, "struct numbering (2)"},
+        {plain, [](Laid& m) { m.gen->init(); m.cls("A").m_code = 5; m.gen->outputDictionary(); },
+         "class codes order"},
+        {plain, [](Laid& m) { m.gen->init(); m.cls("A").v_index[1].m_code = 7; m.gen->outputDictionary(); },
+         "index code"},
+        {plain, [](Laid& m) { m.field("A", "a").m_struct->m_cType = "int5"; m.field("A", "a").dict_info(true); },
+         "unknown simple type"},
+        {"class A { blob a; };", [](Laid& m) { m.field("A", "a").dict_info(false); }, "illegal index field type"},
+        {plain, [](Laid& m) { m.field("A", "v").dict_info(false); }, "illegal index field type"},
+    };
+    for (Case const& c : cases) {
+        ProcessResult r = runInChild([&c, withS] {
+            Laid m(std::string(withS) + c.schema);
+            c.run(m);
+        });
+        EXPECT_EQ(r.err, std::string("internal error: ") + c.message + "\n") << c.message;
+        EXPECT_EQ(r.status, 255) << c.message;
+    }
+}
