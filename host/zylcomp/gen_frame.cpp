@@ -2,6 +2,7 @@
 // text that opens and closes every file, and the helpers all sections use.
 #include <unistd.h>
 
+#include <cctype>
 #include <cstring>
 
 #include "foundation/ut.h"
@@ -243,10 +244,26 @@ mstring GenOutput::functionHead(mstring const& name, mstring const& params, int 
 }
 
 void GenOutput::writeCFunction(mstring const& head, mstring const& body) {
-    *m_proto << head;
-    *m_protoEnd << ";";
-    *m_proto << "\n";
-    *m_body << body;
+    writeCFunction(head, body, m_proto, m_protoEnd, m_body);
+}
+
+void GenOutput::writeCFunction(mstring const& head, mstring const& body, IOutStream* proto, IOutStream* protoEnd,
+                               IOutStream* bodyOut) {
+    *proto << head;
+    *protoEnd << ";";
+    *proto << "\n";
+    *bodyOut << body;
+}
+
+void GenOutput::writeCppMember(char const* decl, mstring const& scope, mstring const& member,
+                               mstring const& body) {
+    *m_hpp << decl << member << ";\n";
+    *m_hppInline << "inline  ZYL_RET " << scope << "::" << member << "\n" << body << "\n}\n\n";
+}
+
+mstring GenOutput::classCode(Class const& c) const {
+    mstring code = UT::n2s(c.m_code);
+    return m_classCodeOrigin ? mstring("dict.class_code_origin + ") + code : code;
 }
 
 mstring hppClass(mstring const& name) { return name; }
@@ -305,4 +322,44 @@ void StrParams::setup() {
     m_oper = choose(oper);
     m_handle = choose(handle);
     m_cursor = choose(cursor);
+}
+
+// ---------------------------------------------------------------------------
+// Templates of generated text
+
+Subst& Subst::set(char const* name, mstring const& value) {
+    for (unsigned i = 0; i < v_name.size(); i++) {
+        if (v_name[static_cast<int>(i)] == name) {
+            v_value[static_cast<int>(i)] = value;
+            return *this;
+        }
+    }
+    v_name.push_back(name);
+    v_value.push_back(value);
+    return *this;
+}
+
+mstring Subst::fill(char const* text) const {
+    mstring out;
+    char const* p = text;
+    while (*p != '\0') {
+        char const* end = p + 1;
+        while (*p == '{' && (std::isalnum(static_cast<unsigned char>(*end)) || *end == '_'))
+            end++;
+        int found = -1;
+        if (*p == '{' && *end == '}' && end > p + 1) {
+            mstring name;
+            name.set(p + 1, static_cast<unsigned long>(end - p - 1));
+            for (unsigned i = 0; found < 0 && i < v_name.size(); i++)
+                if (v_name[static_cast<int>(i)] == name)
+                    found = static_cast<int>(i);
+        }
+        if (found >= 0) {
+            out += v_value[found];
+            p = end + 1;
+        } else {
+            out += *p++;
+        }
+    }
+    return out;
 }

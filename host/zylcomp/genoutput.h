@@ -22,6 +22,7 @@
 class Schema;
 class Struct;
 class Class;
+class Index;
 class Layout;
 class FldLayout;
 
@@ -105,6 +106,57 @@ protected:
     // One generated C function through the routing streams; `body` brings
     // its own braces and trailing line ends.
     void writeCFunction(mstring const& head, mstring const& body);
+    // The same through other streams, for functions that stand in {db}.c
+    // whatever the mode.
+    void writeCFunction(mstring const& head, mstring const& body, IOutStream* proto, IOutStream* protoEnd,
+                        IOutStream* bodyOut);
+    // One member of a C++ wrapper: "{decl}{member};" in the class body in
+    // m_hpp, and "inline  ZYL_RET {scope}::{member}" with `body` (which
+    // opens the brace; the closing one is added) in m_hppInline.
+    void writeCppMember(char const* decl, mstring const& scope, mstring const& member, mstring const& body);
+    // A class code as function bodies pass it: relative to the dictionary's
+    // origin when the job asks for relative codes.
+    mstring classCode(Class const& c) const;
+
+    // Database-level output (gen_database.cpp): the parts of output().
+    // The two that open Java files answer false when one cannot be made.
+    bool outputEnums();
+    void outputHandles();
+    void outputStructHandles();
+    bool outputStructs();
+    // Opens "{name}.java" into `slot` with its package and import lines.
+    bool openJava(IOutStream*& slot, mstring const& name);
+
+    // Class API (gen_class.cpp).
+    // Creation, deletion, allocation settings, checkpoint, oid functions, _pack.
+    void outputClassApi(Class& c);
+    // Fields, cursors and indexes of a class.
+    void output(Class& c);
+    // The version walk a history index gives instead of a search API.
+    void outputVersions(Class& c, Index const& idx);
+
+    // Events and object identifiers (gen_events.cpp).
+    void outputEvents(Class& c);
+    void outputObjid();
+
+    // Sections that later work fills in; gen_pending.cpp holds them empty
+    // until then.
+    // The field API of a struct, or of a class when `c` is the class itself.
+    void output(Struct& s, Class* c);
+    // The search API of one index and its nested C++ class.
+    void outputIndex(Class& c, Index& idx);
+    // The C type of a direct struct, "{s}_d{suffix}".
+    void direct_struct_output(Struct& s, mstring const& suffix);
+    // The C type of the fixed-size part of a struct or class, and its copy functions.
+    void genFixedStruct(Struct& s);
+    void outputFixed(Struct& s);
+    // XML and JSON access of a class.
+    void outputXmlRW(Class& c);
+    void outputJsonW(Class& c);
+    // The C# and Java declaration of a class: its head before the fields,
+    // its end after them.
+    void outputClassHead(Class& c);
+    void outputClassEnd(Class& c);
 
     Schema* m_schema;
     IErrReporter* m_err;
@@ -164,6 +216,22 @@ private:
 // The name class `name` bears in the C++ text; every class reference in
 // the .hpp passes through here.
 mstring hppClass(mstring const& name);
+
+// Indexes the compiler makes for itself (time-to-live, distribution, IoT)
+// get no access functions.
+bool indexIsHidden(Index const& idx);
+
+// Fills the {name} places of a template of generated text. Only names that
+// were set are replaced, so the braces of C text pass through.
+class Subst {
+public:
+    Subst& set(char const* name, mstring const& value);
+    mstring fill(char const* text) const;
+
+private:
+    mvector<mstring> v_name;
+    mvector<mstring> v_value;
+};
 
 // One attribute of the schema dump: {name}="{value}" and a blank, with the
 // angle brackets of the value turned into braces.

@@ -387,6 +387,7 @@ public:
     int m_maxIndexNameLen = 0;
     int m_autoidEstimate = 0;
     bool m_hasHistory = false;  // never set in this version
+    int m_historyLength = 0;    // versions kept; the history statement drops its value in this version
     StringSet indexNames;
     mvector<Event> v_event;
     bool m_persistent = false;

@@ -2,7 +2,8 @@
  * files can be compiled in the tests. It declares only what generated text
  * names so far; later work adds what its sections need. The dictionary
  * records are the real ones, so that generated tables are checked against
- * the declarations the runtime shares. */
+ * the declarations the runtime shares. Declarations only: no function here
+ * has a body. */
 #ifndef ZYL_TEST_RUNTIME_ZYL_H
 #define ZYL_TEST_RUNTIME_ZYL_H
 
@@ -32,5 +33,23 @@ void zyl_assign_handle(ZYL_Hf* dest, const ZYL_Hf* src);
 #define structsz(name) sizeof(name)
 #define fieldsz(s, f) sizeof(((s*)0)->f)
 #define fieldoffs(s, f) offsetof(s, f)
+
+/* What the access interface of a class names: results, handles, events. */
+typedef int ZYL_RET;
+typedef uint2 nchar_t;
+#define ZYL_S_OK 0
+typedef struct zyl_trans_t_* zyl_trans_h;
+typedef struct zyl_cursor_t_* zyl_cursor_h;
+typedef ZYL_Hf* zyl_objhandle_h;
+typedef int zyl_dict_type_t;
+typedef int ZYL_EVENT_TYPE;
+typedef enum { ZYL_BEFORE_UPDATE, ZYL_AFTER_UPDATE } ZYL_HANDLING_ORDER;
+typedef ZYL_RET (*zyl_generic_ev_handler)(void);
+
+ZYL_RET zyl_set_class_allocation_block_size(zyl_trans_h t, uint2 class_code, zyl_size_t block_size);
+ZYL_RET zyl_set_class_caching_priority(zyl_trans_h t, uint2 class_code, int priority);
+ZYL_RET zyl_ev_h_register(zyl_trans_h t, zyl_generic_ev_handler handler, uint2 event_id, void* param,
+                          uint2 before_update);
+ZYL_RET zyl_ev_h_unregister(zyl_trans_h t, zyl_generic_ev_handler handler, uint2 event_id);
 
 #endif

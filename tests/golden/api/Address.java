@@ -1,0 +1,7 @@
+package com.x;
+
+import com.tarnwell.quorabase.*;
+
+public class Address {
+}
+

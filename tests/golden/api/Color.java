@@ -1,0 +1,10 @@
+package com.x;
+
+import com.tarnwell.quorabase.*;
+
+public enum Color {
+	RED,
+	GREEN,
+	BLUE
+};
+
