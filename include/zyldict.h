@@ -53,6 +53,8 @@ extern "C" {
 #define ZYL_FT_AUTO_OID 18
 #define ZYL_FT_NCHARS 19 /* nchar<n> */
 #define ZYL_FT_NSTRING 20
+#define ZYL_FT_WCHARS 21 /* wide characters: no type of this version produces them */
+#define ZYL_FT_WSTRING 22
 #define ZYL_FT_BOOLEAN 23 /* one bit; arrays of it are bit arrays */
 #define ZYL_FT_DATETIME 24
 #define ZYL_FT_BINARY 25 /* binary<n> */

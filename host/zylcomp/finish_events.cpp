@@ -7,7 +7,7 @@
 #include "frontend/parser.h"
 #include "frontend/preprocessor.h"
 #include "host/zylcomp/analyzer.h"
-#include "host/zylcomp/typecode.h"
+#include "zyldict.h"
 
 void Analyzer::finishEvents() {
     int number = 0;
@@ -69,7 +69,7 @@ bool Analyzer::eventFieldIsBaseType(Event const& ev) const {
     Field const& f = *ev.m_field;
     if (f.m_isOptional || f.m_isVector)
         return false;
-    if (f.m_isArray && fieldTypeCode(f, true) != FTC_BIT && ev.m_kind != EV_CLASS_UPDATE)
+    if (f.m_isArray && f.dict_info(true).m_typeCode != ZYL_FT_BOOLEAN && ev.m_kind != EV_CLASS_UPDATE)
         return false;
     switch (f.m_struct->m_category) {
     case TC_SCALAR:

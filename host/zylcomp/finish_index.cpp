@@ -8,7 +8,7 @@
 #include "frontend/parser.h"
 #include "frontend/preprocessor.h"
 #include "host/zylcomp/analyzer.h"
-#include "host/zylcomp/typecode.h"
+#include "zyldict.h"
 
 namespace {
 
@@ -25,14 +25,14 @@ bool startsWith(mstring const& s, char const* prefix) {
 // 19 for their national forms, 21 for the wide ones; 0 for any other.
 int collationKind(int code) {
     switch (code) {
-    case FTC_CHARS:
-    case FTC_STRING:
+    case ZYL_FT_CHARS:
+    case ZYL_FT_STRING:
         return 7;
-    case FTC_NCHARS:
-    case FTC_NSTRING:
+    case ZYL_FT_NCHARS:
+    case ZYL_FT_NSTRING:
         return 19;
-    case FTC_WCHARS:
-    case FTC_WSTRING:
+    case ZYL_FT_WCHARS:
+    case ZYL_FT_WSTRING:
         return 21;
     default:
         return 0;
@@ -207,7 +207,7 @@ Index::Segment Analyzer::constructIndexSegment(mstring const& indexName, bool de
             error1("collation #1 not defined", collation);
             return seg;
         }
-        int kind = collationKind(fieldTypeCode(*f, false));
+        int kind = collationKind(f->dict_info(false).m_typeCode);
         if (kind == 0)
             error1("Wrong field type for collate #1", collation);
         // The first key that uses a collation fixes the kind of text it compares.
@@ -229,7 +229,7 @@ bool Analyzer::checkSegment(Class const& c, Index& idx, Index::Segment const& s,
     Field const* last = s.v_fldEl[static_cast<int>(s.v_fldEl.size()) - 1].m_field;
     mstring bitStep;  // a step that is a one-bit boolean
     for (unsigned i = 0; i < s.v_fldEl.size() && bitStep.empty(); i++)
-        if (fieldTypeCode(*s.v_fldEl[i].m_field, true) == FTC_BIT)
+        if (s.v_fldEl[i].m_field->dict_info(true).m_typeCode == ZYL_FT_BOOLEAN)
             bitStep = s.v_fldEl[i].m_name;
 
     switch (idx.m_type) {
@@ -246,8 +246,9 @@ bool Analyzer::checkSegment(Class const& c, Index& idx, Index::Segment const& s,
         // trigram on a nested field.
         if (s.v_fldEl.size() != 1)
             error2("[#1.#2] R-Tree can be defined only for single field.", c.m_name, idx.m_name);
-        int code = fieldTypeCode(*last, false);
-        if (s.m_isArray || !(code == FTC_CHARS || code == FTC_STRING || (code >= FTC_NCHARS && code <= FTC_WSTRING)))
+        int code = last->dict_info(false).m_typeCode;
+        if (s.m_isArray ||
+            !(code == ZYL_FT_CHARS || code == ZYL_FT_STRING || (code >= ZYL_FT_NCHARS && code <= ZYL_FT_WSTRING)))
             error2("[#1.#2] Trigram index can be defined only for character or string types.", c.m_name,
                    idx.m_name);
         break;
