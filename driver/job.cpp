@@ -73,6 +73,10 @@ unsigned Job::run() {
     // From here on the output is complete: a later failure must not remove it.
     reporter.setFinalCallback(nullptr);
 
+    filesRead = parser->pp().includedFiles();
+    filesRead.insert(0, inputFile);
+    filesWritten = gen->createdFiles();
+
     delete gen;
     delete analyzer;  // the schema lives inside the analyzer
     delete parser;

@@ -38,6 +38,11 @@ struct Job {
     bool prefixNames = false;
     bool relativeClassCodes = false;
     bool dllSpec = false;
+    // Set by run() once the compile is complete, for build tools that track
+    // dependencies: the files read (the schema, then every #include file in
+    // the order it was opened) and the files written, in the order opened.
+    mvector<mstring> filesRead;
+    mvector<mstring> filesWritten;
 
     unsigned run();
 

@@ -306,11 +306,13 @@ void PreProcessor::include(mstring const& arg) {
     }
     mstring name;
     name.set(a + 1, n - 2);
-    FILE* f = std::fopen(UT::makefnm(m_includeDir, name).c_str(), "r");
+    mstring path = UT::makefnm(m_includeDir, name);
+    FILE* f = std::fopen(path.c_str(), "r");
     if (f == nullptr) {
         error2("current directory is #1, cannot open include file #2", UT::currdir(), name, 0);
         return;
     }
+    v_included.push_back(path);
     v_files.push_back(m_file);
     v_fileNames.push_back(m_fileName);
     v_lines.push_back(m_line);

@@ -61,6 +61,9 @@ public:
     mstring const& fileName() const { return m_fileName; }
     int lineNo() const { return m_line; }
     IErrReporter* reporter() const { return m_reporter; }
+    // Every #include file opened so far, as the path it was opened by, in
+    // the order of opening; a file included twice stands here twice.
+    mvector<mstring> const& includedFiles() const { return v_included; }
 
 private:
     // One directive line; every directive gives an empty line.
@@ -83,4 +86,5 @@ private:
     mstring m_tempDir;
     Cond* m_last = nullptr;
     bool active = true;
+    mvector<mstring> v_included;
 };

@@ -33,7 +33,7 @@ const Flag kFlags[] = {
     {nullptr, "--dll-spec", &CliOptions::dllSpec, true},
 };
 
-enum ValueKind { OutputDir, IncludeDir, CsNamespace, JavaPackage, SizeofSize, Hide };
+enum ValueKind { OutputDir, IncludeDir, CsNamespace, JavaPackage, SizeofSize, Hide, DepFile };
 
 struct ValueOption {
     char const* shortName;
@@ -45,6 +45,7 @@ const ValueOption kValueOptions[] = {
     {"-o", "--output-dir", OutputDir},     {"-I", "--include-dir", IncludeDir},
     {nullptr, "--cs-namespace", CsNamespace}, {nullptr, "--java-package", JavaPackage},
     {nullptr, "--sizeof-size", SizeofSize},   {nullptr, "--hide", Hide},
+    {nullptr, "--depfile", DepFile},
 };
 
 bool is(char const* arg, char const* name) { return name != nullptr && std::strcmp(arg, name) == 0; }
@@ -62,6 +63,7 @@ bool setValue(CliOptions& o, ValueKind kind, std::string const& name, std::strin
     case CsNamespace: o.csNamespace = value; return true;
     case JavaPackage: o.javaPackage = value; return true;
     case Hide: o.hiddenClasses.push_back(value); return true;
+    case DepFile: o.depFile = value; return true;
     case SizeofSize: {
         char* end = nullptr;
         long n = std::strtol(value.c_str(), &end, 10);
@@ -159,6 +161,7 @@ char const* helpText() {
            "Output files:\n"
            "  -o, --output-dir DIR        write every generated file into DIR (default: current directory)\n"
            "  -I, --include-dir DIR       directory #include searches (default: the schema file's directory)\n"
+           "      --depfile FILE          write a make rule to FILE: outputs depend on the schema and its #includes\n"
            "\n"
            "Output languages:\n"
            "  -c, --compiled-functions    access functions as real functions in {db}.c, not inline in {db}.h\n"
@@ -192,8 +195,8 @@ char const* helpText() {
            "      --nonatomic             classes are nonatomic unless the schema says otherwise\n"
            "\n"
            "  -h, --help                  print this help and exit\n"
-           "  -V, --version               print the version and exit\n"
+           "  -V, --version               print the version and the dictionary format it writes, and exit\n"
            "\n"
            "Exit status: 0 after a complete compile, 255 after a schema error (no partial output is left),\n"
-           "2 for a wrong command line.\n";
+           "2 for a wrong command line, 1 when the dependency file cannot be written.\n";
 }

@@ -35,6 +35,7 @@ struct CliOptions {
     bool prefixNames = false;
     bool relativeClassCodes = false;
     bool dllSpec = false;
+    std::string depFile;  // empty: no dependency file
 };
 
 CliOptions parseOptions(int argc, char const* const* argv);

@@ -1,9 +1,24 @@
 // zylcomp: the command-line front end of the schema compiler.
 #include <cstdio>
+#include <string>
+#include <vector>
 
+#include "depfile.h"
 #include "driver/job.h"
 #include "foundation/ut.h"
 #include "options.h"
+#include "zyldict.h"
+
+namespace {
+
+std::vector<std::string> strings(mvector<mstring> const& v) {
+    std::vector<std::string> out;
+    for (unsigned i = 0; i < v.size(); i++)
+        out.push_back(v[i].c_str());
+    return out;
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
     CliOptions o = parseOptions(argc, argv);
@@ -15,7 +30,8 @@ int main(int argc, char** argv) {
         std::fputs(helpText(), stdout);
         return 0;
     case CliOptions::Version:
-        std::printf("zylcomp %s\ndictionary format 8.1 build 1800\n", ZYLCOMP_VERSION);
+        std::printf("zylcomp %s\ndictionary format %d.%d build %d\n", ZYLCOMP_VERSION, ZYL_DICT_VERSION_MAJOR,
+                    ZYL_DICT_VERSION_MINOR, ZYL_DICT_VERSION_BUILD);
         return 0;
     case CliOptions::Compile:
         break;
@@ -49,7 +65,15 @@ int main(int argc, char** argv) {
     for (std::string const& name : o.hiddenClasses)
         job.hiddenClasses.push_back(name.c_str());
 
+    // A failed compile ends the process inside run(): remove the rule of an
+    // earlier compile first, so that no stale one is left behind.
+    if (!o.depFile.empty())
+        std::remove(o.depFile.c_str());
     job.run();
+    if (!o.depFile.empty() && !writeDepfile(o.depFile, strings(job.filesWritten), strings(job.filesRead))) {
+        std::fprintf(stderr, "zylcomp: cannot write the dependency file '%s'\n", o.depFile.c_str());
+        return 1;
+    }
     UT::finishComp(true);
     return 0;
 }

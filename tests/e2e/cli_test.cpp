@@ -3,6 +3,11 @@
 
 #include <unistd.h>
 
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+
 #include "support/process.h"
 
 TEST(Cli, MissingSchemaFile) {
@@ -46,9 +51,38 @@ TEST(Cli, HelpAndVersion) {
                             "--java-package", "--cpp-runtime-header", "--xml-schema", "--xml-access",
                             "--json-access", "--keep-field-order", "--wide-offsets", "--dynamic-dict", "--compact",
                             "--persistent", "--nonatomic", "--sql-reserved-words", "--sizeof-size", "--hide CLASS",
-                            "--hide-all", "--prefix-names", "--relative-class-codes", "--dll-spec", "--version"})
+                            "--hide-all", "--prefix-names", "--relative-class-codes", "--dll-spec", "--depfile FILE",
+                            "--version"})
         EXPECT_NE(r.out.find(opt), std::string::npos) << opt;
     r = runProgram({cliPath(), "-V"});
     EXPECT_EQ(r.status, 0);
     EXPECT_NE(r.out.find("dictionary format 8.1 build 1800"), std::string::npos);
+}
+
+// --help gives each option one line of its own; the manual page and the
+// README describe every one of them.
+TEST(Cli, HelpManPageAndReadmeListTheSameOptions) {
+    ProcessResult r = runProgram({cliPath(), "--help"});
+    ASSERT_EQ(r.status, 0);
+    std::string const man = readFile(std::string(ZYLCOMP_TESTS_DIR) + "/../doc/zylcomp.1.in");
+    std::string const readme = readFile(std::string(ZYLCOMP_TESTS_DIR) + "/../README.md");
+    ASSERT_FALSE(man.empty());
+    ASSERT_FALSE(readme.empty());
+
+    std::regex const option("--[a-z][a-z-]*");
+    std::set<std::string> seen;
+    std::istringstream lines(r.out);
+    for (std::string line; std::getline(lines, line);) {
+        size_t first = line.find_first_not_of(' ');
+        if (first == std::string::npos || line[first] != '-')
+            continue;
+        std::smatch m;
+        ASSERT_TRUE(std::regex_search(line, m, option)) << line;
+        std::string name = m.str();
+        EXPECT_TRUE(seen.insert(name).second) << name << " has two lines";
+        EXPECT_NE(readme.find("`" + name), std::string::npos) << name << " is not in README.md";
+        std::string roff = std::regex_replace(name, std::regex("-"), "\\-");
+        EXPECT_NE(man.find(roff), std::string::npos) << name << " is not in doc/zylcomp.1.in";
+    }
+    EXPECT_GE(seen.size(), 28u);  // the regex found them all
 }

@@ -1,6 +1,9 @@
 // The compile job's own rules, apart from the pipeline it drives.
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 #include "driver/final_callback.h"
 #include "driver/job.h"
 #include "host/zylcomp/genoutput.h"
@@ -71,4 +74,31 @@ TEST(Job, FinalCallbackRemovesTheDatabaseFiles) {
     EXPECT_EQ(cb.files().size(), 6u);
     cb.execute();  // missing files are no fault
     EXPECT_EQ(dir.list(), std::vector<std::string>{"other.h"});
+}
+
+namespace {
+
+std::vector<std::string> strings(mvector<mstring> const& v) {
+    std::vector<std::string> out;
+    for (unsigned i = 0; i < v.size(); i++)
+        out.push_back(v[i].c_str());
+    return out;
+}
+
+}  // namespace
+
+// After a complete compile the job names what it read and what it wrote,
+// for the front end's dependency file.
+TEST(Job, RecordsTheFilesItReadAndWrote) {
+    TempDir dir;
+    std::string schema = dir.write("s.zyl", "declare database s;\n#include \"t.zyl\"\nclass C { T t; };\n");
+    dir.write("t.zyl", "#define T unsigned<4>\n");
+    Job job;
+    job.inputFile = schema.c_str();
+    job.outputDir = dir.path().c_str();
+    job.cppWrappers = true;
+    EXPECT_EQ(job.run(), 1u);
+    EXPECT_EQ(strings(job.filesRead), (std::vector<std::string>{schema, dir.file("t.zyl")}));
+    EXPECT_EQ(strings(job.filesWritten),
+              (std::vector<std::string>{dir.file("s.h"), dir.file("s.c"), dir.file("s.hpp")}));
 }

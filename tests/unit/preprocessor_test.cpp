@@ -450,6 +450,38 @@ TEST(PreProcessorIncludes, FoundThroughIncludeDirectory) {
     }
 }
 
+// Each include file opened is recorded by the path it was opened by, in the
+// order of opening, a file opened twice twice; a skipped #include opens
+// nothing, and the schema itself is not among them.
+TEST(PreProcessorIncludes, RecordsTheFilesItOpened) {
+    TempDir dir;
+    dir.write("main.zyl",
+              "#include \"a.zyl\"\n#ifdef NO\n#include \"skipped.zyl\"\n#endif\n#include \"a.zyl\"\nend\n");
+    dir.write("a.zyl", "#ifndef A\n#define A\n#include \"b.zyl\"\n#endif\n");
+    dir.write("b.zyl", "b\n");
+    Reading r(dir.path(), "main.zyl");
+    EXPECT_EQ(r.pp().includedFiles().size(), 0u);
+    Tokens t = readTokens(r);
+    ASSERT_FALSE(t.report.raised) << t.report.message;
+    EXPECT_EQ(t.joined(), "b end");
+    std::vector<std::string> opened;
+    for (unsigned i = 0; i < r.pp().includedFiles().size(); i++)
+        opened.push_back(r.pp().includedFiles()[i].c_str());
+    EXPECT_EQ(opened, (std::vector<std::string>{dir.file("a.zyl"), dir.file("b.zyl"), dir.file("a.zyl")}));
+}
+
+// A missing include file is not recorded.
+TEST(PreProcessorIncludes, RecordsNoFileThatDidNotOpen) {
+    TempDir dir;
+    dir.write("main.zyl", "#include \"a.zyl\"\n#include \"nope.zyl\"\n");
+    dir.write("a.zyl", "a\n");
+    Reading r(dir.path(), "main.zyl");
+    Tokens t = readTokens(r);
+    ASSERT_TRUE(t.report.raised);
+    ASSERT_EQ(r.pp().includedFiles().size(), 1u);
+    EXPECT_EQ(r.pp().includedFiles()[0], dir.file("a.zyl").c_str());
+}
+
 // A chain main -> f1 -> f2 -> ... : an #include is refused once more than
 // 100 files are below the current one. f101 is the last file that opens.
 TEST(PreProcessorIncludes, NestingLimit) {

@@ -1,0 +1,129 @@
+// --depfile: the make rule that a complete compile leaves for build tools,
+// run through the command line as a build tool runs it.
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+#include <string>
+#include <vector>
+
+#include "support/process.h"
+
+namespace {
+
+void makeDirs(TempDir const& dir, std::vector<std::string> const& names) {
+    for (std::string const& name : names)
+        ASSERT_EQ(mkdir(dir.file(name).c_str(), 0755), 0) << name;
+}
+
+bool exists(std::string const& path) {
+    struct stat st;
+    return stat(path.c_str(), &st) == 0;
+}
+
+}  // namespace
+
+// Includes nested two deep, one in a subdirectory, one opened twice behind
+// a guard: each file is named once, in the order first opened, by the path
+// it was opened by (relative here, as the command line gave it). Every
+// included file also gets an empty rule.
+TEST(Depfile, NestedIncludes) {
+    TempDir dir;
+    makeDirs(dir, {"schema", "schema/parts", "out"});
+    dir.write("schema/main.zyl",
+              "declare database m;\n#include \"types.zyl\"\n#include \"types.zyl\"\nclass C { Size n; Point p; };\n");
+    dir.write("schema/types.zyl", "#ifndef TYPES\n#define TYPES\n#include \"parts/point.zyl\"\n#endif\n");
+    dir.write("schema/parts/point.zyl", "#define Size unsigned<4>\nstruct Point { Size x; Size y; };\n");
+    ProcessResult r = runProgram({cliPath(), "-o", "out", "--depfile=out/m.d", "schema/main.zyl"}, dir.path());
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(readFile(dir.file("out/m.d")),
+              "out/m.h out/m.c: \\\n"
+              "  schema/main.zyl \\\n"
+              "  schema/types.zyl \\\n"
+              "  schema/parts/point.zyl\n"
+              "\n"
+              "schema/types.zyl:\n"
+              "\n"
+              "schema/parts/point.zyl:\n");
+}
+
+// The targets are every file the compile wrote, in the order it opened
+// them; a schema without includes has the rule alone. Without --depfile
+// no rule is written at all.
+TEST(Depfile, TargetsAreTheFilesWritten) {
+    TempDir dir;
+    makeDirs(dir, {"out", "plain"});
+    dir.write("m.zyl", "declare database m;\nenum Color { RED, GREEN };\nclass Item { unsigned<4> n; Color c; };\n");
+    ProcessResult r = runProgram({cliPath(), "--cpp", "--cs", "--xml-schema", "-o", "out", "--depfile", "out/m.d", "m.zyl"},
+                                 dir.path());
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(readFile(dir.file("out/m.d")), "out/m.h out/m.c out/m.hpp out/m.cs out/m.xml: \\\n  m.zyl\n");
+
+    // Java writes one file per type besides {db}.java; all of them are named.
+    r = runProgram({cliPath(), "--java", "-o", "out", "--depfile", "out/m.d", "m.zyl"}, dir.path());
+    ASSERT_EQ(r.status, 0) << r.err;
+    std::string rule = readFile(dir.file("out/m.d"));
+    std::string targets = rule.substr(0, rule.find(':'));
+    EXPECT_EQ(targets, "out/m.h out/m.c out/m.java out/Color.java");
+
+    r = runProgram({cliPath(), "-o", "plain", "m.zyl"}, dir.path());
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_TRUE(exists(dir.file("plain/m.c")));
+    EXPECT_FALSE(exists(dir.file("plain/m.d")));
+}
+
+// Blanks, '#' and '$' in paths are written as make reads them.
+TEST(Depfile, PathsAreEscaped) {
+    TempDir dir;
+    makeDirs(dir, {"my schemas", "out dir"});
+    dir.write("my schemas/e.zyl", "declare database e;\n#include \"cost$#1.zyl\"\nclass C { unsigned<4> n; };\n");
+    dir.write("my schemas/cost$#1.zyl", "\n");
+    ProcessResult r =
+        runProgram({cliPath(), "-o", "out dir", "--depfile", "out dir/e.d", "my schemas/e.zyl"}, dir.path());
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(readFile(dir.file("out dir/e.d")),
+              "out\\ dir/e.h out\\ dir/e.c: \\\n"
+              "  my\\ schemas/e.zyl \\\n"
+              "  my\\ schemas/cost$$\\#1.zyl\n"
+              "\n"
+              "my\\ schemas/cost$$\\#1.zyl:\n");
+}
+
+// A failed compile writes no rule, and removes the one of an earlier
+// compile, whether the failure comes after an include, before the database
+// name is known, or at the opening of the schema.
+TEST(Depfile, NoneAfterAFailedCompile) {
+    struct {
+        char const* name;
+        char const* schema;  // null: no schema file at all
+    } const cases[] = {
+        {"after_include", "declare database s;\n#include \"t.zyl\"\nclass C { NoSuchType x; };\n"},
+        {"before_name", "#include \"t.zyl\"\nnonsense\n"},
+        {"missing_schema", nullptr},
+    };
+    for (auto const& c : cases) {
+        TempDir dir;
+        makeDirs(dir, {"out"});
+        dir.write("t.zyl", "#define T 1\n");
+        if (c.schema != nullptr)
+            dir.write("s.zyl", c.schema);
+        dir.write("out/s.d", "out/s.h out/s.c: s.zyl\n");
+        ProcessResult r = runProgram({cliPath(), "-o", "out", "--depfile", "out/s.d", "s.zyl"}, dir.path());
+        EXPECT_EQ(r.status, 255) << c.name;
+        EXPECT_NE(r.out.find("Error executing DDL compiler"), std::string::npos) << c.name;
+        EXPECT_FALSE(exists(dir.file("out/s.d"))) << c.name;
+        EXPECT_FALSE(exists(dir.file("out/s.c"))) << c.name;
+    }
+}
+
+// A rule that cannot be written fails the command with its own status, so
+// that a build tool runs it again; the generated files stay.
+TEST(Depfile, UnwritableFile) {
+    TempDir dir;
+    dir.write("s.zyl", "declare database s;\nclass C { unsigned<4> n; };\n");
+    ProcessResult r = runProgram({cliPath(), "--depfile", "no/such/dir/s.d", "s.zyl"}, dir.path());
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.err, "zylcomp: cannot write the dependency file 'no/such/dir/s.d'\n");
+    EXPECT_EQ(r.out.find("Compiled successfully"), std::string::npos);
+    EXPECT_EQ(dir.list(), (std::vector<std::string>{"s.c", "s.h", "s.zyl"}));
+}
