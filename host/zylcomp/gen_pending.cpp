@@ -9,8 +9,6 @@ void GenOutput::outputCollation() {}
 void GenOutput::output(Struct&, Class*) {}
 // The search functions of an index come with the index API.
 void GenOutput::outputIndex(Class&, Index&) {}
-// The C type of a direct struct comes with fixed and direct access.
-void GenOutput::direct_struct_output(Struct&, mstring const&) {}
 // The fixed-part types and their copy functions come with fixed and direct access.
 void GenOutput::genFixedStruct(Struct&) {}
 void GenOutput::outputFixed(Struct&) {}

@@ -139,14 +139,16 @@ protected:
     void outputEvents(Class& c);
     void outputObjid();
 
+    // Fixed and direct access (gen_fixed.cpp).
+    // The C type of a direct struct, "{s}_d{suffix}".
+    void direct_struct_output(Struct& s, mstring const& suffix);
+
     // Sections that later work fills in; gen_pending.cpp holds them empty
     // until then.
     // The field API of a struct, or of a class when `c` is the class itself.
     void output(Struct& s, Class* c);
     // The search API of one index and its nested C++ class.
     void outputIndex(Class& c, Index& idx);
-    // The C type of a direct struct, "{s}_d{suffix}".
-    void direct_struct_output(Struct& s, mstring const& suffix);
     // The C type of the fixed-size part of a struct or class, and its copy functions.
     void genFixedStruct(Struct& s);
     void outputFixed(Struct& s);
