@@ -91,6 +91,15 @@ ZYL_TARGET_INLINE ZYL_RET      Counter_checkpoint                      ( Counter
 }
 
 
+ZYL_TARGET_INLINE ZYL_RET      Counter_value_get                       ( Counter *handle, /*OUT*/ uint4 * result)
+{ return zyl_w_b4_get( (zyl_objhandle_h) handle, 0, 1,result);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_value_put                       ( Counter *handle, uint4 value )
+{ return zyl_w_b4_put_ev( (zyl_objhandle_h) handle, 0, 1, 0, (uint4) value, 2);
+}
+
+
 ZYL_TARGET_INLINE ZYL_RET      Counter_from_cursor                     ( zyl_trans_h t, zyl_cursor_h c, /*OUT*/ Counter *handle )
 { return zyl_w_obj_from_cursor( t, c, 1, (zyl_objhandle_h)handle ); 
 }

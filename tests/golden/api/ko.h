@@ -89,6 +89,13 @@ ZYL_RET      Doc_oid_find             ( zyl_trans_h t, const ko_oid *id, /*OUT*/
 ZYL_RET      Doc_oid_get              ( Doc *handle, /*OUT*/ ko_oid *id );
 ZYL_RET      Doc_pack                 ( Doc *handle, /*OUT*/ uint4 * pages_released );
 
+ZYL_RET      Doc_n_get                ( Doc *handle, /*OUT*/ uint4 * result);
+ZYL_RET      Doc_n_put                ( Doc *handle, uint4 value );
+
+ZYL_RET      Doc_title_get            ( Doc *handle, /*OUT*/ char * dest, uint2 dest_size, /*OUT*/ uint2 * len);
+ZYL_RET      Doc_title_size           ( Doc *handle, /*OUT*/ uint2 *result);
+ZYL_RET      Doc_title_put            ( Doc *handle, const char * src, uint2 len);
+
 ZYL_RET      Doc_from_cursor          ( zyl_trans_h t, zyl_cursor_h c, /*OUT*/ Doc *handle );
 
 /*---------------------------------------------------------------------*/
@@ -98,6 +105,9 @@ ZYL_RET      Tmp_new                         ( zyl_trans_h t, /*OUT*/ Tmp *handl
 ZYL_RET      Tmp_delete                      ( Tmp *handle );
 ZYL_RET      Tmp_delete_all                  ( zyl_trans_h t );
 ZYL_RET      Tmp_checkpoint                  ( Tmp *handle );
+
+ZYL_RET      Tmp_k_get                       ( Tmp *handle, /*OUT*/ uint2 * result);
+ZYL_RET      Tmp_k_put                       ( Tmp *handle, uint2 value );
 
 ZYL_RET      Tmp_from_cursor                 ( zyl_trans_h t, zyl_cursor_h c, /*OUT*/ Tmp *handle );
 ZYL_RET      Tmp_list_cursor                 ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c );

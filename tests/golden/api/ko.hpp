@@ -41,6 +41,11 @@ class Doc : public ZylBase_
   ZYL_RET checkpoint();
   ZYL_RET oid_find( zyl_trans_h t, const ko_oid *id );
   ZYL_RET oid_get( ko_oid *id);
+  ZYL_RET n_get( uint4 & result );
+  ZYL_RET n_put( uint4 value );
+  ZYL_RET title_get( char * dest, uint2 dest_size, uint2 & len);
+  ZYL_RET title_size(uint2 &result);
+  ZYL_RET title_put(const char * src, uint2 len);
   ZYL_RET from_cursor( zyl_trans_h t, zyl_cursor_h c );
 };
 
@@ -52,6 +57,8 @@ class Tmp : public ZylBase_
   ZYL_RET remove();
   ZYL_RET remove_all( zyl_trans_h t );
   ZYL_RET checkpoint();
+  ZYL_RET k_get( uint2 & result );
+  ZYL_RET k_put( uint2 value );
   ZYL_RET from_cursor( zyl_trans_h t, zyl_cursor_h c );
   static ZYL_RET list_cursor( zyl_trans_h t, /*OUT*/ zyl_cursor_h c );
 };
@@ -88,6 +95,26 @@ inline  ZYL_RET Doc::oid_get( ko_oid *id)
 { ZYL_RET ret_=ko::Doc_oid_get(this,id); return ret_; 
 }
 
+inline  ZYL_RET Doc::n_get( uint4 & result )
+{ ZYL_RET ret_ = ko::Doc_n_get(this, &result); return ret_; 
+}
+
+inline  ZYL_RET Doc::n_put( uint4 value )
+{ ZYL_RET ret_ = ko::Doc_n_put(this, value); return ret_; 
+}
+
+inline  ZYL_RET Doc::title_get( char * dest, uint2 dest_size, uint2 & len)
+{ ZYL_RET ret_ = ko::Doc_title_get(this, dest, dest_size, &len); return ret_; 
+}
+
+inline  ZYL_RET Doc::title_size(uint2 &result)
+{ ZYL_RET ret_ = ko::Doc_title_size(this, &result); return ret_; 
+}
+
+inline  ZYL_RET Doc::title_put(const char * src, uint2 len)
+{ ZYL_RET ret_ = ko::Doc_title_put(this, src, len); return ret_; 
+}
+
 inline  ZYL_RET Doc::from_cursor( zyl_trans_h t, zyl_cursor_h c )
 { ZYL_RET ret_ = ko::Doc_from_cursor(t,c,this); set_valid(ret_==ZYL_S_OK); return ret_; 
 }
@@ -106,6 +133,14 @@ inline  ZYL_RET Tmp::remove_all( zyl_trans_h t )
 
 inline  ZYL_RET Tmp::checkpoint()
 { ZYL_RET ret_=ko::Tmp_checkpoint(this); return ret_;
+}
+
+inline  ZYL_RET Tmp::k_get( uint2 & result )
+{ ZYL_RET ret_ = ko::Tmp_k_get(this, &result); return ret_; 
+}
+
+inline  ZYL_RET Tmp::k_put( uint2 value )
+{ ZYL_RET ret_ = ko::Tmp_k_put(this, value); return ret_; 
 }
 
 inline  ZYL_RET Tmp::from_cursor( zyl_trans_h t, zyl_cursor_h c )
