@@ -5,8 +5,6 @@ void GenOutput::outputCalculator() {}
 void GenOutput::outputUserdef() {}
 void GenOutput::outputCollation() {}
 
-// The search functions of an index come with the index API.
-void GenOutput::outputIndex(Class&, Index&) {}
 // Fields the field API hands on come with the vector and array section and
 // with the optional, spatial, blob and sequence section.
 void GenOutput::output_optional_field(Struct&, Class*, Field&) {}

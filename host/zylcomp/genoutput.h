@@ -174,10 +174,12 @@ protected:
     // The C type of a direct struct, "{s}_d{suffix}".
     void direct_struct_output(Struct& s, mstring const& suffix);
 
+    // Index API (gen_index.cpp): the search functions of one index and
+    // its nested C++ class.
+    void outputIndex(Class& c, Index& idx);
+
     // Sections that later work fills in; gen_pending.cpp holds them empty
     // until then.
-    // The search API of one index and its nested C++ class.
-    void outputIndex(Class& c, Index& idx);
     // Fields of the kinds the field API hands on.
     void output_optional_field(Struct& s, Class* c, Field& f);
     void output_vector_field(Struct& s, Class* c, Field& f);

@@ -108,6 +108,14 @@ ZYL_TARGET_INLINE ZYL_RET      Counter_list_cursor                     ( zyl_tra
 { return zyl_w_list_cursor( t, 1, c );
 }
 
+ZYL_TARGET_INLINE ZYL_RET      Counter_list_index__index_cursor        ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )
+{ return zyl_w_index_cursor( t, 0, c );
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_list_index__locate              ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c, Counter * handle)
+{ return zyl_w_cursor_locate( t, 0, (zyl_objhandle_h)handle, c);
+}
+
 
 /*---------------------------------------------------------------------*/
 /* class Counter events                                                */

@@ -111,6 +111,8 @@ ZYL_RET      Tmp_k_put                       ( Tmp *handle, uint2 value );
 
 ZYL_RET      Tmp_from_cursor                 ( zyl_trans_h t, zyl_cursor_h c, /*OUT*/ Tmp *handle );
 ZYL_RET      Tmp_list_cursor                 ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c );
+ZYL_RET      Tmp_list_index__index_cursor    ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c );
+ZYL_RET      Tmp_list_index__locate          ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c, Tmp * handle);
 
 #ifdef __cplusplus
 #ifdef ZYL_CPP_INTERFACE

@@ -61,6 +61,12 @@ class Tmp : public ZylBase_
   ZYL_RET k_put( uint2 value );
   ZYL_RET from_cursor( zyl_trans_h t, zyl_cursor_h c );
   static ZYL_RET list_cursor( zyl_trans_h t, /*OUT*/ zyl_cursor_h c );
+
+  class list_index_ // L2-List
+  { public: 
+    static ZYL_RET cursor( zyl_trans_h t, /*OUT*/ zyl_cursor_h c );
+    static ZYL_RET locate( zyl_trans_h t, /*OUT*/ zyl_cursor_h c, Tmp * handle);
+  }; // list_index_
 };
 
 inline  ZYL_RET Doc::create( zyl_trans_h t, const ko_oid *id )
@@ -149,6 +155,14 @@ inline  ZYL_RET Tmp::from_cursor( zyl_trans_h t, zyl_cursor_h c )
 
 inline  ZYL_RET Tmp::list_cursor( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )
 { return ko::Tmp_list_cursor(t,c); 
+}
+
+inline  ZYL_RET Tmp::list_index_::cursor( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )
+{ return ko::Tmp_list_index__index_cursor(t, c); 
+}
+
+inline  ZYL_RET Tmp::list_index_::locate( zyl_trans_h t, /*OUT*/ zyl_cursor_h c, Tmp * handle)
+{ return ko::Tmp_list_index__locate(t, c, handle); 
 }
 
 
