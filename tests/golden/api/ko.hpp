@@ -46,6 +46,10 @@ class Doc : public ZylBase_
   ZYL_RET title_get( char * dest, uint2 dest_size, uint2 & len);
   ZYL_RET title_size(uint2 &result);
   ZYL_RET title_put(const char * src, uint2 len);
+  ZYL_RET rank_get( int2 & result );
+  ZYL_RET rank_put( int2 value );
+  ZYL_RET rank_indicator_get( uint1 & result );
+  ZYL_RET rank_indicator_put( uint1 value );
   ZYL_RET from_cursor( zyl_trans_h t, zyl_cursor_h c );
 };
 
@@ -119,6 +123,22 @@ inline  ZYL_RET Doc::title_size(uint2 &result)
 
 inline  ZYL_RET Doc::title_put(const char * src, uint2 len)
 { ZYL_RET ret_ = ko::Doc_title_put(this, src, len); return ret_; 
+}
+
+inline  ZYL_RET Doc::rank_get( int2 & result )
+{ ZYL_RET ret_ = ko::Doc_rank_get(this, &result); return ret_; 
+}
+
+inline  ZYL_RET Doc::rank_put( int2 value )
+{ ZYL_RET ret_ = ko::Doc_rank_put(this, value); return ret_; 
+}
+
+inline  ZYL_RET Doc::rank_indicator_get( uint1 & result )
+{ ZYL_RET ret_ = ko::Doc_rank_indicator_get(this, &result); return ret_; 
+}
+
+inline  ZYL_RET Doc::rank_indicator_put( uint1 value )
+{ ZYL_RET ret_ = ko::Doc_rank_indicator_put(this, value); return ret_; 
 }
 
 inline  ZYL_RET Doc::from_cursor( zyl_trans_h t, zyl_cursor_h c )
