@@ -35,6 +35,9 @@ struct CliOptions {
     bool prefixNames = false;
     bool relativeClassCodes = false;
     bool dllSpec = false;
+    // Compile through the run-time entry and print the dictionary as JSON
+    // instead of writing files.
+    bool dumpDictionary = false;
 };
 
 CliOptions parseOptions(int argc, char const* const* argv);
