@@ -68,7 +68,8 @@ typedef struct zyl_dict_load_params_t {
    in *dict. No exception leaves this function and it never ends the
    process, except when memory is exhausted. It writes no files. All memory
    of the dictionary comes from zyl_sys_malloc and zyl_sys_calloc and belongs
-   to the caller, also what a refused call had allocated already. */
+   to the caller, also what a refused call had allocated already. The
+   compiler is single-threaded: one call at a time in a process. */
 int zyl_db_load_dictionary(const char* schema, const zyl_dict_load_params_t* params, zyl_dictionary_t** dict,
                            size_t* dictSize, char* dbName, size_t* dbNameSize, zyl_dict_error_callback_t callback,
                            void* context);

@@ -46,7 +46,8 @@ TEST(Cli, HelpAndVersion) {
                             "--java-package", "--cpp-runtime-header", "--xml-schema", "--xml-access",
                             "--json-access", "--keep-field-order", "--wide-offsets", "--dynamic-dict", "--compact",
                             "--persistent", "--nonatomic", "--sql-reserved-words", "--sizeof-size", "--hide CLASS",
-                            "--hide-all", "--prefix-names", "--relative-class-codes", "--dll-spec", "--version"})
+                            "--hide-all", "--prefix-names", "--relative-class-codes", "--dll-spec", "--dump-dictionary",
+                            "--version"})
         EXPECT_NE(r.out.find(opt), std::string::npos) << opt;
     r = runProgram({cliPath(), "-V"});
     EXPECT_EQ(r.status, 0);

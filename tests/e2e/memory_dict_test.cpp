@@ -342,6 +342,9 @@ TEST(MemoryDict, DirectoriesIncludedFilesAndNoFilesWritten) {
     ASSERT_EQ(bad.reports.size(), 1u);
     EXPECT_EQ(bad.reports[0].file, "bad.zyl");
     EXPECT_EQ(batchText(bad.reports[0]), runProgram({cliPath(), "s.zyl"}, dir.path()).err);
+    ProcessResult dump = runProgram({cliPath(), "--dump-dictionary", "s.zyl"}, dir.path());
+    EXPECT_EQ(dump.err, "bad.zyl:3:0: error: illegal size: allowed sizes are 1,2,4,8\n");
+    EXPECT_EQ(dump.status, 1);
 
     ProcessResult r = runInChild([&dir] {
         if (chdir(dir.path().c_str()) != 0)
