@@ -7,7 +7,22 @@
 #include "foundation/mvector.h"
 #include "foundation/ut.h"
 
+namespace {
+
+IErrReporter::PanicHandler panicHandler = nullptr;
+
+}  // namespace
+
+IErrReporter::PanicHandler IErrReporter::setPanicHandler(PanicHandler handler) {
+    PanicHandler previous = panicHandler;
+    panicHandler = handler;
+    return previous;
+}
+
 void IErrReporter::panic(mstring const& msg, bool userError) {
+    // Out of memory there is no safe way to go on, whoever asked.
+    if (panicHandler != nullptr && std::strncmp(msg.c_str(), "insufficient memory", 19) != 0)
+        panicHandler(msg, userError);
     std::fflush(stdout);
     std::fprintf(stderr, "%s: %s\n", userError ? "error" : "internal error", msg.c_str());
     std::exit(-1);

@@ -2,6 +2,11 @@
 #ifndef ZYLCOMP_H
 #define ZYLCOMP_H
 
+#include <stddef.h>
+#include <stdio.h>
+
+#include "zyldict.h"
+
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -18,8 +23,85 @@ extern const char* ZYL_MESSAGES[];
 /* The path separator put between a directory and a file name. */
 extern const char* OS_SEP;
 
+/* The switches of a compile from memory. Each int is a flag, true when not
+   0, except spareSize. A null text means "." for the two directories and
+   nothing for the other two. The output switches are accepted and change
+   nothing, since this entry writes no files. */
+typedef struct zyl_dict_load_params_t {
+    int compiledFunctions;
+    int keepFieldOrder;  /* declared field order; 8-byte scalars aligned to 8 */
+    int xmlSchema;
+    int cppWrappers;
+    int csharpOutput;
+    int javaOutput;
+    int cppRuntimeHeader;
+    const char* outputDir;
+    const char* csharpNamespace;
+    const char* javaPackage;
+    int dynamicDictTables;
+    int xmlAccess;
+    int jsonAccess;
+    int sqlReservedWords; /* SQL's reserved words are refused as names too */
+    int wideOffsets;      /* 8-byte offsets; 8-byte scalars aligned to 8 */
+    int spareSize;
+    int prefixNames;      /* names take "{db}_" in front */
+    const char* includeDir; /* where #include looks */
+    int compactDefault;   /* classes are compact unless they say otherwise */
+    int persistentDefault;
+    int transientUnused;
+    int hideAllClasses;
+    int atomicDefault;    /* 0 makes classes nonatomic unless they say otherwise */
+} zyl_dict_load_params_t;
+
+/* Return codes of zyl_db_load_dictionary. */
+#define ZYL_DICT_LOAD_OK 0
+#define ZYL_DICT_LOAD_NO_TEMP_FILE 71
+#define ZYL_DICT_LOAD_REFUSED 1005
+
+/* Compiles the schema text `schema` into a dictionary in memory.
+   On 0, *dict is the new dictionary and *dictSize its record size; dbName
+   receives the database name with its NUL when it fits with room to spare
+   (*dbNameSize must be larger than that), and *dbNameSize the bytes written,
+   or 0. Every report goes to `callback` (which may be null) with `context`.
+   Returns 71 when no temporary file could be made and 1005 when the schema
+   was refused or the compiler met an internal fault: then nothing is stored
+   in *dict. No exception leaves this function and it never ends the
+   process, except when memory is exhausted. It writes no files. All memory
+   of the dictionary comes from zyl_sys_malloc and zyl_sys_calloc and belongs
+   to the caller, also what a refused call had allocated already. The
+   compiler is single-threaded: one call at a time in a process. */
+int zyl_db_load_dictionary(const char* schema, const zyl_dict_load_params_t* params, zyl_dictionary_t** dict,
+                           size_t* dictSize, char* dbName, size_t* dbNameSize, zyl_dict_error_callback_t callback,
+                           void* context);
+
+/* The allocators of all dictionary memory. The database runtime defines
+   them; this library has defaults (malloc and a zero-filling calloc) that
+   a runtime loaded beside it replaces. */
+void* zyl_sys_malloc(size_t size);
+void* zyl_sys_calloc(size_t count, size_t size);
+
+/* Writes `dict` to `out` as one JSON object keyed by the member names of
+   zyl_dictionary_t, with every table in place of its pointer. Returns 0, or
+   -1 when writing failed. */
+int zyl_dict_write_json(const zyl_dictionary_t* dict, FILE* out);
+
 #ifdef __cplusplus
 }
+#endif
+
+/* The parameter record is shared with the runtime: hold it in place. */
+#if UINTPTR_MAX == 0xFFFFFFFFFFFFFFFFu
+ZYL_DICT_CHECK(offsetof(zyl_dict_load_params_t, cppRuntimeHeader) == 24, "cppRuntimeHeader at 24");
+ZYL_DICT_CHECK(offsetof(zyl_dict_load_params_t, outputDir) == 32, "outputDir at 32");
+ZYL_DICT_CHECK(offsetof(zyl_dict_load_params_t, csharpNamespace) == 40, "csharpNamespace at 40");
+ZYL_DICT_CHECK(offsetof(zyl_dict_load_params_t, javaPackage) == 48, "javaPackage at 48");
+ZYL_DICT_CHECK(offsetof(zyl_dict_load_params_t, dynamicDictTables) == 56, "dynamicDictTables at 56");
+ZYL_DICT_CHECK(offsetof(zyl_dict_load_params_t, wideOffsets) == 72, "wideOffsets at 72");
+ZYL_DICT_CHECK(offsetof(zyl_dict_load_params_t, prefixNames) == 80, "prefixNames at 80");
+ZYL_DICT_CHECK(offsetof(zyl_dict_load_params_t, includeDir) == 88, "includeDir at 88");
+ZYL_DICT_CHECK(offsetof(zyl_dict_load_params_t, compactDefault) == 96, "compactDefault at 96");
+ZYL_DICT_CHECK(offsetof(zyl_dict_load_params_t, hideAllClasses) == 108, "hideAllClasses at 108");
+ZYL_DICT_CHECK(offsetof(zyl_dict_load_params_t, atomicDefault) == 112, "atomicDefault at 112");
 #endif
 
 #endif

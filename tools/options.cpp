@@ -31,6 +31,7 @@ const Flag kFlags[] = {
     {nullptr, "--prefix-names", &CliOptions::prefixNames, true},
     {nullptr, "--relative-class-codes", &CliOptions::relativeClassCodes, true},
     {nullptr, "--dll-spec", &CliOptions::dllSpec, true},
+    {nullptr, "--dump-dictionary", &CliOptions::dumpDictionary, true},
 };
 
 enum ValueKind { OutputDir, IncludeDir, CsNamespace, JavaPackage, SizeofSize, Hide, DepFile };
@@ -180,6 +181,8 @@ char const* helpText() {
            "      --wide-offsets          8-byte offsets (bigger blob and sequence fields)\n"
            "      --dynamic-dict          fill the dictionary tables by code instead of static initialisers\n"
            "      --sizeof-size N         size in bytes of the target's size type (default 8)\n"
+           "      --dump-dictionary       write no files: build the dictionary in memory, as an application\n"
+           "                              loading the schema at run time would, and print it as JSON\n"
            "\n"
            "Naming:\n"
            "      --prefix-names          prefix generated names with the database name\n"
@@ -198,5 +201,6 @@ char const* helpText() {
            "  -V, --version               print the version and the dictionary format it writes, and exit\n"
            "\n"
            "Exit status: 0 after a complete compile, 255 after a schema error (no partial output is left),\n"
-           "2 for a wrong command line, 1 when the dependency file cannot be written.\n";
+           "2 for a wrong command line, 1 when the dependency file cannot be written. With --dump-dictionary\n"
+           "a refused schema exits 1, and its message goes to standard error as FILE:LINE:COLUMN: error: MESSAGE.\n";
 }

@@ -36,6 +36,9 @@ struct CliOptions {
     bool relativeClassCodes = false;
     bool dllSpec = false;
     std::string depFile;  // empty: no dependency file
+    // Compile through the run-time entry and print the dictionary as JSON
+    // instead of writing files.
+    bool dumpDictionary = false;
 };
 
 CliOptions parseOptions(int argc, char const* const* argv);

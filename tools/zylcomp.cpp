@@ -8,6 +8,7 @@
 #include "foundation/ut.h"
 #include "options.h"
 #include "zyldict.h"
+#include "zylcomp.h"
 
 namespace {
 
@@ -16,6 +17,65 @@ std::vector<std::string> strings(mvector<mstring> const& v) {
     for (unsigned i = 0; i < v.size(); i++)
         out.push_back(v[i].c_str());
     return out;
+}
+
+// Each report as the run-time entry hands it over.
+void printReport(int type, char const* message, char const* file, int line, int pos, void*) {
+    std::fprintf(stderr, "%s:%d:%d: %s: %s\n", file, line, pos, type == 1 ? "error" : "warning", message);
+}
+
+// The schema through the run-time entry, as an application would load it:
+// the dictionary as JSON on standard output, and no file written.
+int dumpDictionary(CliOptions const& o) {
+    std::string text;
+    FILE* f = std::fopen(o.schemaFile.c_str(), "rb");
+    if (f == nullptr) {
+        std::fprintf(stderr, "zylcomp: cannot open '%s'\n", o.schemaFile.c_str());
+        return 1;
+    }
+    char buf[4096];
+    for (size_t n; (n = std::fread(buf, 1, sizeof buf, f)) > 0;)
+        text.append(buf, n);
+    std::fclose(f);
+
+    // As in a batch compile, #include looks beside the schema by default.
+    std::string const includeDir =
+        o.includeDir.empty() ? Job::deriveIncludeDir(o.schemaFile.c_str()).c_str() : o.includeDir;
+    zyl_dict_load_params_t p = {};
+    p.compiledFunctions = o.compiledFunctions;
+    p.keepFieldOrder = o.keepFieldOrder;
+    p.xmlSchema = o.xmlSchema;
+    p.cppWrappers = o.cpp;
+    p.csharpOutput = o.cs;
+    p.javaOutput = o.java;
+    p.cppRuntimeHeader = o.cppRuntimeHeader;
+    p.outputDir = o.outputDir.empty() ? nullptr : o.outputDir.c_str();
+    p.csharpNamespace = o.csNamespace.c_str();
+    p.javaPackage = o.javaPackage.c_str();
+    p.dynamicDictTables = o.dynamicDict;
+    p.xmlAccess = o.xmlAccess;
+    p.jsonAccess = o.jsonAccess;
+    p.sqlReservedWords = o.sqlReservedWords;
+    p.wideOffsets = o.wideOffsets;
+    p.prefixNames = o.prefixNames;
+    p.includeDir = includeDir.c_str();
+    p.compactDefault = o.compact;
+    p.persistentDefault = o.persistent;
+    p.atomicDefault = o.atomic;
+    for (std::string const& name : o.hiddenClasses)
+        if (name.empty())
+            p.hideAllClasses = 1;
+
+    zyl_dictionary_t* dict = nullptr;
+    size_t dictSize = 0;
+    char dbName[256];
+    size_t dbNameSize = sizeof dbName;
+    int rc = zyl_db_load_dictionary(text.c_str(), &p, &dict, &dictSize, dbName, &dbNameSize, printReport, nullptr);
+    if (rc == ZYL_DICT_LOAD_NO_TEMP_FILE)
+        std::fprintf(stderr, "zylcomp: no temporary file for the schema text\n");
+    if (rc != ZYL_DICT_LOAD_OK)
+        return 1;
+    return zyl_dict_write_json(dict, stdout) == 0 ? 0 : 1;
 }
 
 }  // namespace
@@ -36,6 +96,8 @@ int main(int argc, char** argv) {
     case CliOptions::Compile:
         break;
     }
+    if (o.dumpDictionary)
+        return dumpDictionary(o);
 
     Job job;
     job.inputFile = o.schemaFile.c_str();

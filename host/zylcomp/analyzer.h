@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 #include "foundation/mstring.h"
 #include "foundation/mvector.h"
@@ -136,11 +137,11 @@ private:
 };
 
 // Calls `visit` on every element of `set` as a T, in the set's order, while
-// `visit` answers true.
+// `visit` answers true. The cursor goes also when an error of the run-time
+// entry is thrown through here.
 template <class T, class Visit>
 void forEachIn(ISet* set, Visit visit) {
-    ISet::Pos* pos = set->first();
+    std::unique_ptr<ISet::Pos> pos(set->first());
     for (bool go = true; go && pos->valid(); pos->next())
         go = visit(*static_cast<T*>(pos->get().get()));
-    delete pos;
 }

@@ -51,3 +51,5 @@ void ErrReporterMem::warning1(mstring const& msg, mstring const& p1) {
 void ErrReporterMem::warning(mstring const& msg, mstring const& file, int line, int pos) {
     ProcessError(CompilerWarning, translateError(msg, "", "", "", ""), file, line, pos);
 }
+
+void ErrReporterMem::fault(mstring const& msg) { ProcessError(CompilerErrorKind, msg, m_defaultFile, 0, 0); }

@@ -38,6 +38,11 @@ public:
     bool wasError() const override { return m_errors > 0; }
     void setDefaultFilename(mstring const& name) override { m_defaultFile = name; }
 
+    // An internal fault met during the call (a panic, or an exception of
+    // the model): handed on like an error without a place, its text taken
+    // as it is, and thrown as a CompilerError like any error.
+    void fault(mstring const& msg);
+
 private:
     void ProcessError(CompilerErrorType type, mstring const& message, mstring const& file, int line, int pos);
 

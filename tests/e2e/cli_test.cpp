@@ -52,6 +52,7 @@ TEST(Cli, HelpAndVersion) {
                             "--json-access", "--keep-field-order", "--wide-offsets", "--dynamic-dict", "--compact",
                             "--persistent", "--nonatomic", "--sql-reserved-words", "--sizeof-size", "--hide CLASS",
                             "--hide-all", "--prefix-names", "--relative-class-codes", "--dll-spec", "--depfile FILE",
+                            "--dump-dictionary",
                             "--version"})
         EXPECT_NE(r.out.find(opt), std::string::npos) << opt;
     r = runProgram({cliPath(), "-V"});

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "support/message_rows.h"
 #include "support/process.h"
 
 namespace {
@@ -331,35 +332,14 @@ TEST(Dictionary, SchemaDump) {
 }
 
 TEST(Dictionary, Messages) {
-    struct {
-        char const* body;  // of class A
-        char const* err;   // all of standard error
-    } const cases[] = {
-        {"blob b[2];", "File s.zyl; error: Blob cannot be element of array\n\n"},
-        {"vector<blob> b;", "File s.zyl; error: Blob cannot be element of vector\n\n"},
-        {"signed<4> a = x1;", "File s.zyl; error: initial value for A.a is not integer: \"x1\"\n\n"},
-        // Eight-byte values take no enum names.
-        {"signed<8> a = Red;", "File s.zyl; error: initial value for A.a is not integer: \"Red\"\n\n"},
-        {"float a = abc;", "File s.zyl; error: initial value for A.a is not double: \"abc\"\n\n"},
-        {"boolean a[2] = {1, 2};", "File s.zyl; error: initial value for A.a is not boolean: \"2\"\n\n"},
-        {"string s = abc;", "File s.zyl; error: Initializer is not allowed for this type of field: A.s\n\n"},
-        {"char<4> s = abc;", "File s.zyl; error: Initializer is not allowed for this type of field: A.s\n\n"},
-        {"sequence<string> s;",
-         "internal error: Wrong sequence element type string: sequences can be defined only singined/unsigned "
-         "integer, floatig point, date/time, character and fixed size struct type.\n"},
-        {"vector<S> v; tree<v.a, v.b> t;",
-         "internal error: index(t) : An index on a vector of structs may only include one field of the "
-         "structure.\n"},
-    };
-    for (auto const& c : cases) {
+    for (MessageRow const& c : dictionaryRows()) {
         TempDir dir;
-        dir.write("s.zyl", std::string("declare database m;\nenum E { Red };\nstruct S { signed<4> a; signed<4> b; };\n"
-                                       "class A { ") + c.body + " };\n");
+        dir.write("s.zyl", c.schema);
         ProcessResult r = runProgram({cliPath(), "s.zyl"}, dir.path());
-        EXPECT_EQ(r.err, c.err) << c.body;
-        EXPECT_EQ(r.status, 255) << c.body;
+        EXPECT_EQ(r.err, c.err) << c.schema;
+        EXPECT_EQ(r.status, 255) << c.schema;
         // An error removes the outputs; a panic leaves them.
         bool const panic = std::string(c.err).compare(0, 8, "internal") == 0;
-        EXPECT_EQ(dir.list().size(), panic ? 3u : 1u) << c.body;
+        EXPECT_EQ(dir.list().size(), panic ? 3u : 1u) << c.schema;
     }
 }

@@ -1,0 +1,167 @@
+// The run-time entry: zyl_db_load_dictionary compiles schema text from a
+// buffer into a dictionary in memory, inside a running application.
+//
+// It must never end its host process and never let an exception out: a
+// refused schema, and every internal fault the compiler meets on the way,
+// end in return code 1005 with the message handed to the caller's
+// function. Only exhausted memory still ends the process. It writes no
+// files: the text goes through an anonymous temporary file, because the
+// preprocessor reads files only, and every output stream is a null stream.
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <memory>
+
+#include "driver/final_callback.h"
+#include "frontend/parser.h"
+#include "host/zylcomp/analyzer.h"
+#include "target/zylcomp/errreporter_mem.h"
+#include "target/zylcomp/gendict.h"
+#include "zylcomp.h"
+
+// Stand-ins for the runtime's allocators, so that the library works alone.
+// Weak, so that a runtime loaded beside it takes their place.
+extern "C" __attribute__((weak)) void* zyl_sys_malloc(size_t size) { return std::malloc(size); }
+extern "C" __attribute__((weak)) void* zyl_sys_calloc(size_t count, size_t size) {
+    return std::calloc(count, size);
+}
+
+namespace {
+
+// The reporter of the call under way, for the panic handler. The compiler
+// is single-threaded; a callback that loads another dictionary gets its
+// own reporter, and the guard gives the outer one back afterwards.
+ErrReporterMem* activeReporter = nullptr;
+
+void throwFault(mstring const& msg, bool) { activeReporter->fault(msg); }
+
+class FaultGuard {
+public:
+    explicit FaultGuard(ErrReporterMem* reporter)
+        : m_reporter(activeReporter), m_handler(IErrReporter::setPanicHandler(throwFault)) {
+        activeReporter = reporter;
+    }
+    ~FaultGuard() {
+        IErrReporter::setPanicHandler(m_handler);
+        activeReporter = m_reporter;
+    }
+    FaultGuard(FaultGuard const&) = delete;
+    FaultGuard& operator=(FaultGuard const&) = delete;
+
+private:
+    ErrReporterMem* m_reporter;
+    IErrReporter::PanicHandler m_handler;
+};
+
+// An exception that is no CompilerError has not reached the caller yet.
+// Whatever the caller's function throws in turn stays here too.
+void reportFault(ErrReporterMem& reporter, mstring const& msg) {
+    try {
+        reporter.fault(msg);
+    } catch (...) {
+    }
+}
+
+mstring text(char const* s, char const* absent) { return mstring(s != nullptr ? s : absent); }
+
+// The stages of one compile, made in this order and destroyed in reverse.
+struct Compile {
+    std::unique_ptr<Parser> parser;
+    std::unique_ptr<Analyzer> analyzer;
+    std::unique_ptr<MemoryGenDict> gen;
+};
+
+zyl_dictionary_t* compile(Compile& run, FILE* f, zyl_dict_load_params_t const& p, ErrReporterMem* reporter,
+                          FinalCallback* finalCallback, mstring const& outputDir, mstring const& includeDir,
+                          mvector<mstring>* hidden) {
+    run.parser.reset(new Parser(f, "<membuf>", reporter, includeDir, outputDir));
+    if (p.hideAllClasses)
+        hidden->push_back("");
+    // The Analyzer sets the schema's option bits and the 8-byte alignment
+    // from keepFieldOrder and wideOffsets itself.
+    run.analyzer.reset(new Analyzer(run.parser.get(), p.keepFieldOrder != 0, p.wideOffsets != 0,
+                                    p.compactDefault != 0, p.sqlReservedWords != 0, p.persistentDefault != 0,
+                                    p.transientUnused != 0, p.atomicDefault != 0, 8, p.spareSize, hidden,
+                                    finalCallback));
+    run.analyzer->initBaseTypes();
+    run.analyzer->analyze();
+    run.analyzer->doChecks();
+    // Unlike the batch job, cppWrappers does not force out-of-line functions.
+    run.gen.reset(new MemoryGenDict(
+        run.analyzer->schema(), p.compiledFunctions != 0, p.keepFieldOrder != 0, p.xmlSchema != 0,
+        p.cppWrappers != 0, p.csharpOutput != 0, p.javaOutput != 0, p.cppRuntimeHeader != 0, reporter, outputDir,
+        text(p.csharpNamespace, ""), text(p.javaPackage, ""), p.dynamicDictTables != 0, p.xmlAccess != 0,
+        p.jsonAccess != 0, p.sqlReservedWords != 0, p.wideOffsets != 0, 8, p.spareSize, p.prefixNames != 0, false,
+        false));
+    run.gen->init();
+    return run.gen->generate();
+}
+
+// The name goes out only with room to spare: a buffer of exactly the
+// name's length and its NUL gets nothing.
+void giveName(mstring const& name, char* dbName, size_t* dbNameSize) {
+    if (dbNameSize == nullptr)
+        return;
+    if (!name.empty()) {
+        size_t len = std::strlen(name.c_str()) + 1;
+        if (len < *dbNameSize && dbName != nullptr)
+            std::memcpy(dbName, name.c_str(), len);
+        else
+            len = 0;
+        *dbNameSize = len;
+    } else if (*dbNameSize > 1 && dbName != nullptr) {
+        dbName[0] = '\0';
+        *dbNameSize = 1;
+    } else {
+        *dbNameSize = 0;
+    }
+}
+
+}  // namespace
+
+extern "C" int zyl_db_load_dictionary(const char* schema, const zyl_dict_load_params_t* params,
+                                      zyl_dictionary_t** dict, size_t* dictSize, char* dbName, size_t* dbNameSize,
+                                      zyl_dict_error_callback_t callback, void* context) {
+    FILE* f = std::tmpfile();
+    if (f == nullptr)
+        return ZYL_DICT_LOAD_NO_TEMP_FILE;
+    if (schema != nullptr)
+        std::fputs(schema, f);
+    std::rewind(f);
+
+    zyl_dict_load_params_t const none = {};
+    zyl_dict_load_params_t const& p = params != nullptr ? *params : none;
+    mstring const outputDir = text(p.outputDir, ".");
+    mstring const includeDir = text(p.includeDir, ".");
+    mvector<mstring> hidden;
+
+    int rc = ZYL_DICT_LOAD_REFUSED;
+    {
+        ErrReporterMem reporter(callback, context);
+        FinalCallback finalCallback(outputDir);
+        reporter.setFinalCallback(&finalCallback);
+        reporter.setDefaultFilename("<memory buffer>");
+        FaultGuard guard(&reporter);
+        try {
+            Compile run;
+            zyl_dictionary_t* result = compile(run, f, p, &reporter, &finalCallback, outputDir, includeDir, &hidden);
+            if (dict != nullptr)
+                *dict = result;
+            if (dictSize != nullptr)
+                *dictSize = sizeof(zyl_dictionary_t);
+            giveName(run.analyzer->schema().m_dbName, dbName, dbNameSize);
+            rc = ZYL_DICT_LOAD_OK;
+        } catch (CompilerError const&) {
+            // The caller's function has had the message.
+        } catch (char const* what) {
+            reportFault(reporter, what);
+        } catch (std::exception const& e) {
+            reportFault(reporter, e.what());
+        } catch (...) {
+            reportFault(reporter, "unknown internal fault");
+        }
+    }
+    std::fclose(f);
+    return rc;
+}
