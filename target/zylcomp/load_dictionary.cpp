@@ -73,17 +73,20 @@ struct Compile {
 };
 
 zyl_dictionary_t* compile(Compile& run, FILE* f, zyl_dict_load_params_t const& p, ErrReporterMem* reporter,
-                          FinalCallback* finalCallback, mstring const& outputDir, mstring const& includeDir,
+                          mstring const& outputDir, mstring const& includeDir,
                           mvector<mstring>* hidden) {
     run.parser.reset(new Parser(f, "<membuf>", reporter, includeDir, outputDir));
     if (p.hideAllClasses)
         hidden->push_back("");
     // The Analyzer sets the schema's option bits and the 8-byte alignment
-    // from keepFieldOrder and wideOffsets itself.
+    // from keepFieldOrder and wideOffsets itself. It is not told the
+    // database name: this entry writes no files, so the final callback has
+    // none to remove, and the caller's own {db}.h and {db}.c in the output
+    // directory (by default the current one) must survive a refused schema.
     run.analyzer.reset(new Analyzer(run.parser.get(), p.keepFieldOrder != 0, p.wideOffsets != 0,
                                     p.compactDefault != 0, p.sqlReservedWords != 0, p.persistentDefault != 0,
                                     p.transientUnused != 0, p.atomicDefault != 0, 8, p.spareSize, hidden,
-                                    finalCallback));
+                                    nullptr));
     run.analyzer->initBaseTypes();
     run.analyzer->analyze();
     run.analyzer->doChecks();
@@ -145,7 +148,7 @@ extern "C" int zyl_db_load_dictionary(const char* schema, const zyl_dict_load_pa
         FaultGuard guard(&reporter);
         try {
             Compile run;
-            zyl_dictionary_t* result = compile(run, f, p, &reporter, &finalCallback, outputDir, includeDir, &hidden);
+            zyl_dictionary_t* result = compile(run, f, p, &reporter, outputDir, includeDir, &hidden);
             if (dict != nullptr)
                 *dict = result;
             if (dictSize != nullptr)
