@@ -5,12 +5,15 @@ void GenOutput::outputCalculator() {}
 void GenOutput::outputUserdef() {}
 void GenOutput::outputCollation() {}
 
-// The field API of a struct or class comes with the field functions.
-void GenOutput::output(Struct&, Class*) {}
-// The search functions of an index come with the index API.
-void GenOutput::outputIndex(Class&, Index&) {}
-// The C type of a direct struct comes with fixed and direct access.
-void GenOutput::direct_struct_output(Struct&, mstring const&) {}
+// Fields the field API hands on come with the vector and array section and
+// with the optional, spatial, blob and sequence section.
+void GenOutput::output_optional_field(Struct&, Class*, Field&) {}
+void GenOutput::output_vector_field(Struct&, Class*, Field&) {}
+void GenOutput::output_array_field(Struct&, Class*, Field&) {}
+void GenOutput::output_spatial_field(Struct&, Class*, Field&) {}
+void GenOutput::output_sequence_field(Struct&, Class*, Field&) {}
+// The C# and Java types of scalar fields come with the language bindings.
+void GenOutput::outputScalarBinding(Field const&) {}
 // The fixed-part types and their copy functions come with fixed and direct access.
 void GenOutput::genFixedStruct(Struct&) {}
 void GenOutput::outputFixed(Struct&) {}

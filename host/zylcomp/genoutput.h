@@ -25,6 +25,10 @@ class Class;
 class Index;
 class Layout;
 class FldLayout;
+class Field;
+class Subst;
+class StrParams;
+struct FieldRow;
 
 class GenOutput {
 public:
@@ -139,14 +143,52 @@ protected:
     void outputEvents(Class& c);
     void outputObjid();
 
-    // Sections that later work fills in; gen_pending.cpp holds them empty
-    // until then.
-    // The field API of a struct, or of a class when `c` is the class itself.
+    // Field API (gen_field.cpp). The functions of every field of a struct,
+    // or of a class when `c` is the class itself.
     void output(Struct& s, Class* c);
-    // The search API of one index and its nested C++ class.
-    void outputIndex(Class& c, Index& idx);
+    // Whole-object access of a direct struct: its stored image at once.
+    void outputDirectAccess(Struct& s);
+    // One field that is neither optional, vector nor array.
+    void outputField(Struct& s, Class* c, Field& f);
+    void outputScalarField(Struct& s, Class* c, Field& f, Subst& v);
+    // The values the templates of field `f` draw on.
+    Subst fieldSubst(Struct& s, Class* c, Field const& f) const;
+    // Inline, a prototype of "{s}_{field}" for bodies that call it before
+    // its definition; out of line all prototypes come first anyway.
+    void declareAhead(Struct& s, mstring const& field, mstring const& params);
+    // The C function and the C++ member of each row whose condition holds.
+    void writeFieldRows(Struct& s, Field const& f, Subst& v, FieldRow const* rows, unsigned n);
+    // "{cf}_sequence", a column of a class declared with "sequences".
+    void outputSequenceColumn(Struct& s, Subst& v, bool chars);
+    // The C++ property member of a field: an object that reads and writes
+    // the field by conversion and assignment.
+    void outputProperty(Field const& f, Subst& v);
+    // "{cf}_top": the keys of the objects a cursor walk rates highest.
+    // `keys` is the parameter that receives them, `read` the statement that
+    // reads one into keys[r].
+    void genTopFunction(Struct& s, Subst& v, char const* keys, char const* read);
+    void genCharTopFunction(Struct& s, mstring const& cf, Field const& f, char const* elem);
+    void genVarCharTopFunction(Struct& s, mstring const& cf, Field const& f, char const* elem);
+
+    // Fixed and direct access (gen_fixed.cpp).
     // The C type of a direct struct, "{s}_d{suffix}".
     void direct_struct_output(Struct& s, mstring const& suffix);
+
+    // Index API (gen_index.cpp): the search functions of one index and
+    // its nested C++ class.
+    void outputIndex(Class& c, Index& idx);
+
+    // Sections that later work fills in; gen_pending.cpp holds them empty
+    // until then.
+    // Fields of the kinds the field API hands on.
+    void output_optional_field(Struct& s, Class* c, Field& f);
+    void output_vector_field(Struct& s, Class* c, Field& f);
+    void output_array_field(Struct& s, Class* c, Field& f);
+    void output_spatial_field(Struct& s, Class* c, Field& f);
+    void output_sequence_field(Struct& s, Class* c, Field& f);
+    // The C# and Java declaration of a scalar field, whose type the
+    // language bindings map.
+    void outputScalarBinding(Field const& f);
     // The C type of the fixed-size part of a struct or class, and its copy functions.
     void genFixedStruct(Struct& s);
     void outputFixed(Struct& s);
@@ -202,6 +244,9 @@ protected:
     int m_typeNameWidth = 0;
     int m_retTypeWidth = 8;
     int m_funcNameWidth = 20;
+    // The C++ property members of the struct being written; its wrapper's
+    // constructor points them at the object.
+    mvector<mstring> v_cppProperty;
 
 private:
     // Opens `name` in the output directory into `slot` and records it.

@@ -46,6 +46,56 @@ typedef int ZYL_EVENT_TYPE;
 typedef enum { ZYL_BEFORE_UPDATE, ZYL_AFTER_UPDATE } ZYL_HANDLING_ORDER;
 typedef ZYL_RET (*zyl_generic_ev_handler)(void);
 
+typedef zyl_trans_h zyl_trans_t; /* the column functions of a "sequences" class spell it so */
+
+/* Results the access functions pass on. */
+#define ZYL_S_NOTFOUND 1
+#define ZYL_S_CURSOR_END 2
+#define ZYL_S_NULL_VALUE 3
+
+/* Date and time values, and the autoid. */
+typedef uint4 zyl_date;
+typedef uint4 zyl_time;
+typedef uint8 zyl_datetime;
+typedef zyl_int8 autoid_t;
+
+/* Searching: comparison codes, one key part, keyword lists. */
+typedef enum {
+    ZYL_EQ, ZYL_GT, ZYL_GE, ZYL_LT, ZYL_LE, ZYL_NEXT_MATCH, ZYL_PREF, ZYL_BEST, ZYL_EX
+} ZYL_OPCODE;
+typedef struct zyl_external_field_t_ {
+    int field_type;
+    union {
+        uint1 u1;
+        uint2 u2;
+        uint4 u4;
+        uint8 u8;
+        int1 i1;
+        int2 i2;
+        int4 i4;
+        zyl_int8 i8;
+        float flt;
+        double dbl;
+        uint4 ptr_size;
+    } v;
+    const char* ptr;
+    uint2 bit_len;
+} zyl_external_field_t, *zyl_external_field_h;
+typedef struct zyl_search_kwd_t_ {
+    const char* word;
+    uint2 len;
+} zyl_search_kwd_t;
+
+/* Columns of a class declared with "sequences". */
+typedef struct zyl_seq_iterator_t_* zyl_seq_iterator_h;
+
+ZYL_RET zyl_cursor_next(zyl_trans_h t, zyl_cursor_h c);
+ZYL_RET zyl_cursor_close(zyl_cursor_h c);
+void zyl_memmove(void* dest, const void* src, zyl_size_t nbt);
+ZYL_RET zyl_pattern_size(zyl_external_field_h keys, uint4* size);
+ZYL_RET zyl_pattern_search(zyl_trans_h t, zyl_cursor_h c, void* pattern, zyl_size_t memsize, zyl_external_field_h keys);
+ZYL_RET zyl_pattern_next(zyl_trans_h t, zyl_cursor_h c, void* pattern, int reserved);
+
 ZYL_RET zyl_set_class_allocation_block_size(zyl_trans_h t, uint2 class_code, zyl_size_t block_size);
 ZYL_RET zyl_set_class_caching_priority(zyl_trans_h t, uint2 class_code, int priority);
 ZYL_RET zyl_ev_h_register(zyl_trans_h t, zyl_generic_ev_handler handler, uint2 event_id, void* param,

@@ -32,4 +32,138 @@ ZYL_RET zyl_w_oid_get(zyl_objhandle_h h, void* id, uint2 id_size);
 ZYL_RET zyl_w_obj_del_byoid(zyl_trans_h t, const void* oid);
 ZYL_RET zyl_w_classcode_byoid(zyl_trans_h t, const void* oid, uint2* class_code);
 
+/* Scalar fields, by size. A "2" call takes the offsets of both formats (large first). */
+ZYL_RET zyl_w_b1_get(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, void* result);
+ZYL_RET zyl_w_b1_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, void* result);
+ZYL_RET zyl_w_b1_put(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, uint1 indexed, uint1 value);
+ZYL_RET zyl_w_b1_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint1 indexed, uint1 value);
+ZYL_RET zyl_w_b1_put_ev(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, uint1 indexed, uint1 value, uint4 event_id);
+ZYL_RET zyl_w_b1_put_ev2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint1 indexed, uint1 value,
+                         uint4 event_id);
+ZYL_RET zyl_w_b2_get(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, void* result);
+ZYL_RET zyl_w_b2_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, void* result);
+ZYL_RET zyl_w_b2_put(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, uint1 indexed, uint2 value);
+ZYL_RET zyl_w_b2_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint1 indexed, uint2 value);
+ZYL_RET zyl_w_b2_put_ev(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, uint1 indexed, uint2 value, uint4 event_id);
+ZYL_RET zyl_w_b2_put_ev2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint1 indexed, uint2 value,
+                         uint4 event_id);
+ZYL_RET zyl_w_b4_get(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, void* result);
+ZYL_RET zyl_w_b4_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, void* result);
+ZYL_RET zyl_w_b4_put(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, uint1 indexed, uint4 value);
+ZYL_RET zyl_w_b4_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint1 indexed, uint4 value);
+ZYL_RET zyl_w_b4_put_ev(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, uint1 indexed, uint4 value, uint4 event_id);
+ZYL_RET zyl_w_b4_put_ev2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint1 indexed, uint4 value,
+                         uint4 event_id);
+ZYL_RET zyl_w_b8_get(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, void* result);
+ZYL_RET zyl_w_b8_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, void* result);
+ZYL_RET zyl_w_b8_put(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, uint1 indexed, uint8 value);
+ZYL_RET zyl_w_b8_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint1 indexed, uint8 value);
+ZYL_RET zyl_w_b8_put_ev(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, uint1 indexed, uint8 value, uint4 event_id);
+ZYL_RET zyl_w_b8_put_ev2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint1 indexed, uint8 value,
+                         uint4 event_id);
+ZYL_RET zyl_w_bit_get(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, void* result);
+ZYL_RET zyl_w_bit_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, void* result);
+ZYL_RET zyl_w_bit_put(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, uint1 indexed, uint1 value);
+ZYL_RET zyl_w_bit_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint1 indexed, uint1 value);
+ZYL_RET zyl_w_bit_put_ev(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, uint1 indexed, uint1 value, uint4 event_id);
+ZYL_RET zyl_w_bit_put_ev2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint1 indexed, uint1 value,
+                         uint4 event_id);
+
+/* Numeric fields as text. */
+ZYL_RET zyl_w_numeric_b1_to_string(int1 value, int precision, char* buf, int buf_size);
+ZYL_RET zyl_w_numeric_b1_from_string(int1* value, int precision, char const* buf);
+ZYL_RET zyl_w_numeric_b2_to_string(int2 value, int precision, char* buf, int buf_size);
+ZYL_RET zyl_w_numeric_b2_from_string(int2* value, int precision, char const* buf);
+ZYL_RET zyl_w_numeric_b4_to_string(int4 value, int precision, char* buf, int buf_size);
+ZYL_RET zyl_w_numeric_b4_from_string(int4* value, int precision, char const* buf);
+ZYL_RET zyl_w_numeric_b8_to_string(zyl_int8 value, int precision, char* buf, int buf_size);
+ZYL_RET zyl_w_numeric_b8_from_string(zyl_int8* value, int precision, char const* buf);
+
+/* Characters and other fixed-size data; the last size is the field's. */
+ZYL_RET zyl_w_chars_get(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, char* dest, uint2 dest_size, uint2 size);
+ZYL_RET zyl_w_chars_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, char* dest, uint2 dest_size,
+                        uint2 size);
+ZYL_RET zyl_w_chars_put(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, const char* src, uint2 len, uint2 size, uint1 indexed);
+ZYL_RET zyl_w_chars_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, const char* src, uint2 len,
+                        uint2 size, uint1 indexed);
+ZYL_RET zyl_w_chars_put_ev(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, const char* src, uint2 len, uint2 size,
+                         uint1 indexed, uint4 event_id);
+ZYL_RET zyl_w_chars_put_ev2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, const char* src,
+                          uint2 len, uint2 size, uint1 indexed, uint4 event_id);
+ZYL_RET zyl_w_nchars_get(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, nchar_t* dest, uint2 dest_size, uint2 size);
+ZYL_RET zyl_w_nchars_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, nchar_t* dest, uint2 dest_size,
+                        uint2 size);
+ZYL_RET zyl_w_nchars_put(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, const nchar_t* src, uint2 len, uint2 size, uint1 indexed);
+ZYL_RET zyl_w_nchars_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, const nchar_t* src, uint2 len,
+                        uint2 size, uint1 indexed);
+ZYL_RET zyl_w_nchars_put_ev(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, const nchar_t* src, uint2 len, uint2 size,
+                         uint1 indexed, uint4 event_id);
+ZYL_RET zyl_w_nchars_put_ev2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, const nchar_t* src,
+                          uint2 len, uint2 size, uint1 indexed, uint4 event_id);
+
+/* Strings. */
+ZYL_RET zyl_w_string_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, char* dest, uint2 dest_size,
+                         uint2* len);
+ZYL_RET zyl_w_string_len2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint2* len);
+ZYL_RET zyl_w_string_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, const char* src, uint2 len,
+                         uint1 indexed);
+ZYL_RET zyl_w_string_put_ev2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, const char* src,
+                           uint2 len, uint1 indexed, uint4 event_id);
+ZYL_RET zyl_w_nstring_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, nchar_t* dest, uint2 dest_size,
+                         uint2* len);
+ZYL_RET zyl_w_nstring_len2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint2* len);
+ZYL_RET zyl_w_nstring_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, const nchar_t* src, uint2 len,
+                         uint1 indexed);
+ZYL_RET zyl_w_nstring_put_ev2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, const nchar_t* src,
+                           uint2 len, uint1 indexed, uint4 event_id);
+
+/* Nested structs, direct structs, blobs. */
+ZYL_RET zyl_w_struct_get2(zyl_objhandle_h h, zyl_objhandle_h s, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno);
+ZYL_RET zyl_w_struct_put2(zyl_objhandle_h h, zyl_objhandle_h s, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno,
+                          uint1 indexed);
+ZYL_RET zyl_w_direct_struct_get_ptr(zyl_objhandle_h h, void** dest, zyl_size_t size);
+ZYL_RET zyl_w_blob_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint4 start_offset,
+                        char* dest, uint4 dest_size, uint4* len);
+ZYL_RET zyl_w_blob_len2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint4* len);
+ZYL_RET zyl_w_blob_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, const char* src,
+                        uint4 nbytes);
+ZYL_RET zyl_w_blob_append2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, const char* src,
+                           uint4 nbytes);
+
+/* Columns of a class declared with "sequences", by C type. */
+ZYL_RET zyl_w_seq_sequence_uint1(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
+ZYL_RET zyl_w_seq_sequence_uint2(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
+ZYL_RET zyl_w_seq_sequence_uint4(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
+ZYL_RET zyl_w_seq_sequence_uint8(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
+ZYL_RET zyl_w_seq_sequence_int1(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
+ZYL_RET zyl_w_seq_sequence_int2(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
+ZYL_RET zyl_w_seq_sequence_int4(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
+ZYL_RET zyl_w_seq_sequence_zyl_int8(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
+ZYL_RET zyl_w_seq_sequence_float(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
+ZYL_RET zyl_w_seq_sequence_double(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
+ZYL_RET zyl_w_seq_sequence_zyl_date(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
+ZYL_RET zyl_w_seq_sequence_zyl_time(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
+ZYL_RET zyl_w_seq_sequence_zyl_datetime(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
+ZYL_RET zyl_w_seq_sequence_autoid_t(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
+ZYL_RET zyl_w_seq_sequence_char(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq, uint2 size);
+
+/* Indexes. */
+ZYL_RET zyl_w_voluntary_create(zyl_trans_h t, uint2 index_code);
+ZYL_RET zyl_w_voluntary_drop(zyl_trans_h t, uint2 index_code);
+ZYL_RET zyl_w_index_cursor(zyl_trans_h t, uint2 index_code, zyl_cursor_h c);
+ZYL_RET zyl_w_tree_find(zyl_trans_h t, zyl_cursor_h c, ZYL_OPCODE op, zyl_external_field_h keys);
+ZYL_RET zyl_w_tree_find_any(zyl_trans_h t, zyl_cursor_h c, int n_keywords, zyl_search_kwd_t* keywords);
+ZYL_RET zyl_w_tree_find_all(zyl_trans_h t, zyl_cursor_h c, int n_keywords, zyl_search_kwd_t* keywords);
+ZYL_RET zyl_w_tree_find_scalar(zyl_trans_h t, uint2 index_code, zyl_external_field_h keys, zyl_objhandle_h h);
+ZYL_RET zyl_w_tree_find_vect(zyl_trans_h t, uint2 index_code, zyl_external_field_h keys, zyl_objhandle_h h,
+                             uint2* index);
+ZYL_RET zyl_w_kdtree_find(zyl_trans_h t, zyl_cursor_h c, ZYL_Hf* range_start, ZYL_Hf* range_end);
+ZYL_RET zyl_w_hash_find(zyl_trans_h t, zyl_cursor_h c, zyl_external_field_h keys);
+ZYL_RET zyl_w_hash_find_scalar(zyl_trans_h t, uint2 index_code, zyl_external_field_h keys, zyl_objhandle_h h);
+ZYL_RET zyl_w_hash_find_vect(zyl_trans_h t, uint2 index_code, zyl_external_field_h keys, zyl_objhandle_h h,
+                             uint2* index);
+ZYL_RET zyl_w_cursor_compare(zyl_trans_h t, zyl_cursor_h c, zyl_external_field_h keys, int* result);
+ZYL_RET zyl_w_cursor_locate(zyl_trans_h t, uint2 index_code, zyl_objhandle_h h, zyl_cursor_h c);
+ZYL_RET zyl_w_cursor_get_index(zyl_cursor_h c, uint2* index);
+
 #endif

@@ -3,5 +3,7 @@ package com.x;
 import com.tarnwell.quorabase.*;
 
 public class Address {
+	@Dimension(16)
+	public String city;
 }
 

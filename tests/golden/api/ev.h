@@ -66,37 +66,113 @@ class Counter;
 /*---------------------------------------------------------------------*/
 /* class Counter methods                                               */
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_new                             ( zyl_trans_h t, /*OUT*/ Counter *handle )
-{ return zyl_w_new_obj_noid_ev( t, 4, 1, (zyl_objhandle_h)handle, 0);
+ZYL_TARGET_INLINE ZYL_RET      Counter_new                          ( zyl_trans_h t, /*OUT*/ Counter *handle )
+{ return zyl_w_new_obj_noid_ev( t, 14, 1, (zyl_objhandle_h)handle, 0);
 }
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_delete                          ( Counter *handle )
+ZYL_TARGET_INLINE ZYL_RET      Counter_delete                       ( Counter *handle )
 { return zyl_w_obj_delete_ev( (zyl_objhandle_h)handle, 1); 
 }
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_set_allocation_block_size      (zyl_trans_h t, zyl_size_t block_size)
-{ return zyl_set_class_allocation_block_size(t, 1, block_size); 
-}
-
-ZYL_TARGET_INLINE ZYL_RET      Counter_set_caching_priority           (zyl_trans_h t, int priority)
-{ return zyl_set_class_caching_priority(t, 1, priority); 
-}
-
-ZYL_TARGET_INLINE ZYL_RET      Counter_delete_all                      ( zyl_trans_h t )
+ZYL_TARGET_INLINE ZYL_RET      Counter_delete_all                   ( zyl_trans_h t )
 { return zyl_w_obj_delete_all( t, 1 ); 
 }
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_checkpoint                      ( Counter *handle )
+ZYL_TARGET_INLINE ZYL_RET      Counter_checkpoint                   ( Counter *handle )
 { return zyl_w_obj_checkpoint( (zyl_objhandle_h)handle );
 }
 
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_from_cursor                     ( zyl_trans_h t, zyl_cursor_h c, /*OUT*/ Counter *handle )
+ZYL_TARGET_INLINE ZYL_RET      Counter_value_get                    ( Counter *handle, /*OUT*/ uint4 * result)
+{ return zyl_w_b4_get( (zyl_objhandle_h) handle, 0, 1,result);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_value_put                    ( Counter *handle, uint4 value )
+{ return zyl_w_b4_put_ev( (zyl_objhandle_h) handle, 0, 1, 1, (uint4) value, 2);
+}
+
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_code_get                     ( Counter *handle, /*OUT*/ int2 * result)
+{ return zyl_w_b2_get( (zyl_objhandle_h) handle, 12, 2,result);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_code_put                     ( Counter *handle, int2 value )
+{ return zyl_w_b2_put( (zyl_objhandle_h) handle, 12, 2, 1, (int2) value);
+}
+
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_weight_get                   ( Counter *handle, /*OUT*/ double * result)
+{ return zyl_w_b8_get( (zyl_objhandle_h) handle, 4, 3,result);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_weight_put                   ( Counter *handle, double value )
+{ return zyl_w_b8_put( (zyl_objhandle_h) handle, 4, 3, 0, (double) value);
+}
+
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_from_cursor                  ( zyl_trans_h t, zyl_cursor_h c, /*OUT*/ Counter *handle )
 { return zyl_w_obj_from_cursor( t, c, 1, (zyl_objhandle_h)handle ); 
 }
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_list_cursor                     ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )
-{ return zyl_w_list_cursor( t, 1, c );
+ZYL_TARGET_INLINE ZYL_RET      Counter_byValue_index_cursor         ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )
+{ return zyl_w_index_cursor( t, 0, c );
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_byValue_search               ( zyl_trans_h t, /*INOUT*/ zyl_cursor_h c, ZYL_OPCODE op_, uint4 value_key_0 )
+{ zyl_external_field_t a_[1];
+  zyl_external_field_h pa_ = a_;
+  pa_->field_type = 3; pa_->v.u4 = value_key_0; 
+
+  return zyl_w_tree_find(t,c,op_,a_);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_byValue_compare              ( zyl_trans_h t, zyl_cursor_h c, uint4 value_key_0, /*OUT*/ int *result_ )
+{ zyl_external_field_t a_[1];
+  zyl_external_field_h pa_ = a_;
+  pa_->field_type = 3; pa_->v.u4 = value_key_0; 
+  return zyl_w_cursor_compare( t, c, a_, result_);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_byValue_pattern_size         (uint4 value_key_0, /*OUT*/ uint4 *size_)
+{ zyl_external_field_t a_[2];
+  zyl_external_field_h pa_ = a_;
+  pa_->field_type = 3; pa_->v.u4 = value_key_0; 
+  (pa_+1)->field_type=0;
+   return zyl_pattern_size( a_,size_);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_byValue_pattern_search       ( zyl_trans_h t, zyl_cursor_h c, /*INOUT*/ void *allocated_pattern, zyl_size_t memsize , uint4 value_key_0 )
+{ zyl_external_field_t a_[2];
+  zyl_external_field_h pa_ = a_;
+  pa_->field_type = 3; pa_->v.u4 = value_key_0; 
+  (pa_+1)->field_type=0;
+  return zyl_pattern_search(t, c, allocated_pattern, memsize, a_);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_byValue_pattern_next         ( zyl_trans_h t, zyl_cursor_h c, /*INOUT*/ void *allocated_pattern )
+{ return zyl_pattern_next(t, c , allocated_pattern,  0);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_byValue_locate               ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c, Counter * handle)
+{ return zyl_w_cursor_locate( t, 0, (zyl_objhandle_h)handle, c);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_byCode_index_cursor          ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )
+{ return zyl_w_index_cursor( t, 1, c );
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_byCode_compare               ( zyl_trans_h t, zyl_cursor_h c, int2 code_key_0, /*OUT*/ int *result_ )
+{ zyl_external_field_t a_[1];
+  zyl_external_field_h pa_ = a_;
+  pa_->field_type = 5; pa_->v.i2 = code_key_0; 
+  return zyl_w_cursor_compare( t, c, a_, result_);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_byCode_find                  ( zyl_trans_h t, int2 code_key_0, /*OUT*/ Counter *handle_)
+{ zyl_external_field_t a_[1];
+  zyl_external_field_h pa_ = a_;
+  pa_->field_type = 5; pa_->v.i2 = code_key_0; 
+  return zyl_w_hash_find_scalar(t, 1, a_, (zyl_objhandle_h)handle_);
 }
 
 
@@ -105,31 +181,31 @@ ZYL_TARGET_INLINE ZYL_RET      Counter_list_cursor                     ( zyl_tra
 
 #define ZYL_EVENT_counterMade  1
 typedef ZYL_RET (*counterMade_handler)( zyl_trans_h t, Counter * obj, ZYL_EVENT_TYPE et, /*INOUT*/ void *param); 
-ZYL_TARGET_INLINE ZYL_RET      zyl_register_counterMade_handler        ( zyl_trans_h t, counterMade_handler handler, void * param )
+ZYL_TARGET_INLINE ZYL_RET      zyl_register_counterMade_handler     ( zyl_trans_h t, counterMade_handler handler, void * param )
 { return zyl_ev_h_register( t, (zyl_generic_ev_handler)handler, 0, param, 0 );
 }
 
-ZYL_TARGET_INLINE ZYL_RET      zyl_unregister_counterMade_handler      ( zyl_trans_h t, counterMade_handler handler)
+ZYL_TARGET_INLINE ZYL_RET      zyl_unregister_counterMade_handler   ( zyl_trans_h t, counterMade_handler handler)
 { return zyl_ev_h_unregister( t, (zyl_generic_ev_handler)handler, 0);
 }
 
 #define ZYL_EVENT_counterGone  2
 typedef ZYL_RET (*counterGone_handler)( zyl_trans_h t, Counter * obj, ZYL_EVENT_TYPE et, /*INOUT*/ void *param); 
-ZYL_TARGET_INLINE ZYL_RET      zyl_register_counterGone_handler        ( zyl_trans_h t, counterGone_handler handler, void * param )
+ZYL_TARGET_INLINE ZYL_RET      zyl_register_counterGone_handler     ( zyl_trans_h t, counterGone_handler handler, void * param )
 { return zyl_ev_h_register( t, (zyl_generic_ev_handler)handler, 1, param, 0 );
 }
 
-ZYL_TARGET_INLINE ZYL_RET      zyl_unregister_counterGone_handler      ( zyl_trans_h t, counterGone_handler handler)
+ZYL_TARGET_INLINE ZYL_RET      zyl_unregister_counterGone_handler   ( zyl_trans_h t, counterGone_handler handler)
 { return zyl_ev_h_unregister( t, (zyl_generic_ev_handler)handler, 1);
 }
 
 #define ZYL_EVENT_valueChanged  3
 typedef ZYL_RET (*valueChanged_handler)( zyl_trans_h t, Counter * obj, int class_code, const char* field_name, zyl_dict_type_t field_type,const void * value, /*INOUT*/ void *param); 
-ZYL_TARGET_INLINE ZYL_RET      zyl_register_valueChanged_handler       ( zyl_trans_h t, valueChanged_handler handler, void * param, ZYL_HANDLING_ORDER when )
+ZYL_TARGET_INLINE ZYL_RET      zyl_register_valueChanged_handler    ( zyl_trans_h t, valueChanged_handler handler, void * param, ZYL_HANDLING_ORDER when )
 { return zyl_ev_h_register( t, (zyl_generic_ev_handler)handler, 2, param, (uint2)(when==ZYL_BEFORE_UPDATE) );
 }
 
-ZYL_TARGET_INLINE ZYL_RET      zyl_unregister_valueChanged_handler     ( zyl_trans_h t, valueChanged_handler handler)
+ZYL_TARGET_INLINE ZYL_RET      zyl_unregister_valueChanged_handler  ( zyl_trans_h t, valueChanged_handler handler)
 { return zyl_ev_h_unregister( t, (zyl_generic_ev_handler)handler, 2);
 }
 

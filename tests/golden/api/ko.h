@@ -14,6 +14,7 @@ extern "C" {
 
 #include "zyl.h"
 #include "zyluda.h"
+#include "zylwrap.h"
 
 #ifndef ZYL_COMP_VER_MAJOR 
 #define ZYL_COMP_VER_MAJOR 8
@@ -40,6 +41,10 @@ zyl_calculator_h ko_get_calculator(void);
 #ifdef ZYL_CPP_INTERFACE
 namespace ko
 {
+#endif
+
+#ifndef ZYL_TARGET_INLINE 
+#define ZYL_TARGET_INLINE  __inline
 #endif
 
 
@@ -79,28 +84,136 @@ ZYL_RET  ko_get_class_code( zyl_trans_h t, const ko_oid * oid, /*OUT*/ uint2 * c
 /*---------------------------------------------------------------------*/
 /* class Doc methods                                                   */
 
-ZYL_RET      Doc_new                  ( zyl_trans_h t, const ko_oid *id, /*OUT*/ Doc *handle );
-ZYL_RET      Doc_delete               ( Doc *handle );
-ZYL_RET      Doc_set_allocation_block_size(zyl_trans_h t, zyl_size_t block_size);
-ZYL_RET      Doc_set_caching_priority(zyl_trans_h t, int priority);
-ZYL_RET      Doc_delete_all           ( zyl_trans_h t );
-ZYL_RET      Doc_checkpoint           ( Doc *handle );
-ZYL_RET      Doc_oid_find             ( zyl_trans_h t, const ko_oid *id, /*OUT*/ Doc *handle );
-ZYL_RET      Doc_oid_get              ( Doc *handle, /*OUT*/ ko_oid *id );
-ZYL_RET      Doc_pack                 ( Doc *handle, /*OUT*/ uint4 * pages_released );
+ZYL_TARGET_INLINE ZYL_RET      Doc_new                           ( zyl_trans_h t, const ko_oid *id, /*OUT*/ Doc *handle )
+{ return zyl_w_new_obj_oid( t, 19, 1, id, sizeof(*id), (zyl_objhandle_h)handle);
+}
 
-ZYL_RET      Doc_from_cursor          ( zyl_trans_h t, zyl_cursor_h c, /*OUT*/ Doc *handle );
+ZYL_TARGET_INLINE ZYL_RET      Doc_delete                        ( Doc *handle )
+{ return zyl_w_obj_delete( (zyl_objhandle_h)handle); 
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Doc_set_allocation_block_size    (zyl_trans_h t, zyl_size_t block_size)
+{ return zyl_set_class_allocation_block_size(t, 1, block_size); 
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Doc_set_caching_priority         (zyl_trans_h t, int priority)
+{ return zyl_set_class_caching_priority(t, 1, priority); 
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Doc_delete_all                    ( zyl_trans_h t )
+{ return zyl_w_obj_delete_all( t, 1 ); 
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Doc_checkpoint                    ( Doc *handle )
+{ return zyl_w_obj_checkpoint( (zyl_objhandle_h)handle );
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Doc_oid_find                      ( zyl_trans_h t, const ko_oid *id, /*OUT*/ Doc *handle )
+{ return zyl_w_find_byoid(t, id, (zyl_objhandle_h)handle, 1); 
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Doc_oid_get                       ( Doc *handle, /*OUT*/ ko_oid *id )
+{ return zyl_w_oid_get( (zyl_objhandle_h)handle, id, (uint2) sizeof(*id) );
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Doc_pack                          ( Doc *handle, /*OUT*/ uint4 * pages_released )
+{ return zyl_w_compact( (zyl_objhandle_h)handle, 1, 5, pages_released); 
+}
+
+
+ZYL_TARGET_INLINE ZYL_RET      Doc_n_get                         ( Doc *handle, /*OUT*/ uint4 * result)
+{ return zyl_w_b4_get( (zyl_objhandle_h) handle, 4, 2,result);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Doc_n_put                         ( Doc *handle, uint4 value )
+{ return zyl_w_b4_put( (zyl_objhandle_h) handle, 4, 2, 0, (uint4) value);
+}
+
+
+ZYL_TARGET_INLINE ZYL_RET      Doc_title_get                     ( Doc *handle, /*OUT*/ char * dest, uint2 dest_size, /*OUT*/ uint2 * len)
+{ return zyl_w_string_get2( (zyl_objhandle_h) handle, 8, 10, 3, dest, dest_size, len); 
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Doc_title_size                    ( Doc *handle, /*OUT*/ uint2 *result)
+{ return zyl_w_string_len2( (zyl_objhandle_h) handle, 8, 10, 3, result); 
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Doc_title_put                     ( Doc *handle, const char * src, uint2 len)
+{ return zyl_w_string_put2( (zyl_objhandle_h) handle, 8, 10, 3, src, len, 0);
+}
+
+
+ZYL_TARGET_INLINE ZYL_RET      Doc_rank_indicator_get            ( Doc *handle, /*OUT*/ uint1 * result);
+ZYL_TARGET_INLINE ZYL_RET      Doc_rank_indicator_put            ( Doc *handle, uint1 value );
+ZYL_TARGET_INLINE ZYL_RET      Doc_rank_get                      ( Doc *handle, /*OUT*/ int2 * result)
+{ uint1 indicator; ZYL_RET rc = Doc_rank_indicator_get(handle, &indicator); if (rc != ZYL_S_OK) return rc; else if (!indicator) return ZYL_S_NULL_VALUE; return zyl_w_b2_get2( (zyl_objhandle_h) handle, 12, 8, 4,result);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Doc_rank_put                      ( Doc *handle, int2 value )
+{ ZYL_RET rc = Doc_rank_indicator_put(handle, 1); if (rc != ZYL_S_OK) return rc; return zyl_w_b2_put2( (zyl_objhandle_h) handle, 12, 8, 4, 0, (int2) value);
+}
+
+
+
+ZYL_TARGET_INLINE ZYL_RET      Doc_rank_indicator_get            ( Doc *handle, /*OUT*/ uint1 * result)
+{ return zyl_w_bit_get2( (zyl_objhandle_h) handle, 14, 12, 6,result);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Doc_rank_indicator_put            ( Doc *handle, uint1 value )
+{ return zyl_w_bit_put2( (zyl_objhandle_h) handle, 14, 12, 6, 0, (uint1) value);
+}
+
+
+ZYL_TARGET_INLINE ZYL_RET      Doc_from_cursor                   ( zyl_trans_h t, zyl_cursor_h c, /*OUT*/ Doc *handle )
+{ return zyl_w_obj_from_cursor( t, c, 1, (zyl_objhandle_h)handle ); 
+}
+
 
 /*---------------------------------------------------------------------*/
 /* class Tmp methods                                                   */
 
-ZYL_RET      Tmp_new                         ( zyl_trans_h t, /*OUT*/ Tmp *handle );
-ZYL_RET      Tmp_delete                      ( Tmp *handle );
-ZYL_RET      Tmp_delete_all                  ( zyl_trans_h t );
-ZYL_RET      Tmp_checkpoint                  ( Tmp *handle );
+ZYL_TARGET_INLINE ZYL_RET      Tmp_new                         ( zyl_trans_h t, /*OUT*/ Tmp *handle )
+{ return zyl_w_new_obj_noid( t, 2, 2, (zyl_objhandle_h)handle);
+}
 
-ZYL_RET      Tmp_from_cursor                 ( zyl_trans_h t, zyl_cursor_h c, /*OUT*/ Tmp *handle );
-ZYL_RET      Tmp_list_cursor                 ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c );
+ZYL_TARGET_INLINE ZYL_RET      Tmp_delete                      ( Tmp *handle )
+{ return zyl_w_obj_delete( (zyl_objhandle_h)handle); 
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Tmp_delete_all                  ( zyl_trans_h t )
+{ return zyl_w_obj_delete_all( t, 2 ); 
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Tmp_checkpoint                  ( Tmp *handle )
+{ return zyl_w_obj_checkpoint( (zyl_objhandle_h)handle );
+}
+
+
+ZYL_TARGET_INLINE ZYL_RET      Tmp_k_get                       ( Tmp *handle, /*OUT*/ uint2 * result)
+{ return zyl_w_b2_get( (zyl_objhandle_h) handle, 0, 7,result);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Tmp_k_put                       ( Tmp *handle, uint2 value )
+{ return zyl_w_b2_put( (zyl_objhandle_h) handle, 0, 7, 0, (uint2) value);
+}
+
+
+ZYL_TARGET_INLINE ZYL_RET      Tmp_from_cursor                 ( zyl_trans_h t, zyl_cursor_h c, /*OUT*/ Tmp *handle )
+{ return zyl_w_obj_from_cursor( t, c, 2, (zyl_objhandle_h)handle ); 
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Tmp_list_cursor                 ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )
+{ return zyl_w_list_cursor( t, 2, c );
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Tmp_list_index__index_cursor    ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )
+{ return zyl_w_index_cursor( t, 0, c );
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Tmp_list_index__locate          ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c, Tmp * handle)
+{ return zyl_w_cursor_locate( t, 0, (zyl_objhandle_h)handle, c);
+}
+
 
 #ifdef __cplusplus
 #ifdef ZYL_CPP_INTERFACE

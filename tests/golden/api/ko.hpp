@@ -41,6 +41,15 @@ class Doc : public ZylBase_
   ZYL_RET checkpoint();
   ZYL_RET oid_find( zyl_trans_h t, const ko_oid *id );
   ZYL_RET oid_get( ko_oid *id);
+  ZYL_RET n_get( uint4 & result );
+  ZYL_RET n_put( uint4 value );
+  ZYL_RET title_get( char * dest, uint2 dest_size, uint2 & len);
+  ZYL_RET title_size(uint2 &result);
+  ZYL_RET title_put(const char * src, uint2 len);
+  ZYL_RET rank_get( int2 & result );
+  ZYL_RET rank_put( int2 value );
+  ZYL_RET rank_indicator_get( uint1 & result );
+  ZYL_RET rank_indicator_put( uint1 value );
   ZYL_RET from_cursor( zyl_trans_h t, zyl_cursor_h c );
 };
 
@@ -52,8 +61,16 @@ class Tmp : public ZylBase_
   ZYL_RET remove();
   ZYL_RET remove_all( zyl_trans_h t );
   ZYL_RET checkpoint();
+  ZYL_RET k_get( uint2 & result );
+  ZYL_RET k_put( uint2 value );
   ZYL_RET from_cursor( zyl_trans_h t, zyl_cursor_h c );
   static ZYL_RET list_cursor( zyl_trans_h t, /*OUT*/ zyl_cursor_h c );
+
+  class list_index_ // L2-List
+  { public: 
+    static ZYL_RET cursor( zyl_trans_h t, /*OUT*/ zyl_cursor_h c );
+    static ZYL_RET locate( zyl_trans_h t, /*OUT*/ zyl_cursor_h c, Tmp * handle);
+  }; // list_index_
 };
 
 inline  ZYL_RET Doc::create( zyl_trans_h t, const ko_oid *id )
@@ -88,6 +105,42 @@ inline  ZYL_RET Doc::oid_get( ko_oid *id)
 { ZYL_RET ret_=ko::Doc_oid_get(this,id); return ret_; 
 }
 
+inline  ZYL_RET Doc::n_get( uint4 & result )
+{ ZYL_RET ret_ = ko::Doc_n_get(this, &result); return ret_; 
+}
+
+inline  ZYL_RET Doc::n_put( uint4 value )
+{ ZYL_RET ret_ = ko::Doc_n_put(this, value); return ret_; 
+}
+
+inline  ZYL_RET Doc::title_get( char * dest, uint2 dest_size, uint2 & len)
+{ ZYL_RET ret_ = ko::Doc_title_get(this, dest, dest_size, &len); return ret_; 
+}
+
+inline  ZYL_RET Doc::title_size(uint2 &result)
+{ ZYL_RET ret_ = ko::Doc_title_size(this, &result); return ret_; 
+}
+
+inline  ZYL_RET Doc::title_put(const char * src, uint2 len)
+{ ZYL_RET ret_ = ko::Doc_title_put(this, src, len); return ret_; 
+}
+
+inline  ZYL_RET Doc::rank_get( int2 & result )
+{ ZYL_RET ret_ = ko::Doc_rank_get(this, &result); return ret_; 
+}
+
+inline  ZYL_RET Doc::rank_put( int2 value )
+{ ZYL_RET ret_ = ko::Doc_rank_put(this, value); return ret_; 
+}
+
+inline  ZYL_RET Doc::rank_indicator_get( uint1 & result )
+{ ZYL_RET ret_ = ko::Doc_rank_indicator_get(this, &result); return ret_; 
+}
+
+inline  ZYL_RET Doc::rank_indicator_put( uint1 value )
+{ ZYL_RET ret_ = ko::Doc_rank_indicator_put(this, value); return ret_; 
+}
+
 inline  ZYL_RET Doc::from_cursor( zyl_trans_h t, zyl_cursor_h c )
 { ZYL_RET ret_ = ko::Doc_from_cursor(t,c,this); set_valid(ret_==ZYL_S_OK); return ret_; 
 }
@@ -108,12 +161,28 @@ inline  ZYL_RET Tmp::checkpoint()
 { ZYL_RET ret_=ko::Tmp_checkpoint(this); return ret_;
 }
 
+inline  ZYL_RET Tmp::k_get( uint2 & result )
+{ ZYL_RET ret_ = ko::Tmp_k_get(this, &result); return ret_; 
+}
+
+inline  ZYL_RET Tmp::k_put( uint2 value )
+{ ZYL_RET ret_ = ko::Tmp_k_put(this, value); return ret_; 
+}
+
 inline  ZYL_RET Tmp::from_cursor( zyl_trans_h t, zyl_cursor_h c )
 { ZYL_RET ret_ = ko::Tmp_from_cursor(t,c,this); set_valid(ret_==ZYL_S_OK); return ret_; 
 }
 
 inline  ZYL_RET Tmp::list_cursor( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )
 { return ko::Tmp_list_cursor(t,c); 
+}
+
+inline  ZYL_RET Tmp::list_index_::cursor( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )
+{ return ko::Tmp_list_index__index_cursor(t, c); 
+}
+
+inline  ZYL_RET Tmp::list_index_::locate( zyl_trans_h t, /*OUT*/ zyl_cursor_h c, Tmp * handle)
+{ return ko::Tmp_list_index__locate(t, c, handle); 
 }
 
 

@@ -16,7 +16,12 @@ public class shop {
 	};
 }
 
+	[Event("qtyChanged", EventType.OnFieldUpdate)]
+	public Address addr;
+	public string text;
 public struct Address {
+	[Dimension(16)]
+	public string city;
 }
 
 }

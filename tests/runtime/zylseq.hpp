@@ -1,0 +1,15 @@
+// Test stand-in for the database runtime's C++ sequence header, which
+// {db}.hpp includes when a class holds sequences. Declarations only.
+#ifndef ZYL_TEST_RUNTIME_ZYLSEQ_HPP
+#define ZYL_TEST_RUNTIME_ZYLSEQ_HPP
+
+#include "zyl.hpp"
+#include "zylseq.h"
+
+// A sequence of T values, reached through its iterator.
+template <class T>
+struct Sequence {
+    zyl_seq_iterator_h iter;
+};
+
+#endif
