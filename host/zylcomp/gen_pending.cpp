@@ -14,9 +14,6 @@ void GenOutput::output_spatial_field(Struct&, Class*, Field&) {}
 void GenOutput::output_sequence_field(Struct&, Class*, Field&) {}
 // The C# and Java types of scalar fields come with the language bindings.
 void GenOutput::outputScalarBinding(Field const&) {}
-// The fixed-part types and their copy functions come with fixed and direct access.
-void GenOutput::genFixedStruct(Struct&) {}
-void GenOutput::outputFixed(Struct&) {}
 // XML and JSON access come with their own section.
 void GenOutput::outputXmlRW(Class&) {}
 void GenOutput::outputJsonW(Class&) {}

@@ -173,6 +173,10 @@ protected:
     // Fixed and direct access (gen_fixed.cpp).
     // The C type of a direct struct, "{s}_d{suffix}".
     void direct_struct_output(Struct& s, mstring const& suffix);
+    // The C type of the fixed-size part of a struct or class, "{s}_fixed",
+    // and the two functions that read and write it in one call.
+    void genFixedStruct(Struct& s);
+    void outputFixed(Struct& s);
 
     // Index API (gen_index.cpp): the search functions of one index and
     // its nested C++ class.
@@ -189,9 +193,6 @@ protected:
     // The C# and Java declaration of a scalar field, whose type the
     // language bindings map.
     void outputScalarBinding(Field const& f);
-    // The C type of the fixed-size part of a struct or class, and its copy functions.
-    void genFixedStruct(Struct& s);
-    void outputFixed(Struct& s);
     // XML and JSON access of a class.
     void outputXmlRW(Class& c);
     void outputJsonW(Class& c);
@@ -244,6 +245,10 @@ protected:
     int m_typeNameWidth = 0;
     int m_retTypeWidth = 8;
     int m_funcNameWidth = 20;
+    // Structs whose fixed type, and whose fixed functions, are written
+    // already: a nested struct's come first, whatever the set order.
+    mvector<Struct const*> v_fixedTypesWritten;
+    mvector<Struct const*> v_fixedFunctionsWritten;
     // The C++ property members of the struct being written; its wrapper's
     // constructor points them at the object.
     mvector<mstring> v_cppProperty;

@@ -95,16 +95,20 @@ struct Compiled {
     ProcessResult result;
 };
 
-// The lines of the "class {name} methods" section of a header.
+// The lines of the "class {name} methods" section of a header, without the
+// fixed-part functions that follow the last section.
 std::vector<std::string> methods(std::string const& h, std::string const& name) {
     size_t at = h.find("/* class " + name + " methods");
-    size_t end = std::min(h.find("/*-----", at), h.find("#ifdef __cplusplus", at));
+    size_t end = std::min({h.find("/*-----", at), h.find("#ifdef __cplusplus", at),
+                           h.rfind('\n', h.find(" " + name + "_fixed_get ", at)) + 1});
     std::vector<std::string> lines;
     std::string section = at == std::string::npos ? "" : h.substr(at, end - at);
     for (size_t p = 0, q; p < section.size(); p = q + 1) {
         q = section.find('\n', p);
         lines.push_back(section.substr(p, q - p));
     }
+    while (!lines.empty() && lines.back().empty())
+        lines.pop_back();
     return lines;
 }
 
@@ -377,4 +381,77 @@ TEST(ApiOutput, PlacementRelativeCodesAndHiddenClasses) {
     EXPECT_TRUE(contains(h, "B_new"));
     EXPECT_TRUE(contains(hidden.text("db.hpp"), "class A : public ZylBase_\n{\n  public:\n\n};\n"));
     EXPECT_FALSE(contains(hidden.text("db.hpp"), "A::"));
+}
+
+// Texts of the fixed sections, by schema and options. A text beginning
+// with "!" must not appear.
+TEST(ApiOutput, SectionsOfUserFunctionsAccessAndFixedParts) {
+    struct {
+        char const* schema;
+        std::vector<std::string> flags;
+        char const* file;
+        std::vector<std::string> texts;
+    } const cases[] = {
+        // Arrays wait for their functions; a direct struct's fixed functions
+        // come with its field functions, which a list of hidden classes gives.
+        {"oid.zyl", {}, "ko.h", {"typedef struct Doc_fixed_ {\n  uint4 n;\n  int2 rank;\n  uint1 rank_indicator;\n"}},
+        {"direct.zyl", {}, "dr.h", {"typedef struct Dir_fixed_ {\n  int4 a;\n  char b[2];\n", "!Dir_fixed_get"}},
+        {"direct.zyl", {"--hide", "Nothing"}, "dr.h", {"Dir_fixed_get", "Pk_fixed_put"}},
+    };
+    for (auto const& c : cases) {
+        Compiled out(kSchemas + c.schema, c.flags, true);
+        ASSERT_EQ(out.result.status, 0) << out.result.err;
+        std::string const text = out.text(c.file);
+        for (std::string const& t : c.texts) {
+            if (t[0] == '!')
+                EXPECT_FALSE(contains(text, t.substr(1))) << c.schema << " " << c.file << "\n" << t;
+            else
+                EXPECT_TRUE(contains(text, t)) << c.schema << " " << c.file << "\n" << t;
+        }
+    }
+}
+
+// {s}_fixed_get reads every field, lets a null one pass and answers
+// ZYL_S_NULL_VALUE; a failing read ends the chain. tests/runtime/fixedcheck.c
+// stands in for the runtime and logs each call by field number. In
+// fixed.zyl: Range.low 3, high 4, low_indicator 5; Item.a 6, r 7, b 8, c 9,
+// d 10, b_indicator 11.
+TEST(ApiOutput, FixedPartChainsEveryFieldAndPassesNulls) {
+    if (::access(ZYLCOMP_TEST_CC, X_OK) != 0)
+        GTEST_SKIP() << "no C compiler";
+    Compiled gen(kSchemas + "fixed.zyl", {"--compiled-functions"}, true);
+    ASSERT_EQ(gen.result.status, 0) << gen.result.err;
+    ProcessResult cc = runProgram({ZYLCOMP_TEST_CC, "-std=c99", "-Wall", "-Werror", kRuntime, "-I.",
+                                   "-ffunction-sections", "-Wl,--gc-sections",
+                                   std::string(ZYLCOMP_TESTS_DIR) + "/runtime/fixedcheck.c", "fx.c", "-o", "check"},
+                                  gen.dir.path());
+    ASSERT_EQ(cc.status, 0) << cc.err;
+    struct {
+        std::vector<std::string> args;
+        char const* out;
+    } const cases[] = {
+        // b is null: its value is not read, the fields behind it are.
+        {{"get", "11", "0"},
+         " get 6 get 7 get 5 get 3 get 4 get 5 get 11 get 9 get 10 get 11\n"
+         "rc=3 a=106 r={103 104 1} b=0 c=jjj d=110 b_indicator=0\n"},
+        // A null inside the nested struct passes out of it the same way.
+        {{"get", "5", "0"},
+         " get 6 get 7 get 5 get 4 get 5 get 11 get 8 get 9 get 10 get 11\n"
+         "rc=3 a=106 r={0 104 0} b=108 c=jjj d=110 b_indicator=1\n"},
+        // A failing read ends the chain with its code.
+        {{"get", "0", "9"},
+         " get 6 get 7 get 5 get 3 get 4 get 5 get 11 get 8 get 9\n"
+         "rc=9 a=106 r={103 104 1} b=108 c=jjj d=0 b_indicator=0\n"},
+        // Every field is written in order; a nullable one sets its indicator
+        // first, and the indicator member, written last, has the final word.
+        {{"put"}, " put 6=-1 put 7 put 5=1 put 3=-2 put 4=-3 put 5=0 put 11=1 put 8=-4 put 9=xyz put 10=-5 "
+                  "put 11=1\nrc=0\n"},
+    };
+    for (auto const& c : cases) {
+        std::vector<std::string> argv = {gen.dir.file("check")};
+        argv.insert(argv.end(), c.args.begin(), c.args.end());
+        ProcessResult run = runProgram(argv, gen.dir.path());
+        EXPECT_EQ(run.status, 0) << run.err;
+        EXPECT_EQ(run.out, c.out) << ::testing::PrintToString(c.args);
+    }
 }
