@@ -1,10 +1,6 @@
 #include "host/zylcomp/genoutput.h"
 
 // These sections are written by later work; until then they write nothing.
-void GenOutput::outputCalculator() {}
-void GenOutput::outputUserdef() {}
-void GenOutput::outputCollation() {}
-
 // Fields the field API hands on come with the vector and array section and
 // with the optional, spatial, blob and sequence section.
 void GenOutput::output_optional_field(Struct&, Class*, Field&) {}

@@ -178,6 +178,12 @@ protected:
     void genFixedStruct(Struct& s);
     void outputFixed(Struct& s);
 
+    // User-defined indexes and collations (gen_userdef.cpp; the calculator
+    // and the two tables are sections of run()).
+    // One function the user fills in: its prototype to {db}.h, a body that
+    // returns 0 under `comment` to the skeleton file `file`.
+    void writeSkeleton(IOutStream* file, mstring const& head, char const* comment);
+
     // Index API (gen_index.cpp): the search functions of one index and
     // its nested C++ class.
     void outputIndex(Class& c, Index& idx);

@@ -75,7 +75,31 @@ Refusal const kRefusals[] = {
     {"columns_only.zyl", "--cpp", true, "does not name a type"},
 };
 
+// Options a schema is compiled with in every mode, and the skeleton files
+// its compile writes beside {db}.c, which are compiled too.
+struct Extras {
+    char const* schema;
+    std::vector<std::string> flags;
+    std::vector<std::string> skeletons;
+};
+
+Extras const kExtras[] = {
+    {"userdef.zyl", {}, {"ud_udf.c", "ud_coll.c"}},
+};
+
 bool has(std::vector<std::string> const& v, char const* s) { return std::find(v.begin(), v.end(), s) != v.end(); }
+
+bool endsWith(std::string const& s, char const* end) {
+    size_t n = std::strlen(end);
+    return s.size() >= n && s.compare(s.size() - n, n, end) == 0;
+}
+
+Extras extras(std::string const& schema) {
+    for (Extras const& e : kExtras)
+        if (endsWith(schema, e.schema))
+            return e;
+    return {"", {}, {}};
+}
 
 std::string masked(std::string const& text) {
     return std::regex_replace(text, std::regex(" \\* at [^\n]*\n"), " * at TIME\n");
@@ -156,7 +180,10 @@ TEST(ApiCompile, GeneratedFilesCompileInEveryMode) {
     for (std::string const& schema : schemas) {
         for (Mode const& mode : kModes) {
             SCOPED_TRACE(schema + " " + ::testing::PrintToString(mode.flags));
-            Compiled gen(schema, mode.flags, true);
+            Extras const extra = extras(schema);
+            std::vector<std::string> options = mode.flags;
+            options.insert(options.end(), extra.flags.begin(), extra.flags.end());
+            Compiled gen(schema, options, true);
             ASSERT_EQ(gen.result.status, 0) << gen.result.err;
             std::string db;  // {db}.h is the one header written
             for (std::string const& name : gen.dir.list())
@@ -170,6 +197,13 @@ TEST(ApiCompile, GeneratedFilesCompileInEveryMode) {
             std::vector<std::string> cc = {ZYLCOMP_TEST_CC, "-std=c99", "-c", db + ".c"};
             cc.insert(cc.end(), flags.begin(), flags.end());
             expectCompiles(runProgram(cc, gen.dir.path()), refusal(schema, mode, false));
+            // The skeletons include {db}.h; they compile wherever {db}.c does.
+            for (std::string const& skeleton : extra.skeletons) {
+                ASSERT_TRUE(has(gen.dir.list(), skeleton.c_str())) << skeleton;
+                cc[3] = skeleton;
+                if (refusal(schema, mode, false) == nullptr)
+                    expectCompiles(runProgram(cc, gen.dir.path()), nullptr);
+            }
             if (has(mode.flags, "--cpp")) {
                 std::vector<std::string> cxx = {ZYLCOMP_TEST_CXX, "-std=c++11", "-fsyntax-only", "-x", "c++",
                                                 db + ".hpp"};
@@ -383,8 +417,8 @@ TEST(ApiOutput, PlacementRelativeCodesAndHiddenClasses) {
     EXPECT_FALSE(contains(hidden.text("db.hpp"), "A::"));
 }
 
-// Texts of the fixed sections, by schema and options. A text beginning
-// with "!" must not appear.
+// Texts of the user-defined, collation, calculator and fixed sections, by
+// schema and options. A text beginning with "!" must not appear.
 TEST(ApiOutput, SectionsOfUserFunctionsAccessAndFixedParts) {
     struct {
         char const* schema;
@@ -392,6 +426,33 @@ TEST(ApiOutput, SectionsOfUserFunctionsAccessAndFixedParts) {
         char const* file;
         std::vector<std::string> texts;
     } const cases[] = {
+        // Table entries point at the user's functions; only hash indexes and
+        // collations a hash index uses hash. Skeletons return 0.
+        {"userdef.zyl", {}, "ud.c",
+         {"    fptrs[0].fcomp_ext.vb  = (zyl_compare_extkey_userdef_vb_f) Item_byName_compare_ext;\n"
+          "    fptrs[0].fhash.vb      = (zyl_hash_userdef_vb_f)           0;\n",
+          "    fptrs[1].fhash_ext.u   = (zyl_hash_extkey_userdef_f)       Doc_byCode_hash_ext;\n",
+          "    fptrs[0].hash = (zyl_hash_collation_f)    plain_collation_hash;\n"
+          "    fptrs[1].comp = (zyl_compare_collation_f) wide_collation_compare;\n"
+          "    fptrs[1].hash = (zyl_hash_collation_f)    0;\n",
+          "    { \"Item\", 1000, Item_code },\n    { \"Doc\", 20, Doc_code },\n  };\n\n"
+          "  calc.classes = calc_classes;\n  calc.nclasses = 2;\n  return &calc;\n"}},
+        {"userdef.zyl", {}, "ud_udf.c",
+         {"/*\n\n* API for the user-defined index \"byCode\"\n\n*/\n\nint Doc_byCode_compare_obj ( Doc * obj1, uint2 "
+          "index1, Doc * obj2, uint2 index2 )\n{\n/* object-to-object user-defined compare function */\n\n  return "
+          "0;\n}\n\n",
+          "!Doc_byKind_hash"}},
+        {"userdef.zyl", {}, "ud_coll.c",
+         {"int wide_collation_compare ( const nchar_t * str1, uint2 len1, const nchar_t * str2, uint2 len2 )\n"}},
+        // A hidden class keeps the places of its index and of the collation
+        // only it uses, with null entries and no skeleton.
+        {"userdef.zyl", {"--hide", "Item"}, "ud.c",
+         {"    fptrs[0].fcomp.vb      = (zyl_compare_userdef_vb_f)        0;\n",
+          "    fptrs[1].comp = (zyl_compare_collation_f) 0;\n"}},
+        {"userdef.zyl", {"--hide", "Item"}, "ud_udf.c", {"!Item_", "Doc_byKind_compare_ext"}},
+        {"userdef.zyl", {"--hide", "Item"}, "ud_coll.c", {"!wide_", "plain_collation_hash"}},
+        {"userdef.zyl", {"--prefix-names"}, "ud.c", {"    { \"ud_Item\", 1000, ud_Item_code },\n"}},
+        {"shop.zyl", {}, "shop.c", {"{\n  return (zyl_calculator_h)NULLPTR;\n}\n\n", "!get_udfs"}},
         // Arrays wait for their functions; a direct struct's fixed functions
         // come with its field functions, which a list of hidden classes gives.
         {"oid.zyl", {}, "ko.h", {"typedef struct Doc_fixed_ {\n  uint4 n;\n  int2 rank;\n  uint1 rank_indicator;\n"}},
@@ -409,6 +470,29 @@ TEST(ApiOutput, SectionsOfUserFunctionsAccessAndFixedParts) {
                 EXPECT_TRUE(contains(text, t)) << c.schema << " " << c.file << "\n" << t;
         }
     }
+}
+
+// A skeleton a person has filled in stays: the compile writes "{file}.new"
+// beside it and warns, and the tables in {db}.c do not change.
+TEST(ApiOutput, ExistingSkeletonsAreKept) {
+    Compiled first(kSchemas + "userdef.zyl", {}, true);
+    ASSERT_EQ(first.result.status, 0) << first.result.err;
+    std::string const source = first.text("ud.c");
+    std::vector<std::string> const skeletons = {"ud_udf.c", "ud_coll.c"};
+    std::vector<std::string> generated;
+    for (std::string const& name : skeletons) {
+        generated.push_back(first.text(name));
+        first.dir.write(name, "/* filled in */\n");
+    }
+    ProcessResult again = runProgram({cliPath(), kSchemas + "userdef.zyl"}, first.dir.path());
+    ASSERT_EQ(again.status, 0) << again.err;
+    EXPECT_EQ(again.err, "warning: file ud_udf.c exists, generate ud_udf.c.new\n"
+                         "warning: file ud_coll.c exists, generate ud_coll.c.new\n");
+    for (size_t i = 0; i < skeletons.size(); i++) {
+        EXPECT_EQ(readFile(first.dir.file(skeletons[i])), "/* filled in */\n");
+        EXPECT_EQ(first.text(skeletons[i] + ".new"), generated[i]);
+    }
+    EXPECT_EQ(first.text("ud.c"), source);
 }
 
 // {s}_fixed_get reads every field, lets a null one pass and answers
