@@ -10,9 +10,6 @@ void GenOutput::output_spatial_field(Struct&, Class*, Field&) {}
 void GenOutput::output_sequence_field(Struct&, Class*, Field&) {}
 // The C# and Java types of scalar fields come with the language bindings.
 void GenOutput::outputScalarBinding(Field const&) {}
-// XML and JSON access come with their own section.
-void GenOutput::outputXmlRW(Class&) {}
-void GenOutput::outputJsonW(Class&) {}
 // The C# and Java class declarations come with the language bindings.
 void GenOutput::outputClassHead(Class&) {}
 void GenOutput::outputClassEnd(Class&) {}

@@ -29,6 +29,7 @@ class Field;
 class Subst;
 class StrParams;
 struct FieldRow;
+struct AccessRow;
 
 class GenOutput {
 public:
@@ -184,6 +185,12 @@ protected:
     // returns 0 under `comment` to the skeleton file `file`.
     void writeSkeleton(IOutStream* file, mstring const& head, char const* comment);
 
+    // XML and JSON access of a class (gen_xmljson.cpp).
+    void outputXmlRW(Class& c);
+    void outputJsonW(Class& c);
+    // The C functions of `rows` and the C++ members that forward to them.
+    void outputAccessRows(Class& c, AccessRow const* rows, unsigned n);
+
     // Index API (gen_index.cpp): the search functions of one index and
     // its nested C++ class.
     void outputIndex(Class& c, Index& idx);
@@ -199,9 +206,6 @@ protected:
     // The C# and Java declaration of a scalar field, whose type the
     // language bindings map.
     void outputScalarBinding(Field const& f);
-    // XML and JSON access of a class.
-    void outputXmlRW(Class& c);
-    void outputJsonW(Class& c);
     // The C# and Java declaration of a class: its head before the fields,
     // its end after them.
     void outputClassHead(Class& c);

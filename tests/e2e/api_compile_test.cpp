@@ -84,6 +84,7 @@ struct Extras {
 };
 
 Extras const kExtras[] = {
+    {"xmljson.zyl", {"--xml-access", "--json-access"}, {}},
     {"userdef.zyl", {}, {"ud_udf.c", "ud_coll.c"}},
 };
 
@@ -417,8 +418,8 @@ TEST(ApiOutput, PlacementRelativeCodesAndHiddenClasses) {
     EXPECT_FALSE(contains(hidden.text("db.hpp"), "A::"));
 }
 
-// Texts of the user-defined, collation, calculator and fixed sections, by
-// schema and options. A text beginning with "!" must not appear.
+// Texts of the user-defined, collation, calculator, XML/JSON and fixed
+// sections, by schema and options. A text beginning with "!" must not appear.
 TEST(ApiOutput, SectionsOfUserFunctionsAccessAndFixedParts) {
     struct {
         char const* schema;
@@ -453,6 +454,19 @@ TEST(ApiOutput, SectionsOfUserFunctionsAccessAndFixedParts) {
         {"userdef.zyl", {"--hide", "Item"}, "ud_coll.c", {"!wide_", "plain_collation_hash"}},
         {"userdef.zyl", {"--prefix-names"}, "ud.c", {"    { \"ud_Item\", 1000, ud_Item_code },\n"}},
         {"shop.zyl", {}, "shop.c", {"{\n  return (zyl_calculator_h)NULLPTR;\n}\n\n", "!get_udfs"}},
+        // XML without JSON, JSON without XML; a hidden class keeps both, an
+        // object holding a sequence has no XML form.
+        {"xmljson.zyl", {"--xml-access"}, "xj.h",
+         {"Item_xml_get", "Item_xml_put", "Item_xml_create", "Note_xml_schema", "!_json_"}},
+        {"xmljson.zyl", {"--json-access"}, "xj.h", {"Note_json_get", "!_xml_"}},
+        {"xmljson.zyl", {"--xml-access", "--json-access", "--hide", "Item", "-c"}, "xj.c",
+         {"{ return zyl_w_xml_create_object( t, xml, (zyl_objhandle_h)handle, 1); \n}\n\n",
+          "{ return zyl_w_json_get_object( (zyl_objhandle_h)handle,  stream_handle, o_stream, 1); \n}\n\n",
+          "!Item_new"}},
+        {"xmljson.zyl", {"--xml-access", "--cpp"}, "xj.hpp",
+         {"inline  ZYL_RET Item:: xml_create( zyl_trans_h t, const char * xml)\n{ ZYL_RET ret_ = "
+          "xj::Item_xml_create(t,xml,this); set_valid(ret_==ZYL_S_OK); return ret_; \n} \n\n"}},
+        {"columns.zyl", {"--xml-access", "--json-access"}, "col.h", {"!Tick_xml_", "Tick_json_get"}},
         // Arrays wait for their functions; a direct struct's fixed functions
         // come with its field functions, which a list of hidden classes gives.
         {"oid.zyl", {}, "ko.h", {"typedef struct Doc_fixed_ {\n  uint4 n;\n  int2 rank;\n  uint1 rank_indicator;\n"}},

@@ -97,6 +97,9 @@ typedef struct zyl_search_kwd_t_ {
     uint2 len;
 } zyl_search_kwd_t;
 
+/* XML and JSON access write through the caller's function. */
+typedef int (*zyl_stream_write)(void* stream_handle, const void* from, unsigned nbytes);
+
 /* Columns of a class declared with "sequences". */
 typedef struct zyl_seq_iterator_t_* zyl_seq_iterator_h;
 
