@@ -1,9 +1,184 @@
-// Fixed and direct structure access. So far the C type of a direct struct,
-// which the field API and the dictionary name; the fixed-part types and
-// their copy functions come later.
+// Fixed and direct structure access.
+//
+// A fixed structure is a plain C struct with the fixed-size fields of a
+// struct or class, so that an application reads or writes all of them in
+// one call; {s}_fixed_get and {s}_fixed_put chain the field functions for
+// it. A direct struct's C type is its stored image, laid out by the C
+// compiler, so the dictionary can name its sizes and offsets.
+//
+// The fixed type and functions of a nested struct are written before those
+// of the struct that holds it, whatever the set order: C needs a member's
+// type complete, and an inline body must see the functions it calls.
 #include "foundation/ut.h"
 #include "host/zylcomp/genoutput.h"
 #include "host/zylcomp/schema.h"
+
+namespace {
+
+// Arrays and spatial fields are read and written by the functions of the
+// array and spatial sections, which the generator does not write yet. Until
+// it does, the fixed part leaves them out, so that what it calls exists.
+constexpr bool kArrayFunctionsWritten = false;
+
+bool hasFixedPart(Struct const& s);
+
+// A field the fixed structure holds: fixed in size and read by one call.
+// An array of characters is read element by element, so of the arrays only
+// those of scalars count (spatial fields among them); a struct counts when
+// it has a fixed part of its own.
+bool isFixedField(Field const& f) {
+    if (f.m_isHidden || f.m_isVector || f.m_isOptional)
+        return false;
+    switch (f.m_struct->m_category) {
+    case TC_SCALAR:
+        return !f.m_isArray || kArrayFunctionsWritten;
+    case TC_CHARS:
+    case TC_NCHARS:
+    case TC_BINARY:
+        return !f.m_isArray;
+    case TC_STRUCT:
+        return !f.m_isArray && hasFixedPart(*f.m_struct);
+    default:
+        return false;
+    }
+}
+
+bool hasFixedPart(Struct const& s) {
+    if (s.m_category == TC_OID_REF)
+        return false;
+    for (unsigned i = 0; i < s.v_field.size(); i++)
+        if (isFixedField(s.v_field[static_cast<int>(i)]))
+            return true;
+    return false;
+}
+
+// True when `s` is in `done` already; otherwise it is added.
+bool seenBefore(mvector<Struct const*>& done, Struct const& s) {
+    for (unsigned i = 0; i < done.size(); i++)
+        if (done[static_cast<int>(i)] == &s)
+            return true;
+    done.push_back(&s);
+    return false;
+}
+
+// The values the templates of one fixed field draw on. {n} is the length of
+// a character field in its own units, {dim} the dimension of an array.
+Subst fixedFieldSubst(Struct const& s, Field const& f) {
+    Struct const& t = *f.m_struct;
+    int bytes = t.m_layout.compact.m_size.m_num;
+    Subst v;
+    v.set("s", s.m_name)
+        .set("field", f.m_name)
+        .set("t", t.m_name)
+        .set("ctype", t.m_cType)
+        .set("n", UT::n2s(t.m_category == TC_NCHARS ? bytes / 2 : bytes))
+        .set("dim", f.m_isArray ? mstring("[") + UT::n2s(f.m_arraySize) + "]" : mstring())
+        .set("count", UT::n2s(f.m_arraySize));
+    return v;
+}
+
+}  // namespace
+
+void GenOutput::genFixedStruct(Struct& s) {
+    if (!hasFixedPart(s) || seenBefore(v_fixedTypesWritten, s))
+        return;
+    for (unsigned i = 0; i < s.v_field.size(); i++) {
+        Field const& f = s.v_field[static_cast<int>(i)];
+        if (isFixedField(f) && f.m_struct->m_category == TC_STRUCT)
+            genFixedStruct(*f.m_struct);
+    }
+
+    *m_h << "typedef struct " << s.m_name << "_fixed_ {\n";
+    for (unsigned i = 0; i < s.v_field.size(); i++) {
+        Field const& f = s.v_field[static_cast<int>(i)];
+        if (!isFixedField(f))
+            continue;
+        Subst v = fixedFieldSubst(s, f);
+        switch (f.m_struct->m_category) {
+        case TC_SCALAR:
+            *m_h << v.fill("  {ctype} {field}{dim};\n");
+            break;
+        case TC_CHARS:
+        case TC_BINARY:
+            *m_h << v.fill("  char {field}[{n}];\n");
+            break;
+        case TC_NCHARS:
+            *m_h << v.fill("  nchar_t {field}[{n}];\n");
+            break;
+        default:  // a struct
+            *m_h << v.fill("  {t}_fixed {field};\n");
+            break;
+        }
+    }
+    *m_h << "} " << s.m_name << "_fixed;\n\n";
+}
+
+void GenOutput::outputFixed(Struct& s) {
+    // Without an API there are no field functions to chain.
+    if (s.m_noApi || !hasFixedPart(s) || seenBefore(v_fixedFunctionsWritten, s))
+        return;
+    for (unsigned i = 0; i < s.v_field.size(); i++) {
+        Field const& f = s.v_field[static_cast<int>(i)];
+        if (isFixedField(f) && f.m_struct->m_category == TC_STRUCT)
+            outputFixed(*f.m_struct);
+    }
+
+    // Each field adds one link to both chains. A link that may meet a null
+    // value (a nullable field, or a struct that may hold one) lets it pass
+    // and remembers it in has_nulls_, so the remaining fields are still read.
+    mstring locals;
+    mstring getChain;
+    mstring putChain;
+    for (unsigned i = 0; i < s.v_field.size(); i++) {
+        Field const& f = s.v_field[static_cast<int>(i)];
+        if (!isFixedField(f))
+            continue;
+        Subst v = fixedFieldSubst(s, f);
+        char const* join = getChain.empty() ? "\n    " : "\n    && ";
+        getChain += join;
+        putChain += join;
+        mstring get;
+        mstring put;
+        if (f.m_struct->m_category == TC_STRUCT) {
+            // The nested object is reached through a handle of its own.
+            locals += v.fill("  {t} {field};\n");
+            getChain += v.fill("(((rc_ = {s}_{field}_read_handle(handle_, &{field})) == ZYL_S_OK"
+                               " && (rc_ = {t}_fixed_get(&{field}, &dst_->{field})) == ZYL_S_OK)"
+                               " || (has_nulls_ = rc_) == ZYL_S_NULL_VALUE)");
+            putChain += v.fill("(rc_ = {s}_{field}_write_handle(handle_, &{field})) == ZYL_S_OK"
+                               " && (rc_ = {t}_fixed_put(&{field}, &src_->{field})) == ZYL_S_OK");
+            continue;
+        }
+        if (f.m_isRect || f.m_isPoint) {
+            get = v.fill("{s}_{field}_get(handle_, dst_->{field})");
+            put = v.fill("{s}_{field}_put(handle_, src_->{field})");
+        } else if (f.m_isArray) {
+            get = v.fill("{s}_{field}_get_range(handle_, 0, {count}, dst_->{field})");
+            put = v.fill("{s}_{field}_put_range(handle_, 0, {count}, src_->{field})");
+        } else if (f.m_struct->m_category == TC_SCALAR) {
+            get = v.fill("{s}_{field}_get(handle_, &dst_->{field})");
+            put = v.fill("{s}_{field}_put(handle_, src_->{field})");
+        } else {
+            get = v.fill("{s}_{field}_get(handle_, dst_->{field}, {n})");
+            put = v.fill("{s}_{field}_put(handle_, src_->{field}, {n})");
+        }
+        if (f.m_isNullable)
+            getChain += "((rc_ = " + get + ") == ZYL_S_OK || (has_nulls_ = rc_) == ZYL_S_NULL_VALUE)";
+        else
+            getChain += "(rc_ = " + get + ") == ZYL_S_OK";
+        putChain += "(rc_ = " + put + ") == ZYL_S_OK";
+    }
+
+    Subst v;
+    v.set("s", s.m_name);
+    writeCFunction(functionHead(s.m_name + "_fixed_get", v.fill(" ( {s} *handle_, {s}_fixed* dst_ )"),
+                                s.m_outputWidth),
+                   "{ ZYL_RET rc_ = ZYL_S_OK, has_nulls_ = ZYL_S_OK;\n" + locals + "  return" + getChain +
+                       "\n  ? has_nulls_ : rc_;\n}\n\n");
+    writeCFunction(functionHead(s.m_name + "_fixed_put", v.fill(" ( {s} *handle_, {s}_fixed const* src_ )"),
+                                s.m_outputWidth),
+                   "{ ZYL_RET rc_;\n" + locals + "  return" + putChain + "\n  ? ZYL_S_OK : rc_;\n}\n\n");
+}
 
 // The stored image of a direct struct is this C type, laid out by the C
 // compiler; the dictionary's sizes and offsets refer to it by name.

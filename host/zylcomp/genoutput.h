@@ -29,6 +29,7 @@ class Field;
 class Subst;
 class StrParams;
 struct FieldRow;
+struct AccessRow;
 
 class GenOutput {
 public:
@@ -173,6 +174,22 @@ protected:
     // Fixed and direct access (gen_fixed.cpp).
     // The C type of a direct struct, "{s}_d{suffix}".
     void direct_struct_output(Struct& s, mstring const& suffix);
+    // The C type of the fixed-size part of a struct or class, "{s}_fixed",
+    // and the two functions that read and write it in one call.
+    void genFixedStruct(Struct& s);
+    void outputFixed(Struct& s);
+
+    // User-defined indexes and collations (gen_userdef.cpp; the calculator
+    // and the two tables are sections of run()).
+    // One function the user fills in: its prototype to {db}.h, a body that
+    // returns 0 under `comment` to the skeleton file `file`.
+    void writeSkeleton(IOutStream* file, mstring const& head, char const* comment);
+
+    // XML and JSON access of a class (gen_xmljson.cpp).
+    void outputXmlRW(Class& c);
+    void outputJsonW(Class& c);
+    // The C functions of `rows` and the C++ members that forward to them.
+    void outputAccessRows(Class& c, AccessRow const* rows, unsigned n);
 
     // Index API (gen_index.cpp): the search functions of one index and
     // its nested C++ class.
@@ -189,12 +206,6 @@ protected:
     // The C# and Java declaration of a scalar field, whose type the
     // language bindings map.
     void outputScalarBinding(Field const& f);
-    // The C type of the fixed-size part of a struct or class, and its copy functions.
-    void genFixedStruct(Struct& s);
-    void outputFixed(Struct& s);
-    // XML and JSON access of a class.
-    void outputXmlRW(Class& c);
-    void outputJsonW(Class& c);
     // The C# and Java declaration of a class: its head before the fields,
     // its end after them.
     void outputClassHead(Class& c);
@@ -244,6 +255,10 @@ protected:
     int m_typeNameWidth = 0;
     int m_retTypeWidth = 8;
     int m_funcNameWidth = 20;
+    // Structs whose fixed type, and whose fixed functions, are written
+    // already: a nested struct's come first, whatever the set order.
+    mvector<Struct const*> v_fixedTypesWritten;
+    mvector<Struct const*> v_fixedFunctionsWritten;
     // The C++ property members of the struct being written; its wrapper's
     // constructor points them at the object.
     mvector<mstring> v_cppProperty;

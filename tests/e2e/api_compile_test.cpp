@@ -75,7 +75,32 @@ Refusal const kRefusals[] = {
     {"columns_only.zyl", "--cpp", true, "does not name a type"},
 };
 
+// Options a schema is compiled with in every mode, and the skeleton files
+// its compile writes beside {db}.c, which are compiled too.
+struct Extras {
+    char const* schema;
+    std::vector<std::string> flags;
+    std::vector<std::string> skeletons;
+};
+
+Extras const kExtras[] = {
+    {"xmljson.zyl", {"--xml-access", "--json-access"}, {}},
+    {"userdef.zyl", {}, {"ud_udf.c", "ud_coll.c"}},
+};
+
 bool has(std::vector<std::string> const& v, char const* s) { return std::find(v.begin(), v.end(), s) != v.end(); }
+
+bool endsWith(std::string const& s, char const* end) {
+    size_t n = std::strlen(end);
+    return s.size() >= n && s.compare(s.size() - n, n, end) == 0;
+}
+
+Extras extras(std::string const& schema) {
+    for (Extras const& e : kExtras)
+        if (endsWith(schema, e.schema))
+            return e;
+    return {"", {}, {}};
+}
 
 std::string masked(std::string const& text) {
     return std::regex_replace(text, std::regex(" \\* at [^\n]*\n"), " * at TIME\n");
@@ -95,16 +120,20 @@ struct Compiled {
     ProcessResult result;
 };
 
-// The lines of the "class {name} methods" section of a header.
+// The lines of the "class {name} methods" section of a header, without the
+// fixed-part functions that follow the last section.
 std::vector<std::string> methods(std::string const& h, std::string const& name) {
     size_t at = h.find("/* class " + name + " methods");
-    size_t end = std::min(h.find("/*-----", at), h.find("#ifdef __cplusplus", at));
+    size_t end = std::min({h.find("/*-----", at), h.find("#ifdef __cplusplus", at),
+                           h.rfind('\n', h.find(" " + name + "_fixed_get ", at)) + 1});
     std::vector<std::string> lines;
     std::string section = at == std::string::npos ? "" : h.substr(at, end - at);
     for (size_t p = 0, q; p < section.size(); p = q + 1) {
         q = section.find('\n', p);
         lines.push_back(section.substr(p, q - p));
     }
+    while (!lines.empty() && lines.back().empty())
+        lines.pop_back();
     return lines;
 }
 
@@ -152,7 +181,10 @@ TEST(ApiCompile, GeneratedFilesCompileInEveryMode) {
     for (std::string const& schema : schemas) {
         for (Mode const& mode : kModes) {
             SCOPED_TRACE(schema + " " + ::testing::PrintToString(mode.flags));
-            Compiled gen(schema, mode.flags, true);
+            Extras const extra = extras(schema);
+            std::vector<std::string> options = mode.flags;
+            options.insert(options.end(), extra.flags.begin(), extra.flags.end());
+            Compiled gen(schema, options, true);
             ASSERT_EQ(gen.result.status, 0) << gen.result.err;
             std::string db;  // {db}.h is the one header written
             for (std::string const& name : gen.dir.list())
@@ -166,6 +198,13 @@ TEST(ApiCompile, GeneratedFilesCompileInEveryMode) {
             std::vector<std::string> cc = {ZYLCOMP_TEST_CC, "-std=c99", "-c", db + ".c"};
             cc.insert(cc.end(), flags.begin(), flags.end());
             expectCompiles(runProgram(cc, gen.dir.path()), refusal(schema, mode, false));
+            // The skeletons include {db}.h; they compile wherever {db}.c does.
+            for (std::string const& skeleton : extra.skeletons) {
+                ASSERT_TRUE(has(gen.dir.list(), skeleton.c_str())) << skeleton;
+                cc[3] = skeleton;
+                if (refusal(schema, mode, false) == nullptr)
+                    expectCompiles(runProgram(cc, gen.dir.path()), nullptr);
+            }
             if (has(mode.flags, "--cpp")) {
                 std::vector<std::string> cxx = {ZYLCOMP_TEST_CXX, "-std=c++11", "-fsyntax-only", "-x", "c++",
                                                 db + ".hpp"};
@@ -377,4 +416,140 @@ TEST(ApiOutput, PlacementRelativeCodesAndHiddenClasses) {
     EXPECT_TRUE(contains(h, "B_new"));
     EXPECT_TRUE(contains(hidden.text("db.hpp"), "class A : public ZylBase_\n{\n  public:\n\n};\n"));
     EXPECT_FALSE(contains(hidden.text("db.hpp"), "A::"));
+}
+
+// Texts of the user-defined, collation, calculator, XML/JSON and fixed
+// sections, by schema and options. A text beginning with "!" must not appear.
+TEST(ApiOutput, SectionsOfUserFunctionsAccessAndFixedParts) {
+    struct {
+        char const* schema;
+        std::vector<std::string> flags;
+        char const* file;
+        std::vector<std::string> texts;
+    } const cases[] = {
+        // Table entries point at the user's functions; only hash indexes and
+        // collations a hash index uses hash. Skeletons return 0.
+        {"userdef.zyl", {}, "ud.c",
+         {"    fptrs[0].fcomp_ext.vb  = (zyl_compare_extkey_userdef_vb_f) Item_byName_compare_ext;\n"
+          "    fptrs[0].fhash.vb      = (zyl_hash_userdef_vb_f)           0;\n",
+          "    fptrs[1].fhash_ext.u   = (zyl_hash_extkey_userdef_f)       Doc_byCode_hash_ext;\n",
+          "    fptrs[0].hash = (zyl_hash_collation_f)    plain_collation_hash;\n"
+          "    fptrs[1].comp = (zyl_compare_collation_f) wide_collation_compare;\n"
+          "    fptrs[1].hash = (zyl_hash_collation_f)    0;\n",
+          "    { \"Item\", 1000, Item_code },\n    { \"Doc\", 20, Doc_code },\n  };\n\n"
+          "  calc.classes = calc_classes;\n  calc.nclasses = 2;\n  return &calc;\n"}},
+        {"userdef.zyl", {}, "ud_udf.c",
+         {"/*\n\n* API for the user-defined index \"byCode\"\n\n*/\n\nint Doc_byCode_compare_obj ( Doc * obj1, uint2 "
+          "index1, Doc * obj2, uint2 index2 )\n{\n/* object-to-object user-defined compare function */\n\n  return "
+          "0;\n}\n\n",
+          "!Doc_byKind_hash"}},
+        {"userdef.zyl", {}, "ud_coll.c",
+         {"int wide_collation_compare ( const nchar_t * str1, uint2 len1, const nchar_t * str2, uint2 len2 )\n"}},
+        // A hidden class keeps the places of its index and of the collation
+        // only it uses, with null entries and no skeleton.
+        {"userdef.zyl", {"--hide", "Item"}, "ud.c",
+         {"    fptrs[0].fcomp.vb      = (zyl_compare_userdef_vb_f)        0;\n",
+          "    fptrs[1].comp = (zyl_compare_collation_f) 0;\n"}},
+        {"userdef.zyl", {"--hide", "Item"}, "ud_udf.c", {"!Item_", "Doc_byKind_compare_ext"}},
+        {"userdef.zyl", {"--hide", "Item"}, "ud_coll.c", {"!wide_", "plain_collation_hash"}},
+        {"userdef.zyl", {"--prefix-names"}, "ud.c", {"    { \"ud_Item\", 1000, ud_Item_code },\n"}},
+        {"shop.zyl", {}, "shop.c", {"{\n  return (zyl_calculator_h)NULLPTR;\n}\n\n", "!get_udfs"}},
+        // XML without JSON, JSON without XML; a hidden class keeps both, an
+        // object holding a sequence has no XML form.
+        {"xmljson.zyl", {"--xml-access"}, "xj.h",
+         {"Item_xml_get", "Item_xml_put", "Item_xml_create", "Note_xml_schema", "!_json_"}},
+        {"xmljson.zyl", {"--json-access"}, "xj.h", {"Note_json_get", "!_xml_"}},
+        {"xmljson.zyl", {"--xml-access", "--json-access", "--hide", "Item", "-c"}, "xj.c",
+         {"{ return zyl_w_xml_create_object( t, xml, (zyl_objhandle_h)handle, 1); \n}\n\n",
+          "{ return zyl_w_json_get_object( (zyl_objhandle_h)handle,  stream_handle, o_stream, 1); \n}\n\n",
+          "!Item_new"}},
+        {"xmljson.zyl", {"--xml-access", "--cpp"}, "xj.hpp",
+         {"inline  ZYL_RET Item:: xml_create( zyl_trans_h t, const char * xml)\n{ ZYL_RET ret_ = "
+          "xj::Item_xml_create(t,xml,this); set_valid(ret_==ZYL_S_OK); return ret_; \n} \n\n"}},
+        {"columns.zyl", {"--xml-access", "--json-access"}, "col.h", {"!Tick_xml_", "Tick_json_get"}},
+        // Arrays wait for their functions; a direct struct's fixed functions
+        // come with its field functions, which a list of hidden classes gives.
+        {"oid.zyl", {}, "ko.h", {"typedef struct Doc_fixed_ {\n  uint4 n;\n  int2 rank;\n  uint1 rank_indicator;\n"}},
+        {"direct.zyl", {}, "dr.h", {"typedef struct Dir_fixed_ {\n  int4 a;\n  char b[2];\n", "!Dir_fixed_get"}},
+        {"direct.zyl", {"--hide", "Nothing"}, "dr.h", {"Dir_fixed_get", "Pk_fixed_put"}},
+    };
+    for (auto const& c : cases) {
+        Compiled out(kSchemas + c.schema, c.flags, true);
+        ASSERT_EQ(out.result.status, 0) << out.result.err;
+        std::string const text = out.text(c.file);
+        for (std::string const& t : c.texts) {
+            if (t[0] == '!')
+                EXPECT_FALSE(contains(text, t.substr(1))) << c.schema << " " << c.file << "\n" << t;
+            else
+                EXPECT_TRUE(contains(text, t)) << c.schema << " " << c.file << "\n" << t;
+        }
+    }
+}
+
+// A skeleton a person has filled in stays: the compile writes "{file}.new"
+// beside it and warns, and the tables in {db}.c do not change.
+TEST(ApiOutput, ExistingSkeletonsAreKept) {
+    Compiled first(kSchemas + "userdef.zyl", {}, true);
+    ASSERT_EQ(first.result.status, 0) << first.result.err;
+    std::string const source = first.text("ud.c");
+    std::vector<std::string> const skeletons = {"ud_udf.c", "ud_coll.c"};
+    std::vector<std::string> generated;
+    for (std::string const& name : skeletons) {
+        generated.push_back(first.text(name));
+        first.dir.write(name, "/* filled in */\n");
+    }
+    ProcessResult again = runProgram({cliPath(), kSchemas + "userdef.zyl"}, first.dir.path());
+    ASSERT_EQ(again.status, 0) << again.err;
+    EXPECT_EQ(again.err, "warning: file ud_udf.c exists, generate ud_udf.c.new\n"
+                         "warning: file ud_coll.c exists, generate ud_coll.c.new\n");
+    for (size_t i = 0; i < skeletons.size(); i++) {
+        EXPECT_EQ(readFile(first.dir.file(skeletons[i])), "/* filled in */\n");
+        EXPECT_EQ(first.text(skeletons[i] + ".new"), generated[i]);
+    }
+    EXPECT_EQ(first.text("ud.c"), source);
+}
+
+// {s}_fixed_get reads every field, lets a null one pass and answers
+// ZYL_S_NULL_VALUE; a failing read ends the chain. tests/runtime/fixedcheck.c
+// stands in for the runtime and logs each call by field number. In
+// fixed.zyl: Range.low 3, high 4, low_indicator 5; Item.a 6, r 7, b 8, c 9,
+// d 10, b_indicator 11.
+TEST(ApiOutput, FixedPartChainsEveryFieldAndPassesNulls) {
+    if (::access(ZYLCOMP_TEST_CC, X_OK) != 0)
+        GTEST_SKIP() << "no C compiler";
+    Compiled gen(kSchemas + "fixed.zyl", {"--compiled-functions"}, true);
+    ASSERT_EQ(gen.result.status, 0) << gen.result.err;
+    ProcessResult cc = runProgram({ZYLCOMP_TEST_CC, "-std=c99", "-Wall", "-Werror", kRuntime, "-I.",
+                                   "-ffunction-sections", "-Wl,--gc-sections",
+                                   std::string(ZYLCOMP_TESTS_DIR) + "/runtime/fixedcheck.c", "fx.c", "-o", "check"},
+                                  gen.dir.path());
+    ASSERT_EQ(cc.status, 0) << cc.err;
+    struct {
+        std::vector<std::string> args;
+        char const* out;
+    } const cases[] = {
+        // b is null: its value is not read, the fields behind it are.
+        {{"get", "11", "0"},
+         " get 6 get 7 get 5 get 3 get 4 get 5 get 11 get 9 get 10 get 11\n"
+         "rc=3 a=106 r={103 104 1} b=0 c=jjj d=110 b_indicator=0\n"},
+        // A null inside the nested struct passes out of it the same way.
+        {{"get", "5", "0"},
+         " get 6 get 7 get 5 get 4 get 5 get 11 get 8 get 9 get 10 get 11\n"
+         "rc=3 a=106 r={0 104 0} b=108 c=jjj d=110 b_indicator=1\n"},
+        // A failing read ends the chain with its code.
+        {{"get", "0", "9"},
+         " get 6 get 7 get 5 get 3 get 4 get 5 get 11 get 8 get 9\n"
+         "rc=9 a=106 r={103 104 1} b=108 c=jjj d=0 b_indicator=0\n"},
+        // Every field is written in order; a nullable one sets its indicator
+        // first, and the indicator member, written last, has the final word.
+        {{"put"}, " put 6=-1 put 7 put 5=1 put 3=-2 put 4=-3 put 5=0 put 11=1 put 8=-4 put 9=xyz put 10=-5 "
+                  "put 11=1\nrc=0\n"},
+    };
+    for (auto const& c : cases) {
+        std::vector<std::string> argv = {gen.dir.file("check")};
+        argv.insert(argv.end(), c.args.begin(), c.args.end());
+        ProcessResult run = runProgram(argv, gen.dir.path());
+        EXPECT_EQ(run.status, 0) << run.err;
+        EXPECT_EQ(run.out, c.out) << ::testing::PrintToString(c.args);
+    }
 }

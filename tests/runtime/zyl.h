@@ -24,6 +24,17 @@ typedef uint64_t uint8;
 typedef size_t zyl_size_t;
 typedef uint32_t zyl_offs_t;
 typedef struct zyl_calculator_t_* zyl_calculator_h;
+/* The calculator's table: each class with its number of objects. */
+typedef struct zyl_calc_class_t_ {
+    const char* name;
+    uint4 count;
+    uint2 class_code;
+} zyl_calc_class_t;
+typedef struct zyl_calculator_t_ {
+    zyl_calc_class_t* classes;
+    int nclasses;
+} zyl_calculator_t;
+#define NULLPTR ((void*)0)
 typedef struct ZYL_Hf_ { void* obj; } ZYL_Hf;
 
 void zyl_assign_handle(ZYL_Hf* dest, const ZYL_Hf* src);
@@ -85,6 +96,9 @@ typedef struct zyl_search_kwd_t_ {
     const char* word;
     uint2 len;
 } zyl_search_kwd_t;
+
+/* XML and JSON access write through the caller's function. */
+typedef int (*zyl_stream_write)(void* stream_handle, const void* from, unsigned nbytes);
 
 /* Columns of a class declared with "sequences". */
 typedef struct zyl_seq_iterator_t_* zyl_seq_iterator_h;

@@ -5,6 +5,13 @@
 
 #include "zyl.h"
 
+/* Objects as XML and JSON. */
+ZYL_RET zyl_w_xml_get_object(zyl_objhandle_h h, void* stream_handle, zyl_stream_write o_stream, uint2 class_code);
+ZYL_RET zyl_w_xml_put_object(zyl_objhandle_h h, const char* xml, uint2 class_code);
+ZYL_RET zyl_w_xml_create_object(zyl_trans_h t, const char* xml, zyl_objhandle_h h, uint2 class_code);
+ZYL_RET zyl_w_xml_schema(zyl_trans_h t, void* stream_handle, zyl_stream_write o_stream, uint2 class_code);
+ZYL_RET zyl_w_json_get_object(zyl_objhandle_h h, void* stream_handle, zyl_stream_write o_stream, uint2 class_code);
+
 /* Objects of a class. */
 ZYL_RET zyl_w_new_obj_noid(zyl_trans_h t, zyl_size_t init_size, uint2 class_code, zyl_objhandle_h h);
 ZYL_RET zyl_w_new_obj_noid_ev(zyl_trans_h t, zyl_size_t init_size, uint2 class_code, zyl_objhandle_h h,

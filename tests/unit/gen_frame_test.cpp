@@ -156,9 +156,9 @@ namespace shop
 std::string const kPlainSource = std::string(kBanner) + "#include \"shop.h\"\n#define ZYL_DICT_CONST const\n"
                                                          "#include \"zylwrap.h\"\n\n";
 
-// The source file's heading: what stands before the dictionary.
+// The source file's heading: what stands before the calculator and the dictionary.
 std::string sourceHeading(std::string const& text) {
-    size_t at = text.find("\n/*----");
+    size_t at = text.find("zyl_calculator_h ");
     EXPECT_NE(at, std::string::npos);
     return text.substr(0, at);
 }

@@ -61,6 +61,12 @@ class Counter;
 /*---------------------------------------------------------------------*/
 /* Structures for fixed part of the structure                          */
 
+typedef struct Counter_fixed_ {
+  uint4 value;
+  int2 code;
+  double weight;
+} Counter_fixed;
+
 
 
 /*---------------------------------------------------------------------*/
@@ -207,6 +213,24 @@ ZYL_TARGET_INLINE ZYL_RET      zyl_register_valueChanged_handler    ( zyl_trans_
 
 ZYL_TARGET_INLINE ZYL_RET      zyl_unregister_valueChanged_handler  ( zyl_trans_h t, valueChanged_handler handler)
 { return zyl_ev_h_unregister( t, (zyl_generic_ev_handler)handler, 2);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_fixed_get                    ( Counter *handle_, Counter_fixed* dst_ )
+{ ZYL_RET rc_ = ZYL_S_OK, has_nulls_ = ZYL_S_OK;
+  return
+    (rc_ = Counter_value_get(handle_, &dst_->value)) == ZYL_S_OK
+    && (rc_ = Counter_code_get(handle_, &dst_->code)) == ZYL_S_OK
+    && (rc_ = Counter_weight_get(handle_, &dst_->weight)) == ZYL_S_OK
+  ? has_nulls_ : rc_;
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_fixed_put                    ( Counter *handle_, Counter_fixed const* src_ )
+{ ZYL_RET rc_;
+  return
+    (rc_ = Counter_value_put(handle_, src_->value)) == ZYL_S_OK
+    && (rc_ = Counter_code_put(handle_, src_->code)) == ZYL_S_OK
+    && (rc_ = Counter_weight_put(handle_, src_->weight)) == ZYL_S_OK
+  ? ZYL_S_OK : rc_;
 }
 
 

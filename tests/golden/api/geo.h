@@ -61,6 +61,10 @@ class Place;
 /*---------------------------------------------------------------------*/
 /* Structures for fixed part of the structure                          */
 
+typedef struct Place_fixed_ {
+  char prefix[8];
+} Place_fixed;
+
 
 
 /*---------------------------------------------------------------------*/
@@ -163,6 +167,20 @@ ZYL_TARGET_INLINE ZYL_RET      Place_area_search                   ( zyl_trans_h
   pa_->v.ptr_size = sizeof(box_key_0); 
   pa_->ptr = (const char*)box_key_0; 
   return zyl_w_tree_find(t_, c_, op_, a_); 
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Place_fixed_get                     ( Place *handle_, Place_fixed* dst_ )
+{ ZYL_RET rc_ = ZYL_S_OK, has_nulls_ = ZYL_S_OK;
+  return
+    (rc_ = Place_prefix_get(handle_, dst_->prefix, 8)) == ZYL_S_OK
+  ? has_nulls_ : rc_;
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Place_fixed_put                     ( Place *handle_, Place_fixed const* src_ )
+{ ZYL_RET rc_;
+  return
+    (rc_ = Place_prefix_put(handle_, src_->prefix, 8)) == ZYL_S_OK
+  ? ZYL_S_OK : rc_;
 }
 
 

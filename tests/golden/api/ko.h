@@ -67,6 +67,20 @@ class Tmp;
 /*---------------------------------------------------------------------*/
 /* Structures for fixed part of the structure                          */
 
+typedef struct Key_fixed_ {
+  uint4 id;
+} Key_fixed;
+
+typedef struct Doc_fixed_ {
+  uint4 n;
+  int2 rank;
+  uint1 rank_indicator;
+} Doc_fixed;
+
+typedef struct Tmp_fixed_ {
+  uint2 k;
+} Tmp_fixed;
+
 
 
 /*---------------------------------------------------------------------*/
@@ -212,6 +226,38 @@ ZYL_TARGET_INLINE ZYL_RET      Tmp_list_index__index_cursor    ( zyl_trans_h t, 
 
 ZYL_TARGET_INLINE ZYL_RET      Tmp_list_index__locate          ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c, Tmp * handle)
 { return zyl_w_cursor_locate( t, 0, (zyl_objhandle_h)handle, c);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Doc_fixed_get                     ( Doc *handle_, Doc_fixed* dst_ )
+{ ZYL_RET rc_ = ZYL_S_OK, has_nulls_ = ZYL_S_OK;
+  return
+    (rc_ = Doc_n_get(handle_, &dst_->n)) == ZYL_S_OK
+    && ((rc_ = Doc_rank_get(handle_, &dst_->rank)) == ZYL_S_OK || (has_nulls_ = rc_) == ZYL_S_NULL_VALUE)
+    && (rc_ = Doc_rank_indicator_get(handle_, &dst_->rank_indicator)) == ZYL_S_OK
+  ? has_nulls_ : rc_;
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Doc_fixed_put                     ( Doc *handle_, Doc_fixed const* src_ )
+{ ZYL_RET rc_;
+  return
+    (rc_ = Doc_n_put(handle_, src_->n)) == ZYL_S_OK
+    && (rc_ = Doc_rank_put(handle_, src_->rank)) == ZYL_S_OK
+    && (rc_ = Doc_rank_indicator_put(handle_, src_->rank_indicator)) == ZYL_S_OK
+  ? ZYL_S_OK : rc_;
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Tmp_fixed_get                   ( Tmp *handle_, Tmp_fixed* dst_ )
+{ ZYL_RET rc_ = ZYL_S_OK, has_nulls_ = ZYL_S_OK;
+  return
+    (rc_ = Tmp_k_get(handle_, &dst_->k)) == ZYL_S_OK
+  ? has_nulls_ : rc_;
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Tmp_fixed_put                   ( Tmp *handle_, Tmp_fixed const* src_ )
+{ ZYL_RET rc_;
+  return
+    (rc_ = Tmp_k_put(handle_, src_->k)) == ZYL_S_OK
+  ? ZYL_S_OK : rc_;
 }
 
 
