@@ -156,6 +156,8 @@ protected:
     // Inline, a prototype of "{s}_{field}" for bodies that call it before
     // its definition; out of line all prototypes come first anyway.
     void declareAhead(Struct& s, mstring const& field, mstring const& params);
+    // The same for the indicator functions of nullable field `f`.
+    void declareIndicator(Struct& s, Field const& f);
     // The C function and the C++ member of each row whose condition holds.
     void writeFieldRows(Struct& s, Field const& f, Subst& v, FieldRow const* rows, unsigned n);
     // "{cf}_sequence", a column of a class declared with "sequences".
