@@ -172,6 +172,12 @@ protected:
     void genCharTopFunction(Struct& s, mstring const& cf, Field const& f, char const* elem);
     void genVarCharTopFunction(Struct& s, mstring const& cf, Field const& f, char const* elem);
 
+    // Vector and array fields (gen_vector.cpp).
+    void output_vector_field(Struct& s, Class* c, Field& f);
+    void output_array_field(Struct& s, Class* c, Field& f);
+    // The element functions both kinds share, by the category of the element.
+    void outputElementField(Struct& s, Class* c, Field& f, bool vector);
+
     // Fixed and direct access (gen_fixed.cpp).
     // The C type of a direct struct, "{s}_d{suffix}".
     void direct_struct_output(Struct& s, mstring const& suffix);
@@ -184,13 +190,14 @@ protected:
     // until then.
     // Fields of the kinds the field API hands on.
     void output_optional_field(Struct& s, Class* c, Field& f);
-    void output_vector_field(Struct& s, Class* c, Field& f);
-    void output_array_field(Struct& s, Class* c, Field& f);
     void output_spatial_field(Struct& s, Class* c, Field& f);
     void output_sequence_field(Struct& s, Class* c, Field& f);
     // The C# and Java declaration of a scalar field, whose type the
     // language bindings map.
     void outputScalarBinding(Field const& f);
+    // The same for a vector or array of scalars, "[]" behind the mapped
+    // type; an array's carries its dimension.
+    void outputElementBinding(Field const& f);
     // The C type of the fixed-size part of a struct or class, and its copy functions.
     void genFixedStruct(Struct& s);
     void outputFixed(Struct& s);

@@ -67,6 +67,7 @@ Refusal const kRefusals[] = {
     // are prefixed, so the text names D_d_aligned_to_1 where the header
     // declares {db}_D_d_aligned_to_1.
     {"direct.zyl", "--prefix-names", false, "_d_aligned_to_1"},
+    {"vectors.zyl", "--prefix-names", false, "_d_aligned_to_1"},
     // The member search_any of a keyword index is defined under the name
     // search_all, beside the real search_all.
     {"keywords.zyl", "--cpp", true, "redefinition of"},
@@ -377,4 +378,78 @@ TEST(ApiOutput, PlacementRelativeCodesAndHiddenClasses) {
     EXPECT_TRUE(contains(h, "B_new"));
     EXPECT_TRUE(contains(hidden.text("db.hpp"), "class A : public ZylBase_\n{\n  public:\n\n};\n"));
     EXPECT_FALSE(contains(hidden.text("db.hpp"), "A::"));
+}
+
+// The rules of vector and array fields, on one-class schemas. A text
+// beginning with "!" must not appear.
+TEST(ApiOutput, RulesOfVectorAndArrayFields) {
+    struct {
+        std::vector<std::string> flags;
+        char const* file;
+        char const* body;
+        std::vector<std::string> texts;
+    } const cases[] = {
+        // An array's length comes first, as a constant.
+        {{}, "db.h", "class A { list; unsigned<4> a[3]; };",
+         {"#define A_a_length 3\nZYL_TARGET_INLINE ZYL_RET      A_a_at ",
+          "{ return zyl_w_va_simple_e_get2( (zyl_objhandle_h)handle, 0, 0, 1, index, 4, result);"}},
+        // Bits of an array are put without the "2", those of a vector with it.
+        {{}, "db.h", "class A { list; boolean b[10]; vector<boolean> v; };",
+         {"{ return zyl_w_va_bit_e_put( (zyl_objhandle_h)handle, 6, 4, 1, index, value, 0);",
+          "{ return zyl_w_va_bit_e_putrange( (zyl_objhandle_h)handle, 6, 4, 1, start_index, num, src, 0);",
+          "{ return zyl_w_va_bit_e_get2( (zyl_objhandle_h)handle, 6, 4, 1, index, result);",
+          "{ return zyl_w_v_bit_e_put2( (zyl_objhandle_h)handle, 0, 0, 2, index, (uint1) value, 0);",
+          "{ return zyl_w_v_bit_e_putrange2( (zyl_objhandle_h)handle, 0, 0, 2, start_index, num, src, 0);",
+          "!zyl_w_va_bit_e_put2", "!A_v_get_fldname"}},
+        // A bit array names fields; its field number is a constant of the
+        // prototypes, so inline, where no prototypes are written, it is absent.
+        {{"-c"}, "db.h", "class A { list; unsigned<4> a; boolean updated_bitmap[]; };",
+         {"#define A_updated_bitmap_field_index 2\nZYL_RET      A_updated_bitmap_get_fldname ",
+          "( A *handle, uint2* index, char * dest, uint2 dest_size,  uint2 * len );"}},
+        {{}, "db.h", "class A { list; unsigned<4> a; boolean updated_bitmap[]; };",
+         {"  uint1 fsz = A_updated_bitmap_length;\n", "  pos = (*index)&(0xfff8); \n",
+          "    if ((rc = A_updated_bitmap_get_range(handle,pos,nel,fld_data)) != ZYL_S_OK){\n",
+          "            *index = pos+i*8+j+1;\n            return zyl_get_fieldname_by_fldno((zyl_objhandle_h)handle,"
+          "(uint2)(*index-1),dest,dest_size,len);\n",
+          "  return ZYL_S_NOTFOUND;\n}\n\n", "!A_updated_bitmap_field_index"}},
+        // A vector's length is read first; a nullable one asks its indicator even there.
+        {{}, "db.h", "class A { list; nullable vector<unsigned<2>> v; };",
+         {"( A *handle, /*OUT*/ uint2 *result )\n{ uint1 indicator; ZYL_RET rc = "
+          "A_v_indicator_get(handle, &indicator); if (rc != ZYL_S_OK) return rc; else if (!indicator) return "
+          "ZYL_S_NULL_VALUE; return zyl_w_vector_size_get2( (zyl_objhandle_h)handle, 0, 0, 1, result);",
+          "{ ZYL_RET rc = A_v_indicator_put(handle, 1); if (rc != ZYL_S_OK) return rc; return "
+          "zyl_w_v_simple_size_put2( (zyl_objhandle_h)handle, 0, 0, 1, size, 2);"}},
+        // Enum elements pass through an integer of their size, floats as bytes.
+        {{}, "db.h", "enum E { X, Y };\nclass A { list; E e[2]; float f[2]; };",
+         {"{{ uint1 temp; ZYL_RET rc = zyl_w_va_simple_e_get2( (zyl_objhandle_h)handle, 8, 8, 1, index, 1, &temp);\n"
+          "  *result = (E) temp; return rc; }",
+          "{{ uint1 temp = (uint1) value; \n  return zyl_w_va_simple_e_put2( (zyl_objhandle_h)handle, 8, 8, 1, "
+          "index, 1, temp, 0); }",
+          "{ return zyl_w_va_chars_e_put2( (zyl_objhandle_h)handle, 0, 0, 2, index, (char*)&value, sizeof(value), "
+          "4, 0);"}},
+        // References travel as characters; an index into a vector's structs sets {ix}.
+        {{}, "db.h", "declare oid K[9];\nstruct K { unsigned<4> k; };\nclass A { oid; vector<ref> r; };",
+         {"{ return zyl_w_v_chars_e_get2( (zyl_objhandle_h)handle, 4, 4, 2, index, (char*)result, sizeof(*result), 4);",
+          "( A *handle, uint2 index, const db_oid * src)"}},
+        {{}, "db.h", "struct P { signed<4> a; };\nclass A { vector<P> v; tree<v.a> t; };",
+         {"{ return zyl_w_v_struct_e_get2( (zyl_objhandle_h)handle, (zyl_objhandle_h)h, index, 0, 0, 2);",
+          "{ return zyl_w_v_struct_e_put2( (zyl_objhandle_h)handle, (zyl_objhandle_h)h, index, 0, 0, 2, 1);",
+          "{ return zyl_w_v_struct_e_erase2( (zyl_objhandle_h)handle, 0, 0, 2, index, 1);"}},
+        // Wide characters carry their encoding in C#; an array its dimension.
+        {{"--cs", "--java"}, "db.cs", "struct P { nchar<4> n[2]; vector<string> v; };\nclass A { list; P p; };",
+         {"\t[Encoding(\"UTF-16\")]\n\t[Dimension(2)]\n\tpublic string[] n;\n\tpublic string[] v;\n"}},
+        {{"--cs", "--java"}, "P.java", "struct P { nchar<4> n[2]; vector<string> v; };\nclass A { list; P p; };",
+         {"\t@Encoding(\"UTF-16\")\n\t@Dimension(2)\n\tpublic String[] n;\n\tpublic String[] v;\n"}},
+    };
+    for (auto const& c : cases) {
+        Compiled out(std::string("declare database db;\n") + c.body, c.flags);
+        ASSERT_EQ(out.result.status, 0) << out.result.err;
+        std::string const text = out.text(c.file);
+        for (std::string const& t : c.texts) {
+            if (t[0] == '!')
+                EXPECT_FALSE(contains(text, t.substr(1))) << c.body << "\n" << t;
+            else
+                EXPECT_TRUE(contains(text, t)) << c.body << "\n" << t;
+        }
+    }
 }
