@@ -178,6 +178,11 @@ protected:
     // The element functions both kinds share, by the category of the element.
     void outputElementField(Struct& s, Class* c, Field& f, bool vector);
 
+    // Optional, spatial and sequence fields (gen_optional.cpp).
+    void output_optional_field(Struct& s, Class* c, Field& f);
+    void output_spatial_field(Struct& s, Class* c, Field& f);
+    void output_sequence_field(Struct& s, Class* c, Field& f);
+
     // Fixed and direct access (gen_fixed.cpp).
     // The C type of a direct struct, "{s}_d{suffix}".
     void direct_struct_output(Struct& s, mstring const& suffix);
@@ -188,16 +193,14 @@ protected:
 
     // Sections that later work fills in; gen_pending.cpp holds them empty
     // until then.
-    // Fields of the kinds the field API hands on.
-    void output_optional_field(Struct& s, Class* c, Field& f);
-    void output_spatial_field(Struct& s, Class* c, Field& f);
-    void output_sequence_field(Struct& s, Class* c, Field& f);
     // The C# and Java declaration of a scalar field, whose type the
     // language bindings map.
     void outputScalarBinding(Field const& f);
     // The same for a vector or array of scalars, "[]" behind the mapped
     // type; an array's carries its dimension.
     void outputElementBinding(Field const& f);
+    // The same for a sequence: its element type and order.
+    void outputSequenceBinding(Field const& f);
     // The C type of the fixed-size part of a struct or class, and its copy functions.
     void genFixedStruct(Struct& s);
     void outputFixed(Struct& s);

@@ -57,7 +57,7 @@ Mode const kModes[] = {
 // refuses under a flag; everything else compiles without a warning.
 struct Refusal {
     char const* schema;
-    char const* flag;
+    char const* flag;  // null: in every mode
     bool cxx;  // the C++ compile of {db}.hpp, else the C compile of {db}.c
     char const* error;
 };
@@ -74,6 +74,11 @@ Refusal const kRefusals[] = {
     // Column members name Sequence<>; its header is included only for a
     // schema with a sequence field.
     {"columns_only.zyl", "--cpp", true, "does not name a type"},
+    // The elements of a sequence of structs are the structs' fixed parts,
+    // whose C types the fixed and direct access section writes; until it
+    // does, {struct}_fixed is unknown. Drop these rows once it writes them.
+    {"seqstruct.zyl", nullptr, false, "Tick_fixed"},
+    {"seqstruct.zyl", "--cpp", true, "Tick_fixed"},
 };
 
 bool has(std::vector<std::string> const& v, char const* s) { return std::find(v.begin(), v.end(), s) != v.end(); }
@@ -127,7 +132,7 @@ char const* refusal(std::string const& schema, Mode const& mode, bool cxx) {
     if (!cxx && mode.cFailure != nullptr)
         return mode.cFailure;
     for (Refusal const& r : kRefusals)
-        if (r.cxx == cxx && has(mode.flags, r.flag) && schema.size() >= std::strlen(r.schema) &&
+        if (r.cxx == cxx && (r.flag == nullptr || has(mode.flags, r.flag)) && schema.size() >= std::strlen(r.schema) &&
             schema.compare(schema.size() - std::strlen(r.schema), std::string::npos, r.schema) == 0)
             return r.error;
     return nullptr;
@@ -192,6 +197,10 @@ TEST(ApiGolden, SmallSchemas) {
         // A patricia and an R-tree index.
         {"geo.zyl", {}, {"geo.h"}},
         {"geo.zyl", {"--cpp"}, {"geo.hpp"}},
+        // An array, a vector of strings and an ordered sequence, inline and
+        // through the C++ wrappers.
+        {"series.zyl", {}, {"se.h"}},
+        {"series.zyl", {"--cpp"}, {"se.hpp"}},
         // The C# and Java lists of types and the struct declarations. The
         // class heads and the types of scalar fields come with the language
         // bindings; until then the lines of class fields stand outside any
@@ -380,9 +389,9 @@ TEST(ApiOutput, PlacementRelativeCodesAndHiddenClasses) {
     EXPECT_FALSE(contains(hidden.text("db.hpp"), "A::"));
 }
 
-// The rules of vector and array fields, on one-class schemas. A text
-// beginning with "!" must not appear.
-TEST(ApiOutput, RulesOfVectorAndArrayFields) {
+// The rules of vector, array, optional, spatial and sequence fields, on
+// one-class schemas. A text beginning with "!" must not appear.
+TEST(ApiOutput, RulesOfElementOptionalSpatialAndSequenceFields) {
     struct {
         std::vector<std::string> flags;
         char const* file;
@@ -440,6 +449,43 @@ TEST(ApiOutput, RulesOfVectorAndArrayFields) {
          {"\t[Encoding(\"UTF-16\")]\n\t[Dimension(2)]\n\tpublic string[] n;\n\tpublic string[] v;\n"}},
         {{"--cs", "--java"}, "P.java", "struct P { nchar<4> n[2]; vector<string> v; };\nclass A { list; P p; };",
          {"\t@Encoding(\"UTF-16\")\n\t@Dimension(2)\n\tpublic String[] n;\n\tpublic String[] v;\n"}},
+        // Writing an optional struct creates it by its number in the dictionary.
+        {{}, "db.h", "struct P { signed<4> a; };\nclass A { list; string s; optional P p; };",
+         {"{ return zyl_w_optional_get2( (zyl_objhandle_h)handle, (zyl_objhandle_h)h, 0, 0, 3); ",
+          "{ return zyl_w_optional_put2( (zyl_objhandle_h)handle, (zyl_objhandle_h)h, 0, 0, 0, 3, 0); ",
+          "{ return zyl_w_optional_erase2( (zyl_objhandle_h)handle, 0, 0, 3, 0); "}},
+        {{"--cpp"}, "db.hpp", "struct P { signed<4> a; };\nclass A { list; optional P p; };",
+         {"{ ZYL_RET ret_ = db::A_p_read_handle( this, &s ); set_valid(ret_==ZYL_S_OK); return ret_; ",
+          "{ ZYL_RET ret_ = db::A_p_write_handle( this, &s ); s.set_valid(ret_==ZYL_S_OK); return ret_; "}},
+        {{}, "db.h", "class A { list; optional unsigned<4> o; };", {"!A_o_"}},
+        // Points and rectangles: the family by coordinate size, the location rule of the field API.
+        {{}, "db.h", "class A { list; rect<signed<2>> r[2]; point<double> p[3]; };",
+         {"#define A_r_length 4\n", "{ return zyl_w_rect_b2_get( (zyl_objhandle_h)handle, 24, 1, dest);",
+          "{ return zyl_w_point_b8_put( (zyl_objhandle_h)handle, 0, 2, src, 0);"}},
+        {{}, "db.h", "class A { list; string s; rect<signed<2>> r[2]; };",
+         {"{ return zyl_w_rect_b2_get2( (zyl_objhandle_h)handle, 4, 0, 2, dest);"}},
+        // Unordered sequences cannot be searched or joined; ordered ones pass their order.
+        {{}, "db.h", "class A { list; sequence<signed<4>> s; };",
+         {"{ return zyl_w_seq_first_int4( (zyl_objhandle_h)handle, 0, 0, val);", "!A_s_search", "!A_s_join"}},
+        {{}, "db.h", "class A { list; sequence<unsigned<8> desc> s; sequence<date> d; };",
+         {"iterator, low, low_boundary, high, high_boundary, ZYL_SEQ_DESC_ORDER);",
+          "{ return zyl_w_seq_join_uint8( (zyl_objhandle_h)handle, 4, 4, result, join_with, ZYL_SEQ_DESC_ORDER);",
+          "( A *handle, /*OUT*/ zyl_date* val)\n{ return zyl_w_seq_first_uint4("}},
+        // Character elements: a C type of the field's own, Char<n> in C++, the size last.
+        {{"--cpp"}, "db.h", "class A { list; sequence<binary<8> asc> s; };",
+         {"typedef struct { char body[8]; } A_s_fixed;\n", "( A *handle, /*OUT*/ A_s_fixed* val);"}},
+        {{"--cpp"}, "db.c", "class A { list; sequence<binary<8> asc> s; };",
+         {"{ return zyl_w_seq_search_char( (zyl_objhandle_h)handle, 0, 0, iterator, &low, low_boundary, &high, "
+          "high_boundary, 8, ZYL_SEQ_ASC_ORDER);",
+          "{ return zyl_w_seq_from_cursor_char( trans, iterator, cursor, 1, 0, 0, 8);"}},
+        {{"--cpp"}, "db.hpp", "class A { list; sequence<binary<8> asc> s; };",
+         {"  ZYL_RET s_append(Char<8> const* vals, zyl_size_t n_items, zyl_bitmap_word_t const* null_bitmap = NULL);",
+          "{ ZYL_RET ret_ = db::A_s_search(this, seq.iter, *(db::A_s_fixed*)&low, low_boundary, "
+          "*(db::A_s_fixed*)&high, high_boundary); return ret_; ",
+          "  static Sequence<Char<8>> s_from_cursor(zyl_trans_h trans, zyl_cursor_h cursor);",
+          "{ Sequence<Char<8>> resSeq; ZYL_CPP_CHECK(db::A_s_iterator(this, resSeq.iter)); return resSeq; }"}},
+        {{"--relative-class-codes"}, "db.h", "class A { list; sequence<float> s; };",
+         {"{ return zyl_w_seq_from_cursor_float( trans, iterator, cursor, dict.class_code_origin + 1, 0, 0);"}},
     };
     for (auto const& c : cases) {
         Compiled out(std::string("declare database db;\n") + c.body, c.flags);
@@ -451,5 +497,30 @@ TEST(ApiOutput, RulesOfVectorAndArrayFields) {
             else
                 EXPECT_TRUE(contains(text, t)) << c.body << "\n" << t;
         }
+    }
+}
+
+// A character, binary or struct element of a sequence holds at most 32
+// bytes; a larger one ends the compile and leaves no file behind.
+TEST(ApiOutput, SequenceElementSizeLimit) {
+    std::string const refused = "File s.zyl; error: Size of sequence element is larger than ZYL_SEQ_MAX_CHAR_SIZE\n\n";
+    struct {
+        char const* body;
+        char const* err;
+    } const cases[] = {
+        {"class A { list; sequence<char<32>> s; };", ""},
+        {"class A { list; sequence<char<33>> s; };", refused.c_str()},
+        {"class A { list; sequence<binary<40> asc> s; };", refused.c_str()},
+        {"struct P { char<30> a; unsigned<4> b; };\nclass A { list; sequence<P> s; };", refused.c_str()},
+    };
+    for (auto const& c : cases) {
+        TempDir dir;
+        dir.write("s.zyl", std::string("declare database db;\n") + c.body);
+        ProcessResult r = runProgram({cliPath(), "s.zyl"}, dir.path());
+        EXPECT_EQ(r.err, c.err) << c.body;
+        EXPECT_EQ(r.status, *c.err == '\0' ? 0 : 255) << c.body;
+        EXPECT_EQ(dir.list(), (*c.err == '\0' ? std::vector<std::string>{"db.c", "db.h", "s.zyl"}
+                                              : std::vector<std::string>{"s.zyl"}))
+            << c.body;
     }
 }

@@ -202,6 +202,28 @@ ZYL_RET zyl_w_v_nstring_e_erase2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_
 ZYL_RET zyl_w_v_struct_e_erase2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint2 index,
                                 uint1 indexed);
 
+/* Optional structs; writing one creates it as struct number struct_no. */
+ZYL_RET zyl_w_optional_get2(zyl_objhandle_h h, zyl_objhandle_h s, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno);
+ZYL_RET zyl_w_optional_put2(zyl_objhandle_h h, zyl_objhandle_h s, uint2 struct_no, zyl_offs_t offs_u,
+                            zyl_offs_t offs_c, uint2 fldno, uint1 indexed);
+ZYL_RET zyl_w_optional_erase2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint1 indexed);
+
+/* Points and rectangles, all coordinates at once, by coordinate size. */
+#define ZYL_TEST_SPATIAL_CALLS(k) \
+    ZYL_RET zyl_w_##k##_get(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, void* dest); \
+    ZYL_RET zyl_w_##k##_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, void* dest); \
+    ZYL_RET zyl_w_##k##_put(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, const void* src, uint1 indexed); \
+    ZYL_RET zyl_w_##k##_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, const void* src, \
+                             uint1 indexed);
+ZYL_TEST_SPATIAL_CALLS(point_b1)
+ZYL_TEST_SPATIAL_CALLS(point_b2)
+ZYL_TEST_SPATIAL_CALLS(point_b4)
+ZYL_TEST_SPATIAL_CALLS(point_b8)
+ZYL_TEST_SPATIAL_CALLS(rect_b1)
+ZYL_TEST_SPATIAL_CALLS(rect_b2)
+ZYL_TEST_SPATIAL_CALLS(rect_b4)
+ZYL_TEST_SPATIAL_CALLS(rect_b8)
+
 /* Columns of a class declared with "sequences", by C type. */
 ZYL_RET zyl_w_seq_sequence_uint1(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
 ZYL_RET zyl_w_seq_sequence_uint2(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
