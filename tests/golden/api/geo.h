@@ -63,6 +63,7 @@ class Place;
 
 typedef struct Place_fixed_ {
   char prefix[8];
+  int4 box[4];
 } Place_fixed;
 
 
@@ -95,6 +96,15 @@ ZYL_TARGET_INLINE ZYL_RET      Place_prefix_put                    ( Place *hand
 { return zyl_w_chars_put( (zyl_objhandle_h)handle, 16, 1, src, len, 8, 1);
 }
 
+
+#define Place_box_length 4
+ZYL_TARGET_INLINE ZYL_RET      Place_box_get                       ( Place *handle, /*OUT*/ int4 *dest )
+{ return zyl_w_rect_b4_get( (zyl_objhandle_h)handle, 0, 2, dest);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Place_box_put                       ( Place *handle, const int4 *src )
+{ return zyl_w_rect_b4_put( (zyl_objhandle_h)handle, 0, 2, src, 1);
+}
 
 
 ZYL_TARGET_INLINE ZYL_RET      Place_from_cursor                   ( zyl_trans_h t, zyl_cursor_h c, /*OUT*/ Place *handle )
@@ -173,6 +183,7 @@ ZYL_TARGET_INLINE ZYL_RET      Place_fixed_get                     ( Place *hand
 { ZYL_RET rc_ = ZYL_S_OK, has_nulls_ = ZYL_S_OK;
   return
     (rc_ = Place_prefix_get(handle_, dst_->prefix, 8)) == ZYL_S_OK
+    && (rc_ = Place_box_get(handle_, dst_->box)) == ZYL_S_OK
   ? has_nulls_ : rc_;
 }
 
@@ -180,6 +191,7 @@ ZYL_TARGET_INLINE ZYL_RET      Place_fixed_put                     ( Place *hand
 { ZYL_RET rc_;
   return
     (rc_ = Place_prefix_put(handle_, src_->prefix, 8)) == ZYL_S_OK
+    && (rc_ = Place_box_put(handle_, src_->box)) == ZYL_S_OK
   ? ZYL_S_OK : rc_;
 }
 

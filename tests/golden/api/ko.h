@@ -74,6 +74,7 @@ typedef struct Key_fixed_ {
 typedef struct Doc_fixed_ {
   uint4 n;
   int2 rank;
+  uint1 marks[4];
   uint1 rank_indicator;
 } Doc_fixed;
 
@@ -168,6 +169,23 @@ ZYL_TARGET_INLINE ZYL_RET      Doc_rank_put                      ( Doc *handle, 
 }
 
 
+#define Doc_marks_length 4
+ZYL_TARGET_INLINE ZYL_RET      Doc_marks_at                      ( Doc *handle, uint2 index, /*OUT*/ uint1 *result)
+{ return zyl_w_va_simple_e_get2( (zyl_objhandle_h)handle, 15, 13, 5, index, 1, result);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Doc_marks_put                     ( Doc *handle, uint2 index, uint1 value)
+{ return zyl_w_va_simple_e_put2( (zyl_objhandle_h)handle, 15, 13, 5, index, 1, (uint1) value, 0);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Doc_marks_get_range               ( Doc *handle, uint2 start_index, uint2 num, /*OUT*/ uint1 *dest )
+{ return zyl_w_va_simple_e_getrange2( (zyl_objhandle_h)handle, 15, 13, 5, start_index, num, 1, dest);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Doc_marks_put_range               ( Doc *handle, uint2 start_index, uint2 num, const uint1 * src )
+{ return zyl_w_va_simple_e_putrange2( (zyl_objhandle_h)handle, 15, 13, 5, start_index, num, 1, src, 0);
+}
+
 
 ZYL_TARGET_INLINE ZYL_RET      Doc_rank_indicator_get            ( Doc *handle, /*OUT*/ uint1 * result)
 { return zyl_w_bit_get2( (zyl_objhandle_h) handle, 14, 12, 6,result);
@@ -233,6 +251,7 @@ ZYL_TARGET_INLINE ZYL_RET      Doc_fixed_get                     ( Doc *handle_,
   return
     (rc_ = Doc_n_get(handle_, &dst_->n)) == ZYL_S_OK
     && ((rc_ = Doc_rank_get(handle_, &dst_->rank)) == ZYL_S_OK || (has_nulls_ = rc_) == ZYL_S_NULL_VALUE)
+    && (rc_ = Doc_marks_get_range(handle_, 0, 4, dst_->marks)) == ZYL_S_OK
     && (rc_ = Doc_rank_indicator_get(handle_, &dst_->rank_indicator)) == ZYL_S_OK
   ? has_nulls_ : rc_;
 }
@@ -242,6 +261,7 @@ ZYL_TARGET_INLINE ZYL_RET      Doc_fixed_put                     ( Doc *handle_,
   return
     (rc_ = Doc_n_put(handle_, src_->n)) == ZYL_S_OK
     && (rc_ = Doc_rank_put(handle_, src_->rank)) == ZYL_S_OK
+    && (rc_ = Doc_marks_put_range(handle_, 0, 4, src_->marks)) == ZYL_S_OK
     && (rc_ = Doc_rank_indicator_put(handle_, src_->rank_indicator)) == ZYL_S_OK
   ? ZYL_S_OK : rc_;
 }
