@@ -497,6 +497,10 @@ DictFieldEntry ClassDictCreator::fieldEntry(int structNo, mvector<FieldRef> cons
         m_err->err("Blob cannot be element of array");
     if (t.m_category == TC_BLOB && f.m_isVector)
         m_err->err("Blob cannot be element of vector");
+    // The bare type "sequence" reaches here only through vector<...> or
+    // optional: a sequence field proper always names its element type.
+    if (t.m_category == TC_SEQUENCE && f.m_elemStruct == nullptr)
+        m_err->err(f.m_isVector ? "Sequence cannot be element of vector" : "sequence specification error");
 
     DictFieldEntry e;
     e.m_name = f.m_name;

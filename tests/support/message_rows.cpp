@@ -243,6 +243,8 @@ std::vector<MessageRow> const& dictionaryRows() {
     static std::vector<MessageRow> const rows = {
     {DICT("blob b[2];"), "File s.zyl; error: Blob cannot be element of array\n\n"},
     {DICT("vector<blob> b;"), "File s.zyl; error: Blob cannot be element of vector\n\n"},
+    {DICT("vector<sequence> q;"), "File s.zyl; error: Sequence cannot be element of vector\n\n"},
+    {DICT("optional sequence q;"), "File s.zyl; error: sequence specification error\n\n"},
     {DICT("signed<4> a = x1;"), "File s.zyl; error: initial value for A.a is not integer: \"x1\"\n\n"},
     // Eight-byte values take no enum names.
     {DICT("signed<8> a = Red;"), "File s.zyl; error: initial value for A.a is not integer: \"Red\"\n\n"},
