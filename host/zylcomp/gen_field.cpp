@@ -17,42 +17,13 @@
 // Nullable fields: every function that reads the field first asks the
 // field's indicator, and every one that writes it first sets the indicator.
 #include "foundation/ut.h"
+#include "host/zylcomp/gen_field.h"
 #include "host/zylcomp/genoutput.h"
 #include "host/zylcomp/schema.h"
 
-// One function of a field: the C function, and its C++ member unless
-// `member` is null. Templates are filled by the field's Subst.
-struct FieldRow {
-    enum Body {
-        kRead,   // `body` is the call: "{", for a nullable field the reading
-                 // indicator line, `body`, "\n}\n\n"
-        kWrite,  // the same with the writing indicator line
-        kWhole,  // `body` is the whole body
-    };
-    bool when;
-    Body kind;
-    char const* op;
-    char const* params;
-    char const* body;
-    char const* memberDecl;
-    char const* member;
-    char const* forward;  // the C++ member's body
-    char const* args;     // {args} of `forward`
-};
+using namespace fieldtext;
 
 namespace {
-
-mstring text(FSize const& v) { return static_cast<mstring const&>(v); }
-
-char const* const kMember = "  ZYL_RET ";
-char const* const kStaticMember = "  static ZYL_RET ";
-
-// How a C++ member passes its arguments on to the C function.
-char const* const kForward = "{ ZYL_RET ret_ = {db}::{cf}{op}(this, {args}); return ret_; ";
-char const* const kForwardStatic = "{ ZYL_RET ret_ = {db}::{cf}{op}({args}); return ret_; ";
-// A struct read into a wrapper makes the wrapper usable.
-char const* const kForwardRead =
-    "{ ZYL_RET ret_ = {db}::{cf}{op}(this, {args}); s.set_valid(ret_==ZYL_S_OK); return ret_; ";
 
 // Scalar access; an indicator is a boolean field of the same struct.
 char const* const kScalarGet = " ( {h} *handle, /*OUT*/ {t} * result)";
@@ -83,6 +54,8 @@ void GenOutput::output(Struct& s, Class* c) {
         if (f.m_isHidden)
             continue;
         *m_h << "\n";
+        if (f.m_isNullable)
+            declareIndicator(s, f);
         if (f.m_isOptional)
             output_optional_field(s, c, f);
         else if (f.m_isVector)
@@ -146,12 +119,20 @@ void GenOutput::declareAhead(Struct& s, mstring const& field, mstring const& par
         *m_proto << functionHead(s.m_name + "_" + field, params, s.m_outputWidth) << ";\n";
 }
 
+void GenOutput::declareIndicator(Struct& s, Field const& f) {
+    // Inline, the indicator's functions are defined only after this field's.
+    Subst ind;
+    ind.set("h", s.m_name).set("t", "uint1");
+    declareAhead(s, f.m_name + "_indicator_get", ind.fill(kScalarGet));
+    declareAhead(s, f.m_name + "_indicator_put", ind.fill(kScalarPut));
+}
+
 void GenOutput::writeFieldRows(Struct& s, Field const& f, Subst& v, FieldRow const* rows, unsigned n) {
     for (unsigned i = 0; i < n; i++) {
         FieldRow const& row = rows[i];
         if (!row.when)
             continue;
-        v.set("op", row.op).set("args", row.args);
+        v.set("op", row.op).set("args", v.fill(row.args));
         mstring body;
         if (row.kind == FieldRow::kWhole) {
             body = v.fill(row.body);
@@ -179,14 +160,6 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
         Event const& ev = c->v_event[static_cast<int>(c->getEventPos(static_cast<int>(own)))];
         *m_cs << "\t[Event(\"" << ev.m_name << "\", EventType.OnFieldUpdate)]\n";
         *m_java << "\t@Event(name=\"" << ev.m_name << "\", type=Database.EventType.OnFieldUpdate)\n";
-    }
-
-    if (f.m_isNullable) {
-        // Inline, the indicator's functions are defined only after this field's.
-        Subst ind;
-        ind.set("h", s.m_name).set("t", "uint1");
-        declareAhead(s, f.m_name + "_indicator_get", ind.fill(kScalarGet));
-        declareAhead(s, f.m_name + "_indicator_put", ind.fill(kScalarPut));
     }
 
     TypeCategory const category = f.m_struct->m_category;

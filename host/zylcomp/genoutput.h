@@ -157,6 +157,8 @@ protected:
     // Inline, a prototype of "{s}_{field}" for bodies that call it before
     // its definition; out of line all prototypes come first anyway.
     void declareAhead(Struct& s, mstring const& field, mstring const& params);
+    // The same for the indicator functions of nullable field `f`.
+    void declareIndicator(Struct& s, Field const& f);
     // The C function and the C++ member of each row whose condition holds.
     void writeFieldRows(Struct& s, Field const& f, Subst& v, FieldRow const* rows, unsigned n);
     // "{cf}_sequence", a column of a class declared with "sequences".
@@ -170,6 +172,17 @@ protected:
     void genTopFunction(Struct& s, Subst& v, char const* keys, char const* read);
     void genCharTopFunction(Struct& s, mstring const& cf, Field const& f, char const* elem);
     void genVarCharTopFunction(Struct& s, mstring const& cf, Field const& f, char const* elem);
+
+    // Vector and array fields (gen_vector.cpp).
+    void output_vector_field(Struct& s, Class* c, Field& f);
+    void output_array_field(Struct& s, Class* c, Field& f);
+    // The element functions both kinds share, by the category of the element.
+    void outputElementField(Struct& s, Class* c, Field& f, bool vector);
+
+    // Optional, spatial and sequence fields (gen_optional.cpp).
+    void output_optional_field(Struct& s, Class* c, Field& f);
+    void output_spatial_field(Struct& s, Class* c, Field& f);
+    void output_sequence_field(Struct& s, Class* c, Field& f);
 
     // Fixed and direct access (gen_fixed.cpp).
     // The C type of a direct struct, "{s}_d{suffix}".
@@ -197,15 +210,14 @@ protected:
 
     // Sections that later work fills in; gen_pending.cpp holds them empty
     // until then.
-    // Fields of the kinds the field API hands on.
-    void output_optional_field(Struct& s, Class* c, Field& f);
-    void output_vector_field(Struct& s, Class* c, Field& f);
-    void output_array_field(Struct& s, Class* c, Field& f);
-    void output_spatial_field(Struct& s, Class* c, Field& f);
-    void output_sequence_field(Struct& s, Class* c, Field& f);
     // The C# and Java declaration of a scalar field, whose type the
     // language bindings map.
     void outputScalarBinding(Field const& f);
+    // The same for a vector or array of scalars, "[]" behind the mapped
+    // type; an array's carries its dimension.
+    void outputElementBinding(Field const& f);
+    // The same for a sequence: its element type and order.
+    void outputSequenceBinding(Field const& f);
     // The C# and Java declaration of a class: its head before the fields,
     // its end after them.
     void outputClassHead(Class& c);

@@ -57,7 +57,7 @@ Mode const kModes[] = {
 // refuses under a flag; everything else compiles without a warning.
 struct Refusal {
     char const* schema;
-    char const* flag;
+    char const* flag;  // null: in every mode
     bool cxx;  // the C++ compile of {db}.hpp, else the C compile of {db}.c
     char const* error;
 };
@@ -67,6 +67,7 @@ Refusal const kRefusals[] = {
     // are prefixed, so the text names D_d_aligned_to_1 where the header
     // declares {db}_D_d_aligned_to_1.
     {"direct.zyl", "--prefix-names", false, "_d_aligned_to_1"},
+    {"vectors.zyl", "--prefix-names", false, "_d_aligned_to_1"},
     // The member search_any of a keyword index is defined under the name
     // search_all, beside the real search_all.
     {"keywords.zyl", "--cpp", true, "redefinition of"},
@@ -155,7 +156,7 @@ char const* refusal(std::string const& schema, Mode const& mode, bool cxx) {
     if (!cxx && mode.cFailure != nullptr)
         return mode.cFailure;
     for (Refusal const& r : kRefusals)
-        if (r.cxx == cxx && has(mode.flags, r.flag) && schema.size() >= std::strlen(r.schema) &&
+        if (r.cxx == cxx && (r.flag == nullptr || has(mode.flags, r.flag)) && schema.size() >= std::strlen(r.schema) &&
             schema.compare(schema.size() - std::strlen(r.schema), std::string::npos, r.schema) == 0)
             return r.error;
     return nullptr;
@@ -230,6 +231,10 @@ TEST(ApiGolden, SmallSchemas) {
         // A patricia and an R-tree index.
         {"geo.zyl", {}, {"geo.h"}},
         {"geo.zyl", {"--cpp"}, {"geo.hpp"}},
+        // An array, a vector of strings and an ordered sequence, inline and
+        // through the C++ wrappers.
+        {"series.zyl", {}, {"se.h"}},
+        {"series.zyl", {"--cpp"}, {"se.hpp"}},
         // The C# and Java lists of types and the struct declarations. The
         // class heads and the types of scalar fields come with the language
         // bindings; until then the lines of class fields stand outside any
@@ -551,5 +556,141 @@ TEST(ApiOutput, FixedPartChainsEveryFieldAndPassesNulls) {
         ProcessResult run = runProgram(argv, gen.dir.path());
         EXPECT_EQ(run.status, 0) << run.err;
         EXPECT_EQ(run.out, c.out) << ::testing::PrintToString(c.args);
+    }
+}
+
+// The rules of vector, array, optional, spatial and sequence fields, on
+// one-class schemas. A text beginning with "!" must not appear.
+TEST(ApiOutput, RulesOfElementOptionalSpatialAndSequenceFields) {
+    struct {
+        std::vector<std::string> flags;
+        char const* file;
+        char const* body;
+        std::vector<std::string> texts;
+    } const cases[] = {
+        // An array's length comes first, as a constant.
+        {{}, "db.h", "class A { list; unsigned<4> a[3]; };",
+         {"#define A_a_length 3\nZYL_TARGET_INLINE ZYL_RET      A_a_at ",
+          "{ return zyl_w_va_simple_e_get2( (zyl_objhandle_h)handle, 0, 0, 1, index, 4, result);"}},
+        // Bits of an array are put without the "2", those of a vector with it.
+        {{}, "db.h", "class A { list; boolean b[10]; vector<boolean> v; };",
+         {"{ return zyl_w_va_bit_e_put( (zyl_objhandle_h)handle, 6, 4, 1, index, value, 0);",
+          "{ return zyl_w_va_bit_e_putrange( (zyl_objhandle_h)handle, 6, 4, 1, start_index, num, src, 0);",
+          "{ return zyl_w_va_bit_e_get2( (zyl_objhandle_h)handle, 6, 4, 1, index, result);",
+          "{ return zyl_w_v_bit_e_put2( (zyl_objhandle_h)handle, 0, 0, 2, index, (uint1) value, 0);",
+          "{ return zyl_w_v_bit_e_putrange2( (zyl_objhandle_h)handle, 0, 0, 2, start_index, num, src, 0);",
+          "!zyl_w_va_bit_e_put2", "!A_v_get_fldname"}},
+        // A bit array names fields; its field number is a constant of the
+        // prototypes, so inline, where no prototypes are written, it is absent.
+        {{"-c"}, "db.h", "class A { list; unsigned<4> a; boolean updated_bitmap[]; };",
+         {"#define A_updated_bitmap_field_index 2\nZYL_RET      A_updated_bitmap_get_fldname ",
+          "( A *handle, uint2* index, char * dest, uint2 dest_size,  uint2 * len );"}},
+        {{}, "db.h", "class A { list; unsigned<4> a; boolean updated_bitmap[]; };",
+         {"  uint1 fsz = A_updated_bitmap_length;\n", "  pos = (*index)&(0xfff8); \n",
+          "    if ((rc = A_updated_bitmap_get_range(handle,pos,nel,fld_data)) != ZYL_S_OK){\n",
+          "            *index = pos+i*8+j+1;\n            return zyl_get_fieldname_by_fldno((zyl_objhandle_h)handle,"
+          "(uint2)(*index-1),dest,dest_size,len);\n",
+          "  return ZYL_S_NOTFOUND;\n}\n\n", "!A_updated_bitmap_field_index"}},
+        // A vector's length is read first; a nullable one asks its indicator even there.
+        {{}, "db.h", "class A { list; nullable vector<unsigned<2>> v; };",
+         {"( A *handle, /*OUT*/ uint2 *result )\n{ uint1 indicator; ZYL_RET rc = "
+          "A_v_indicator_get(handle, &indicator); if (rc != ZYL_S_OK) return rc; else if (!indicator) return "
+          "ZYL_S_NULL_VALUE; return zyl_w_vector_size_get2( (zyl_objhandle_h)handle, 0, 0, 1, result);",
+          "{ ZYL_RET rc = A_v_indicator_put(handle, 1); if (rc != ZYL_S_OK) return rc; return "
+          "zyl_w_v_simple_size_put2( (zyl_objhandle_h)handle, 0, 0, 1, size, 2);"}},
+        // Enum elements pass through an integer of their size, floats as bytes.
+        {{}, "db.h", "enum E { X, Y };\nclass A { list; E e[2]; float f[2]; };",
+         {"{{ uint1 temp; ZYL_RET rc = zyl_w_va_simple_e_get2( (zyl_objhandle_h)handle, 8, 8, 1, index, 1, &temp);\n"
+          "  *result = (E) temp; return rc; }",
+          "{{ uint1 temp = (uint1) value; \n  return zyl_w_va_simple_e_put2( (zyl_objhandle_h)handle, 8, 8, 1, "
+          "index, 1, temp, 0); }",
+          "{ return zyl_w_va_chars_e_put2( (zyl_objhandle_h)handle, 0, 0, 2, index, (char*)&value, sizeof(value), "
+          "4, 0);"}},
+        // References travel as characters; an index into a vector's structs sets {ix}.
+        {{}, "db.h", "declare oid K[9];\nstruct K { unsigned<4> k; };\nclass A { oid; vector<ref> r; };",
+         {"{ return zyl_w_v_chars_e_get2( (zyl_objhandle_h)handle, 4, 4, 2, index, (char*)result, sizeof(*result), 4);",
+          "( A *handle, uint2 index, const db_oid * src)"}},
+        {{}, "db.h", "struct P { signed<4> a; };\nclass A { vector<P> v; tree<v.a> t; };",
+         {"{ return zyl_w_v_struct_e_get2( (zyl_objhandle_h)handle, (zyl_objhandle_h)h, index, 0, 0, 2);",
+          "{ return zyl_w_v_struct_e_put2( (zyl_objhandle_h)handle, (zyl_objhandle_h)h, index, 0, 0, 2, 1);",
+          "{ return zyl_w_v_struct_e_erase2( (zyl_objhandle_h)handle, 0, 0, 2, index, 1);"}},
+        // Wide characters carry their encoding in C#; an array its dimension.
+        {{"--cs", "--java"}, "db.cs", "struct P { nchar<4> n[2]; vector<string> v; };\nclass A { list; P p; };",
+         {"\t[Encoding(\"UTF-16\")]\n\t[Dimension(2)]\n\tpublic string[] n;\n\tpublic string[] v;\n"}},
+        {{"--cs", "--java"}, "P.java", "struct P { nchar<4> n[2]; vector<string> v; };\nclass A { list; P p; };",
+         {"\t@Encoding(\"UTF-16\")\n\t@Dimension(2)\n\tpublic String[] n;\n\tpublic String[] v;\n"}},
+        // Writing an optional struct creates it by its number in the dictionary.
+        {{}, "db.h", "struct P { signed<4> a; };\nclass A { list; string s; optional P p; };",
+         {"{ return zyl_w_optional_get2( (zyl_objhandle_h)handle, (zyl_objhandle_h)h, 0, 0, 3); ",
+          "{ return zyl_w_optional_put2( (zyl_objhandle_h)handle, (zyl_objhandle_h)h, 0, 0, 0, 3, 0); ",
+          "{ return zyl_w_optional_erase2( (zyl_objhandle_h)handle, 0, 0, 3, 0); "}},
+        {{"--cpp"}, "db.hpp", "struct P { signed<4> a; };\nclass A { list; optional P p; };",
+         {"{ ZYL_RET ret_ = db::A_p_read_handle( this, &s ); set_valid(ret_==ZYL_S_OK); return ret_; ",
+          "{ ZYL_RET ret_ = db::A_p_write_handle( this, &s ); s.set_valid(ret_==ZYL_S_OK); return ret_; "}},
+        {{}, "db.h", "class A { list; optional unsigned<4> o; };", {"!A_o_"}},
+        // Points and rectangles: the family by coordinate size, the location rule of the field API.
+        {{}, "db.h", "class A { list; rect<signed<2>> r[2]; point<double> p[3]; };",
+         {"#define A_r_length 4\n", "{ return zyl_w_rect_b2_get( (zyl_objhandle_h)handle, 24, 1, dest);",
+          "{ return zyl_w_point_b8_put( (zyl_objhandle_h)handle, 0, 2, src, 0);"}},
+        {{}, "db.h", "class A { list; string s; rect<signed<2>> r[2]; };",
+         {"{ return zyl_w_rect_b2_get2( (zyl_objhandle_h)handle, 4, 0, 2, dest);"}},
+        // Unordered sequences cannot be searched or joined; ordered ones pass their order.
+        {{}, "db.h", "class A { list; sequence<signed<4>> s; };",
+         {"{ return zyl_w_seq_first_int4( (zyl_objhandle_h)handle, 0, 0, val);", "!A_s_search", "!A_s_join"}},
+        {{}, "db.h", "class A { list; sequence<unsigned<8> desc> s; sequence<date> d; };",
+         {"iterator, low, low_boundary, high, high_boundary, ZYL_SEQ_DESC_ORDER);",
+          "{ return zyl_w_seq_join_uint8( (zyl_objhandle_h)handle, 4, 4, result, join_with, ZYL_SEQ_DESC_ORDER);",
+          "( A *handle, /*OUT*/ zyl_date* val)\n{ return zyl_w_seq_first_uint4("}},
+        // Character elements: a C type of the field's own, Char<n> in C++, the size last.
+        {{"--cpp"}, "db.h", "class A { list; sequence<binary<8> asc> s; };",
+         {"typedef struct { char body[8]; } A_s_fixed;\n", "( A *handle, /*OUT*/ A_s_fixed* val);"}},
+        {{"--cpp"}, "db.c", "class A { list; sequence<binary<8> asc> s; };",
+         {"{ return zyl_w_seq_search_char( (zyl_objhandle_h)handle, 0, 0, iterator, &low, low_boundary, &high, "
+          "high_boundary, 8, ZYL_SEQ_ASC_ORDER);",
+          "{ return zyl_w_seq_from_cursor_char( trans, iterator, cursor, 1, 0, 0, 8);"}},
+        {{"--cpp"}, "db.hpp", "class A { list; sequence<binary<8> asc> s; };",
+         {"  ZYL_RET s_append(Char<8> const* vals, zyl_size_t n_items, zyl_bitmap_word_t const* null_bitmap = NULL);",
+          "{ ZYL_RET ret_ = db::A_s_search(this, seq.iter, *(db::A_s_fixed*)&low, low_boundary, "
+          "*(db::A_s_fixed*)&high, high_boundary); return ret_; ",
+          "  static Sequence<Char<8>> s_from_cursor(zyl_trans_h trans, zyl_cursor_h cursor);",
+          "{ Sequence<Char<8>> resSeq; ZYL_CPP_CHECK(db::A_s_iterator(this, resSeq.iter)); return resSeq; }"}},
+        {{"--relative-class-codes"}, "db.h", "class A { list; sequence<float> s; };",
+         {"{ return zyl_w_seq_from_cursor_float( trans, iterator, cursor, dict.class_code_origin + 1, 0, 0);"}},
+    };
+    for (auto const& c : cases) {
+        Compiled out(std::string("declare database db;\n") + c.body, c.flags);
+        ASSERT_EQ(out.result.status, 0) << out.result.err;
+        std::string const text = out.text(c.file);
+        for (std::string const& t : c.texts) {
+            if (t[0] == '!')
+                EXPECT_FALSE(contains(text, t.substr(1))) << c.body << "\n" << t;
+            else
+                EXPECT_TRUE(contains(text, t)) << c.body << "\n" << t;
+        }
+    }
+}
+
+// A character, binary or struct element of a sequence holds at most 32
+// bytes; a larger one ends the compile and leaves no file behind.
+TEST(ApiOutput, SequenceElementSizeLimit) {
+    std::string const refused = "File s.zyl; error: Size of sequence element is larger than ZYL_SEQ_MAX_CHAR_SIZE\n\n";
+    struct {
+        char const* body;
+        char const* err;
+    } const cases[] = {
+        {"class A { list; sequence<char<32>> s; };", ""},
+        {"class A { list; sequence<char<33>> s; };", refused.c_str()},
+        {"class A { list; sequence<binary<40> asc> s; };", refused.c_str()},
+        {"struct P { char<30> a; unsigned<4> b; };\nclass A { list; sequence<P> s; };", refused.c_str()},
+    };
+    for (auto const& c : cases) {
+        TempDir dir;
+        dir.write("s.zyl", std::string("declare database db;\n") + c.body);
+        ProcessResult r = runProgram({cliPath(), "s.zyl"}, dir.path());
+        EXPECT_EQ(r.err, c.err) << c.body;
+        EXPECT_EQ(r.status, *c.err == '\0' ? 0 : 255) << c.body;
+        EXPECT_EQ(dir.list(), (*c.err == '\0' ? std::vector<std::string>{"db.c", "db.h", "s.zyl"}
+                                              : std::vector<std::string>{"s.zyl"}))
+            << c.body;
     }
 }

@@ -103,6 +103,9 @@ typedef int (*zyl_stream_write)(void* stream_handle, const void* from, unsigned 
 /* Columns of a class declared with "sequences". */
 typedef struct zyl_seq_iterator_t_* zyl_seq_iterator_h;
 
+/* The name of the field numbered fldno of an object's class. */
+ZYL_RET zyl_get_fieldname_by_fldno(zyl_objhandle_h h, uint2 fldno, char* dest, uint2 dest_size, uint2* len);
+
 ZYL_RET zyl_cursor_next(zyl_trans_h t, zyl_cursor_h c);
 ZYL_RET zyl_cursor_close(zyl_cursor_h c);
 void zyl_memmove(void* dest, const void* src, zyl_size_t nbt);

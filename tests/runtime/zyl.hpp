@@ -5,6 +5,7 @@
 #define ZYL_TEST_RUNTIME_ZYL_HPP
 
 #include <string>
+#include <vector>
 
 #include "zyl.h"
 

@@ -6,10 +6,13 @@
 #include "zyl.hpp"
 #include "zylseq.h"
 
-// A sequence of T values, reached through its iterator.
-template <class T>
-struct Sequence {
+// Any sequence, whatever its element type, reached through its iterator.
+struct GenericSequence {
     zyl_seq_iterator_h iter;
 };
+
+// A sequence of T values.
+template <class T>
+struct Sequence : GenericSequence {};
 
 #endif

@@ -137,6 +137,100 @@ ZYL_RET zyl_w_blob_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c,
 ZYL_RET zyl_w_blob_append2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, const char* src,
                            uint4 nbytes);
 
+/* Vectors (v_) and arrays (va_), element by element, by family of the
+ * element. The simple family takes the element's size; a value to put
+ * arrives as the widest integer. */
+#define ZYL_TEST_ELEMENT_CALLS(p) \
+    ZYL_RET zyl_w_##p##_simple_e_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, \
+                                      uint2 index, uint2 size, void* result); \
+    ZYL_RET zyl_w_##p##_simple_e_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, \
+                                      uint2 index, uint2 size, uint8 value, uint1 indexed); \
+    ZYL_RET zyl_w_##p##_simple_e_getrange2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, \
+                                           uint2 start, uint2 num, uint2 size, void* dest); \
+    ZYL_RET zyl_w_##p##_simple_e_putrange2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, \
+                                           uint2 start, uint2 num, uint2 size, const void* src, uint1 indexed); \
+    ZYL_RET zyl_w_##p##_bit_e_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, \
+                                   uint2 index, uint1* result); \
+    ZYL_RET zyl_w_##p##_bit_e_getrange2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, \
+                                        uint2 start, uint2 num, uint1* dest); \
+    ZYL_RET zyl_w_##p##_chars_e_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, \
+                                     uint2 index, char* dest, uint2 dest_size, uint2 size); \
+    ZYL_RET zyl_w_##p##_chars_e_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, \
+                                     uint2 index, const char* src, uint2 len, uint2 size, uint1 indexed); \
+    ZYL_RET zyl_w_##p##_nchars_e_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, \
+                                      uint2 index, nchar_t* dest, uint2 dest_size, uint2 size); \
+    ZYL_RET zyl_w_##p##_nchars_e_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, \
+                                      uint2 index, const nchar_t* src, uint2 len, uint2 size, uint1 indexed); \
+    ZYL_RET zyl_w_##p##_string_e_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, \
+                                      uint2 index, char* dest, uint2 dest_size, uint2* len); \
+    ZYL_RET zyl_w_##p##_string_e_get_len2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, \
+                                          uint2 index, uint2* len); \
+    ZYL_RET zyl_w_##p##_string_e_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, \
+                                      uint2 index, const char* src, uint2 len, uint1 indexed); \
+    ZYL_RET zyl_w_##p##_nstring_e_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, \
+                                       uint2 index, nchar_t* dest, uint2 dest_size, uint2* len); \
+    ZYL_RET zyl_w_##p##_nstring_e_get_len2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, \
+                                           uint2 index, uint2* len); \
+    ZYL_RET zyl_w_##p##_nstring_e_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, \
+                                       uint2 index, const nchar_t* src, uint2 len, uint1 indexed); \
+    ZYL_RET zyl_w_##p##_struct_e_get2(zyl_objhandle_h h, zyl_objhandle_h s, uint2 index, zyl_offs_t offs_u, \
+                                      zyl_offs_t offs_c, uint2 fldno); \
+    ZYL_RET zyl_w_##p##_struct_e_put2(zyl_objhandle_h h, zyl_objhandle_h s, uint2 index, zyl_offs_t offs_u, \
+                                      zyl_offs_t offs_c, uint2 fldno, uint1 indexed);
+ZYL_TEST_ELEMENT_CALLS(v)
+ZYL_TEST_ELEMENT_CALLS(va)
+
+/* Bits are put with the "2" for vectors only. */
+ZYL_RET zyl_w_v_bit_e_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint2 index,
+                           uint1 value, uint1 indexed);
+ZYL_RET zyl_w_v_bit_e_putrange2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint2 start,
+                                uint2 num, const uint1* src, uint1 indexed);
+ZYL_RET zyl_w_va_bit_e_put(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint2 index,
+                           uint1 value, uint1 indexed);
+ZYL_RET zyl_w_va_bit_e_putrange(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint2 start,
+                                uint2 num, const uint1* src, uint1 indexed);
+
+/* A vector's length, and the calls that only vectors have. */
+ZYL_RET zyl_w_vector_size_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint2* size);
+ZYL_RET zyl_w_v_simple_size_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint2 n,
+                                 uint2 size);
+ZYL_RET zyl_w_v_bit_size_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint2 n);
+ZYL_RET zyl_w_v_chars_size_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint2 n,
+                                uint2 size);
+ZYL_RET zyl_w_v_nchars_size_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint2 n,
+                                 uint2 size);
+ZYL_RET zyl_w_v_string_size_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint2 n);
+ZYL_RET zyl_w_v_nstring_size_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint2 n);
+ZYL_RET zyl_w_v_struct_size_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint2 n);
+ZYL_RET zyl_w_v_string_e_erase2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint2 index,
+                                uint1 indexed);
+ZYL_RET zyl_w_v_nstring_e_erase2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint2 index,
+                                 uint1 indexed);
+ZYL_RET zyl_w_v_struct_e_erase2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint2 index,
+                                uint1 indexed);
+
+/* Optional structs; writing one creates it as struct number struct_no. */
+ZYL_RET zyl_w_optional_get2(zyl_objhandle_h h, zyl_objhandle_h s, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno);
+ZYL_RET zyl_w_optional_put2(zyl_objhandle_h h, zyl_objhandle_h s, uint2 struct_no, zyl_offs_t offs_u,
+                            zyl_offs_t offs_c, uint2 fldno, uint1 indexed);
+ZYL_RET zyl_w_optional_erase2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint1 indexed);
+
+/* Points and rectangles, all coordinates at once, by coordinate size. */
+#define ZYL_TEST_SPATIAL_CALLS(k) \
+    ZYL_RET zyl_w_##k##_get(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, void* dest); \
+    ZYL_RET zyl_w_##k##_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, void* dest); \
+    ZYL_RET zyl_w_##k##_put(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, const void* src, uint1 indexed); \
+    ZYL_RET zyl_w_##k##_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, const void* src, \
+                             uint1 indexed);
+ZYL_TEST_SPATIAL_CALLS(point_b1)
+ZYL_TEST_SPATIAL_CALLS(point_b2)
+ZYL_TEST_SPATIAL_CALLS(point_b4)
+ZYL_TEST_SPATIAL_CALLS(point_b8)
+ZYL_TEST_SPATIAL_CALLS(rect_b1)
+ZYL_TEST_SPATIAL_CALLS(rect_b2)
+ZYL_TEST_SPATIAL_CALLS(rect_b4)
+ZYL_TEST_SPATIAL_CALLS(rect_b8)
+
 /* Columns of a class declared with "sequences", by C type. */
 ZYL_RET zyl_w_seq_sequence_uint1(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
 ZYL_RET zyl_w_seq_sequence_uint2(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);

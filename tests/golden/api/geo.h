@@ -96,6 +96,15 @@ ZYL_TARGET_INLINE ZYL_RET      Place_prefix_put                    ( Place *hand
 }
 
 
+#define Place_box_length 4
+ZYL_TARGET_INLINE ZYL_RET      Place_box_get                       ( Place *handle, /*OUT*/ int4 *dest )
+{ return zyl_w_rect_b4_get( (zyl_objhandle_h)handle, 0, 2, dest);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Place_box_put                       ( Place *handle, const int4 *src )
+{ return zyl_w_rect_b4_put( (zyl_objhandle_h)handle, 0, 2, src, 1);
+}
+
 
 ZYL_TARGET_INLINE ZYL_RET      Place_from_cursor                   ( zyl_trans_h t, zyl_cursor_h c, /*OUT*/ Place *handle )
 { return zyl_w_obj_from_cursor( t, c, 1, (zyl_objhandle_h)handle ); 

@@ -39,6 +39,8 @@ class Place : public ZylBase_
   ZYL_RET checkpoint();
   ZYL_RET prefix_get(char * dest, uint2 dest_size);
   ZYL_RET prefix_put( const char * src, uint2 len );
+  ZYL_RET box_get( int4 * dest );
+  ZYL_RET box_put( const int4 * src );
   ZYL_RET from_cursor( zyl_trans_h t, zyl_cursor_h c );
 
   class byPrefix // patricia tree index
@@ -82,6 +84,14 @@ inline  ZYL_RET Place::prefix_get(char * dest, uint2 dest_size)
 
 inline  ZYL_RET Place::prefix_put( const char * src, uint2 len )
 { ZYL_RET ret_ = geo::Place_prefix_put(this, src, len); return ret_; 
+}
+
+inline  ZYL_RET Place::box_get( int4 * dest )
+{ ZYL_RET ret_ = geo::Place_box_get(this, dest); return ret_; 
+}
+
+inline  ZYL_RET Place::box_put( const int4 * src )
+{ ZYL_RET ret_ = geo::Place_box_put(this, src); return ret_; 
 }
 
 inline  ZYL_RET Place::from_cursor( zyl_trans_h t, zyl_cursor_h c )

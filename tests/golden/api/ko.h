@@ -168,6 +168,23 @@ ZYL_TARGET_INLINE ZYL_RET      Doc_rank_put                      ( Doc *handle, 
 }
 
 
+#define Doc_marks_length 4
+ZYL_TARGET_INLINE ZYL_RET      Doc_marks_at                      ( Doc *handle, uint2 index, /*OUT*/ uint1 *result)
+{ return zyl_w_va_simple_e_get2( (zyl_objhandle_h)handle, 15, 13, 5, index, 1, result);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Doc_marks_put                     ( Doc *handle, uint2 index, uint1 value)
+{ return zyl_w_va_simple_e_put2( (zyl_objhandle_h)handle, 15, 13, 5, index, 1, (uint1) value, 0);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Doc_marks_get_range               ( Doc *handle, uint2 start_index, uint2 num, /*OUT*/ uint1 *dest )
+{ return zyl_w_va_simple_e_getrange2( (zyl_objhandle_h)handle, 15, 13, 5, start_index, num, 1, dest);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Doc_marks_put_range               ( Doc *handle, uint2 start_index, uint2 num, const uint1 * src )
+{ return zyl_w_va_simple_e_putrange2( (zyl_objhandle_h)handle, 15, 13, 5, start_index, num, 1, src, 0);
+}
+
 
 ZYL_TARGET_INLINE ZYL_RET      Doc_rank_indicator_get            ( Doc *handle, /*OUT*/ uint1 * result)
 { return zyl_w_bit_get2( (zyl_objhandle_h) handle, 14, 12, 6,result);

@@ -48,6 +48,10 @@ class Doc : public ZylBase_
   ZYL_RET title_put(const char * src, uint2 len);
   ZYL_RET rank_get( int2 & result );
   ZYL_RET rank_put( int2 value );
+  ZYL_RET marks_at(uint2 index, uint1 & result);
+  ZYL_RET marks_put(uint2 index, uint1 value);
+  ZYL_RET marks_get_range(uint2 start_index, uint2 num, uint1 * dest);
+  ZYL_RET marks_put_range(uint2 start_index, uint2 num, const uint1 * src);
   ZYL_RET rank_indicator_get( uint1 & result );
   ZYL_RET rank_indicator_put( uint1 value );
   ZYL_RET from_cursor( zyl_trans_h t, zyl_cursor_h c );
@@ -131,6 +135,22 @@ inline  ZYL_RET Doc::rank_get( int2 & result )
 
 inline  ZYL_RET Doc::rank_put( int2 value )
 { ZYL_RET ret_ = ko::Doc_rank_put(this, value); return ret_; 
+}
+
+inline  ZYL_RET Doc::marks_at(uint2 index, uint1 & result)
+{ ZYL_RET ret_ = ko::Doc_marks_at(this, index, &result); return ret_; 
+}
+
+inline  ZYL_RET Doc::marks_put(uint2 index, uint1 value)
+{ ZYL_RET ret_ = ko::Doc_marks_put(this, index, value); return ret_; 
+}
+
+inline  ZYL_RET Doc::marks_get_range(uint2 start_index, uint2 num, uint1 * dest)
+{ ZYL_RET ret_ = ko::Doc_marks_get_range(this, start_index, num, dest); return ret_; 
+}
+
+inline  ZYL_RET Doc::marks_put_range(uint2 start_index, uint2 num, const uint1 * src)
+{ ZYL_RET ret_ = ko::Doc_marks_put_range(this, start_index, num, src); return ret_; 
 }
 
 inline  ZYL_RET Doc::rank_indicator_get( uint1 & result )
