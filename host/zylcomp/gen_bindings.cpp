@@ -249,3 +249,13 @@ void GenOutput::outputSequenceBinding(Field const& f, mstring const& suffix, int
     *m_java << ")\n\tpublic " << (ordered ? "OrderedSequence<" : "UnorderedSequence<") << java << "> " << f.m_name
             << ";\n";
 }
+
+// ---------------------------------------------------------------------------
+// Closing
+
+void GenOutput::closeBindings() {
+    delete m_cs;
+    m_cs = nullptr;
+    delete m_java;
+    m_java = nullptr;
+}

@@ -54,6 +54,9 @@ public:
     static mvector<mstring> listAllOutputs(mstring const& name, mstring const& dir);
 
     mvector<mstring> const& createdFiles() const { return m_createdFiles; }
+    // Closes m_cs and m_java as well, which close() leaves alone: a failed
+    // compile closes every file it created before it removes them.
+    void closeBindings();
 
     // `name` with "{db}_" in front when prefixing is on, unless it is longer
     // than the database name and begins with it already.

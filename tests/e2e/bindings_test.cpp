@@ -1,6 +1,7 @@
 // The C# and Java declarations through the command line: they compile with
 // mcs and javac against the binding's declarations in tests/runtime/cs and
-// tests/runtime/java, and their types and enums are those of the tables.
+// tests/runtime/java, their types and enums are those of the tables, and a
+// failed compile leaves none of them behind.
 #include <gtest/gtest.h>
 
 #include <unistd.h>
@@ -165,5 +166,46 @@ TEST(BindingsText, MappedTypesAndEnums) {
         std::string const text = readFile(dir.file(rows[i].file)),
                           line = replaced(rows[i].text, "{f}", "f" + std::to_string(i));
         EXPECT_TRUE(contains(text, line)) << rows[i].decl << " in " << rows[i].file << ":\n" << text;
+    }
+}
+
+// A compile with every output that fails after it has created its files
+// leaves none of them, nor the files of the same names an earlier complete
+// compile wrote. The sequence element stops the compile in the last class,
+// when every file but those of structs exists. The initial value stops it
+// in the dictionary, before any Java file: those of an earlier compile,
+// which this one has not written, stay.
+TEST(BindingsCleanup, FailedCompileRemovesEveryFile) {
+    struct {
+        char const* init[2];  // of field A.a, in the failing compile and in the good one
+        char const* size[2];  // of the elements of Z.s
+        char const* error;
+        Args stale;  // what stays of the good compile after the failing one
+    } const rows[] = {
+        {{"", ""}, {"40", "8"}, "Size of sequence element is larger than ZYL_SEQ_MAX_CHAR_SIZE", {"s.zyl"}},
+        {{" = 1.5", " = 1"},
+         {"8", "8"},
+         "initial value for A.a is not integer",
+         {"A.java", "E.java", "Z.java", "lt.java", "s.zyl"}},
+    };
+    Args const argv = {cliPath(), "--cs", "--java", "--cpp", "--xml-schema", "s.zyl"};
+    for (auto const& row : rows) {
+        auto schema = [&](int good) {
+            return std::string("declare database lt;\nenum E { X };\nclass A { list; unsigned<4> a") + row.init[good] +
+                   "; };\nclass Z { list; sequence<char<" + row.size[good] + ">> s; };\n";
+        };
+        for (bool stale : {false, true}) {
+            TempDir dir;
+            if (stale) {
+                dir.write("s.zyl", schema(1));
+                ASSERT_EQ(runProgram(argv, dir.path()).status, 0);
+                ASSERT_EQ(dir.list(), (Args{"A.java", "E.java", "Z.java", "lt.c", "lt.cs", "lt.h", "lt.hpp", "lt.java",
+                                            "lt.xml", "s.zyl"}));
+            }
+            dir.write("s.zyl", schema(0));
+            ProcessResult r = runProgram(argv, dir.path());
+            EXPECT_TRUE(r.status != 0 && contains(r.err, row.error)) << r.err;
+            EXPECT_EQ(dir.list(), stale ? row.stale : Args{"s.zyl"}) << row.error << (stale ? ", after a compile" : "");
+        }
     }
 }
