@@ -15,11 +15,6 @@
 
 namespace {
 
-// Arrays and spatial fields are read and written by the functions of the
-// array and spatial sections, which the generator does not write yet. Until
-// it does, the fixed part leaves them out, so that what it calls exists.
-constexpr bool kArrayFunctionsWritten = false;
-
 bool hasFixedPart(Struct const& s);
 
 // A field the fixed structure holds: fixed in size and read by one call.
@@ -31,7 +26,7 @@ bool isFixedField(Field const& f) {
         return false;
     switch (f.m_struct->m_category) {
     case TC_SCALAR:
-        return !f.m_isArray || kArrayFunctionsWritten;
+        return true;
     case TC_CHARS:
     case TC_NCHARS:
     case TC_BINARY:

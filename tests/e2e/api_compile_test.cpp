@@ -470,9 +470,12 @@ TEST(ApiOutput, SectionsOfUserFunctionsAccessAndFixedParts) {
          {"inline  ZYL_RET Item:: xml_create( zyl_trans_h t, const char * xml)\n{ ZYL_RET ret_ = "
           "xj::Item_xml_create(t,xml,this); set_valid(ret_==ZYL_S_OK); return ret_; \n} \n\n"}},
         {"columns.zyl", {"--xml-access", "--json-access"}, "col.h", {"!Tick_xml_", "Tick_json_get"}},
-        // Arrays wait for their functions; a direct struct's fixed functions
-        // come with its field functions, which a list of hidden classes gives.
-        {"oid.zyl", {}, "ko.h", {"typedef struct Doc_fixed_ {\n  uint4 n;\n  int2 rank;\n  uint1 rank_indicator;\n"}},
+        // An array of scalars is copied as a range; a direct struct's fixed
+        // functions come with its field functions, which a list of hidden
+        // classes gives.
+        {"oid.zyl", {}, "ko.h",
+         {"typedef struct Doc_fixed_ {\n  uint4 n;\n  int2 rank;\n  uint1 marks[4];\n  uint1 rank_indicator;\n",
+          "    && (rc_ = Doc_marks_get_range(handle_, 0, 4, dst_->marks)) == ZYL_S_OK\n"}},
         {"direct.zyl", {}, "dr.h", {"typedef struct Dir_fixed_ {\n  int4 a;\n  char b[2];\n", "!Dir_fixed_get"}},
         {"direct.zyl", {"--hide", "Nothing"}, "dr.h", {"Dir_fixed_get", "Pk_fixed_put"}},
     };

@@ -63,6 +63,7 @@ class Place;
 
 typedef struct Place_fixed_ {
   char prefix[8];
+  int4 box[4];
 } Place_fixed;
 
 
@@ -182,6 +183,7 @@ ZYL_TARGET_INLINE ZYL_RET      Place_fixed_get                     ( Place *hand
 { ZYL_RET rc_ = ZYL_S_OK, has_nulls_ = ZYL_S_OK;
   return
     (rc_ = Place_prefix_get(handle_, dst_->prefix, 8)) == ZYL_S_OK
+    && (rc_ = Place_box_get(handle_, dst_->box)) == ZYL_S_OK
   ? has_nulls_ : rc_;
 }
 
@@ -189,6 +191,7 @@ ZYL_TARGET_INLINE ZYL_RET      Place_fixed_put                     ( Place *hand
 { ZYL_RET rc_;
   return
     (rc_ = Place_prefix_put(handle_, src_->prefix, 8)) == ZYL_S_OK
+    && (rc_ = Place_box_put(handle_, src_->box)) == ZYL_S_OK
   ? ZYL_S_OK : rc_;
 }
 

@@ -74,6 +74,7 @@ typedef struct Key_fixed_ {
 typedef struct Doc_fixed_ {
   uint4 n;
   int2 rank;
+  uint1 marks[4];
   uint1 rank_indicator;
 } Doc_fixed;
 
@@ -250,6 +251,7 @@ ZYL_TARGET_INLINE ZYL_RET      Doc_fixed_get                     ( Doc *handle_,
   return
     (rc_ = Doc_n_get(handle_, &dst_->n)) == ZYL_S_OK
     && ((rc_ = Doc_rank_get(handle_, &dst_->rank)) == ZYL_S_OK || (has_nulls_ = rc_) == ZYL_S_NULL_VALUE)
+    && (rc_ = Doc_marks_get_range(handle_, 0, 4, dst_->marks)) == ZYL_S_OK
     && (rc_ = Doc_rank_indicator_get(handle_, &dst_->rank_indicator)) == ZYL_S_OK
   ? has_nulls_ : rc_;
 }
@@ -259,6 +261,7 @@ ZYL_TARGET_INLINE ZYL_RET      Doc_fixed_put                     ( Doc *handle_,
   return
     (rc_ = Doc_n_put(handle_, src_->n)) == ZYL_S_OK
     && (rc_ = Doc_rank_put(handle_, src_->rank)) == ZYL_S_OK
+    && (rc_ = Doc_marks_put_range(handle_, 0, 4, src_->marks)) == ZYL_S_OK
     && (rc_ = Doc_rank_indicator_put(handle_, src_->rank_indicator)) == ZYL_S_OK
   ? ZYL_S_OK : rc_;
 }

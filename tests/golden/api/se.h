@@ -62,6 +62,10 @@ class Reading;
 /*---------------------------------------------------------------------*/
 /* Structures for fixed part of the structure                          */
 
+typedef struct Reading_fixed_ {
+  uint2 marks[3];
+} Reading_fixed;
+
 
 
 /*---------------------------------------------------------------------*/
@@ -210,6 +214,20 @@ ZYL_TARGET_INLINE ZYL_RET      Reading_list_index__index_cursor         ( zyl_tr
 
 ZYL_TARGET_INLINE ZYL_RET      Reading_list_index__locate               ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c, Reading * handle)
 { return zyl_w_cursor_locate( t, 0, (zyl_objhandle_h)handle, c);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Reading_fixed_get                        ( Reading *handle_, Reading_fixed* dst_ )
+{ ZYL_RET rc_ = ZYL_S_OK, has_nulls_ = ZYL_S_OK;
+  return
+    (rc_ = Reading_marks_get_range(handle_, 0, 3, dst_->marks)) == ZYL_S_OK
+  ? has_nulls_ : rc_;
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Reading_fixed_put                        ( Reading *handle_, Reading_fixed const* src_ )
+{ ZYL_RET rc_;
+  return
+    (rc_ = Reading_marks_put_range(handle_, 0, 3, src_->marks)) == ZYL_S_OK
+  ? ZYL_S_OK : rc_;
 }
 
 
