@@ -11,8 +11,14 @@ void FinalCallback::dbnameFound(mstring const& name) {
 }
 
 void FinalCallback::execute() {
-    if (m_gen)
+    if (m_gen) {
         m_gen->close();
+        m_gen->closeBindings();
+    }
     for (unsigned i = 0; i < m_files.size(); i++)
         ::unlink(m_files[i].c_str());
+    // The C#, Java and other files the list cannot know by name.
+    if (m_gen)
+        for (unsigned i = 0; i < m_gen->createdFiles().size(); i++)
+            ::unlink(m_gen->createdFiles()[i].c_str());
 }

@@ -106,6 +106,58 @@ void UT::finishComp(bool ok) {
     std::fflush(stdout);
 }
 
+namespace {
+
+// One row per C type of a scalar field: its C# type, its Java type, and the
+// Java class of that type. Dates and times are the runtime's unsigned
+// counts of their sizes; identifiers are 8-byte values, as a reference is.
+struct TypeRow {
+    char const* c;
+    char const* cs;
+    char const* java;
+    char const* boxed;
+};
+
+TypeRow const kTypes[] = {
+    {"int1", "sbyte", "byte", "Byte"},
+    {"int2", "short", "short", "Short"},
+    {"int4", "int", "int", "Integer"},
+    {"zyl_int8", "long", "long", "Long"},
+    {"uint1", "byte", "byte", "Byte"},
+    {"uint2", "ushort", "short", "Short"},
+    {"uint4", "uint", "int", "Integer"},
+    {"uint8", "ulong", "long", "Long"},
+    {"autoid_t", "ulong", "long", "Long"},
+    {"float", "float", "float", "Float"},
+    {"double", "double", "double", "Double"},
+    {"bool", "bool", "boolean", "Boolean"},
+    {"zyl_date", "uint", "int", "Integer"},
+    {"zyl_time", "uint", "int", "Integer"},
+    {"zyl_datetime", "ulong", "long", "Long"},
+};
+
+TypeRow const* findType(mstring const& cType) {
+    for (TypeRow const& row : kTypes)
+        if (cType == row.c)
+            return &row;
+    return nullptr;
+}
+
+}  // namespace
+
+mstring UT::mapCSType(mstring const& cType) {
+    TypeRow const* row = findType(cType);
+    return row != nullptr ? mstring(row->cs) : cType;
+}
+
+mstring UT::mapJavaType(mstring const& cType, mstring const& typeName, bool boxed) {
+    // A boolean's C type is uint1; only its schema type tells it apart.
+    TypeRow const* row = findType(typeName == "boolean" ? mstring("bool") : cType);
+    if (row == nullptr)
+        return cType;
+    return boxed ? row->boxed : row->java;
+}
+
 bool UT::CVT::isHexDigit(char c) {
     return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
 }

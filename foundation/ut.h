@@ -40,6 +40,15 @@ public:
     // The closing line of a compile, on standard output.
     static void finishComp(bool ok);
 
+    // The C# and Java types of a field whose C type is `cType`. C# has a
+    // type of each size and sign; Java has only signed ones, so an unsigned
+    // C type keeps its size there. A boolean is "bool" to mapCSType and is
+    // told to mapJavaType by its schema type name `typeName`; `boxed` gives
+    // the class Java needs as a type argument. A type not in the tables (an
+    // enum, a struct) keeps its name.
+    static mstring mapCSType(mstring const& cType);
+    static mstring mapJavaType(mstring const& cType, mstring const& typeName, bool boxed);
+
     class CVT {
     public:
         static bool isHexDigit(char c);

@@ -110,6 +110,11 @@ void GenOutput::output() {
                 head2(m_h, mstring("class ") + c.m_name + " events");
                 outputEvents(c);
             }
+        } else {
+            // The lists of types name every class, so a hidden one is
+            // declared too, without fields.
+            outputClassHead(c);
+            outputClassEnd(c);
         }
         // A hidden class keeps its XML and JSON access.
         if (m_genXml)

@@ -279,5 +279,5 @@ void GenOutput::output_sequence_field(Struct& s, Class* c, Field& f) {
     };
     writeFieldRows(s, f, v, store, 1);
 
-    outputSequenceBinding(f);
+    outputSequenceBinding(f, suffix, elemSize);
 }

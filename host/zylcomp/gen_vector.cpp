@@ -248,7 +248,7 @@ void GenOutput::outputElementField(Struct& s, Class* c, Field& f, bool vector) {
     }
 
     // C# and Java: an array of the element's type in those languages, with
-    // the dimension of an array; scalars wait for the type mapping.
+    // the dimension of an array; scalars by the type mapping of the bindings.
     if (simple || bit) {
         outputElementBinding(f);
         return;

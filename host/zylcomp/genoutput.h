@@ -54,6 +54,9 @@ public:
     static mvector<mstring> listAllOutputs(mstring const& name, mstring const& dir);
 
     mvector<mstring> const& createdFiles() const { return m_createdFiles; }
+    // Closes m_cs and m_java as well, which close() leaves alone: a failed
+    // compile closes every file it created before it removes them.
+    void closeBindings();
 
     // `name` with "{db}_" in front when prefixing is on, unless it is longer
     // than the database name and begins with it already.
@@ -208,20 +211,18 @@ protected:
     // its nested C++ class.
     void outputIndex(Class& c, Index& idx);
 
-    // Sections that later work fills in; gen_pending.cpp holds them empty
-    // until then.
-    // The C# and Java declaration of a scalar field, whose type the
-    // language bindings map.
-    void outputScalarBinding(Field const& f);
-    // The same for a vector or array of scalars, "[]" behind the mapped
-    // type; an array's carries its dimension.
-    void outputElementBinding(Field const& f);
-    // The same for a sequence: its element type and order.
-    void outputSequenceBinding(Field const& f);
-    // The C# and Java declaration of a class: its head before the fields,
-    // its end after them.
+    // Java and C# bindings (gen_bindings.cpp). The declaration of a class:
+    // its head, which opens its Java file, before the fields, its end after
+    // them.
     void outputClassHead(Class& c);
     void outputClassEnd(Class& c);
+    // The line of a scalar field, of a vector or array of scalars (an
+    // array's with its dimension), and of a sequence, whose elements go by
+    // the runtime's family `suffix` and, when they travel as characters,
+    // have the size `elemSize`.
+    void outputScalarBinding(Field const& f);
+    void outputElementBinding(Field const& f);
+    void outputSequenceBinding(Field const& f, mstring const& suffix, int elemSize);
 
     Schema* m_schema;
     IErrReporter* m_err;
@@ -288,6 +289,11 @@ private:
 // The name class `name` bears in the C++ text; every class reference in
 // the .hpp passes through here.
 mstring hppClass(mstring const& name);
+
+// The constant of Sequence.Type in the Java declarations for the elements
+// of the runtime's sequence family `suffix` ("int4", "char"); empty for a
+// family it does not know.
+mstring java_seq_elem_type(mstring const& suffix);
 
 // Indexes the compiler makes for itself (time-to-live, distribution, IoT)
 // get no access functions.

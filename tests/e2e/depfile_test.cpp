@@ -64,7 +64,7 @@ TEST(Depfile, TargetsAreTheFilesWritten) {
     ASSERT_EQ(r.status, 0) << r.err;
     std::string rule = readFile(dir.file("out/m.d"));
     std::string targets = rule.substr(0, rule.find(':'));
-    EXPECT_EQ(targets, "out/m.h out/m.c out/m.java out/Color.java");
+    EXPECT_EQ(targets, "out/m.h out/m.c out/m.java out/Color.java out/Item.java");
 
     r = runProgram({cliPath(), "-o", "plain", "m.zyl"}, dir.path());
     ASSERT_EQ(r.status, 0) << r.err;

@@ -16,12 +16,32 @@ public class shop {
 	};
 }
 
+[Persistent(Disk=true)]
+[Index("byQty", Type=Database.IndexType.BTree, Keys=new string[]{"qty"})]
+[Event("itemAdded", EventType.OnNew)]
+[Event("itemRemoved", EventType.OnDelete)]
+[Event("itemSaved", EventType.OnCheckpoint)]
+public class Item {
 	[Event("qtyChanged", EventType.OnFieldUpdate)]
+	public uint qty;
 	public Address addr;
+}
+
+[Persistent(List=true)]
+public class Note {
+	public ushort n;
+}
+
+[Persistent(Disk=true,List=true,Compact=true)]
+[Event("labelsCleared", EventType.OnDeleteAll)]
+public class Label {
 	public string text;
+}
+
 public struct Address {
 	[Dimension(16)]
 	public string city;
+	public ushort zip;
 }
 
 }

@@ -1,0 +1,211 @@
+// The C# and Java declarations through the command line: they compile with
+// mcs and javac against the binding's declarations in tests/runtime/cs and
+// tests/runtime/java, their types and enums are those of the tables, and a
+// failed compile leaves none of them behind.
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "support/process.h"
+
+namespace {
+
+using Args = std::vector<std::string>;
+std::string const kTests = ZYLCOMP_TESTS_DIR;
+
+// A program on the PATH, or empty.
+std::string tool(char const* name) {
+    std::stringstream path(std::getenv("PATH") ? std::getenv("PATH") : "");
+    for (std::string dir; std::getline(path, dir, ':');)
+        if (!dir.empty() && ::access((dir + "/" + name).c_str(), X_OK) == 0)
+            return dir + "/" + name;
+    return "";
+}
+
+// The paths of the files of `dir` whose names end in `ext`.
+Args files(std::string const& dir, char const* ext) {
+    Args found;
+    for (auto const& entry : std::filesystem::directory_iterator(dir))
+        if (entry.path().extension() == ext)
+            found.push_back(entry.path().string());
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+Args operator+(Args a, Args const& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
+std::string replaced(std::string text, std::string const& from, std::string const& to) {
+    for (size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
+        text.replace(at, from.size(), to);
+    return text;
+}
+
+bool contains(std::string const& text, std::string const& part) { return text.find(part) != std::string::npos; }
+
+}  // namespace
+
+// Each schema of tests/schemas/api and the examples, in three forms: alone,
+// without package or namespace; then all schemas at once, each in a package
+// and a namespace of its own, once with prefixed names and once with every
+// class hidden, whose declarations the lists of types still name.
+TEST(BindingsCompile, EverySchemaInEveryForm) {
+    std::string const javac = tool("javac"), mcs = tool("mcs");
+    if (javac.empty() || mcs.empty())
+        GTEST_SKIP() << "javac or mcs is not installed (.ci/run installs mono-mcs)";
+    Args const schemas = files(kTests + "/schemas/api", ".zyl") + files(kTests + "/../examples", ".zyl");
+    ASSERT_GE(schemas.size(), 15u);
+    TempDir root;
+    auto build = [&](Args const& java, Args const& cs) {
+        ProcessResult j = runProgram(Args{javac, "-cp", "decl", "-d", "classes"} + java, root.path());
+        EXPECT_TRUE(j.status == 0 && !contains(j.err, "warning")) << j.err;
+        ProcessResult c =
+            runProgram(Args{mcs, "-target:library", "-out:t.dll", "-r:decl/Quorabase.dll"} + cs, root.path());
+        EXPECT_TRUE(c.status == 0 && !contains(c.out + c.err, "warning")) << c.out << c.err;
+    };
+    // The declarations are compiled once.
+    Args const decl = files(kTests + "/runtime/java/com/tarnwell/quorabase", ".java");
+    ASSERT_EQ(runProgram(Args{javac, "-d", "decl"} + decl, root.path()).status, 0);
+    std::string const csDecl = kTests + "/runtime/cs/Quorabase.cs";
+    ASSERT_EQ(runProgram({mcs, "-target:library", "-out:decl/Quorabase.dll", csDecl}, root.path()).status, 0);
+
+    Args const forms[] = {{}, {"--prefix-names"}, {"--hide-all"}};
+    for (size_t form = 0; form < 3; form++) {
+        Args java, cs;
+        for (size_t i = 0; i < schemas.size(); i++) {
+            SCOPED_TRACE(schemas[i] + " " + ::testing::PrintToString(forms[form]));
+            std::string const n = std::to_string(i), out = root.path() + "/" + std::to_string(form) + "_" + n;
+            std::filesystem::create_directories(out);
+            Args argv = Args{cliPath(), "--cs", "--java"} + forms[form];
+            if (form > 0)
+                argv = argv + Args{"--java-package", "p" + n + ".x", "--cs-namespace", "N" + n};
+            ProcessResult r = runProgram(argv + Args{schemas[i]}, out);
+            ASSERT_EQ(r.status, 0) << r.err;
+            ASSERT_EQ(files(out, ".cs").size(), 1u);
+            java = java + files(out, ".java");
+            cs = cs + files(out, ".cs");
+            if (form == 0) {
+                build(java, cs);
+                java.clear();
+                cs.clear();
+            }
+        }
+        if (form > 0)
+            build(java, cs);
+    }
+}
+
+// Lines of the declarations of one schema: fields {f} of a class, whose
+// types are mapped (unsigned ones keep their size in Java; a sequence's
+// element there is the class of its type and its kind the runtime's family
+// of calls), and enums, which in Java keep the order of the declaration
+// and carry no values.
+TEST(BindingsText, MappedTypesAndEnums) {
+    struct {
+        char const* decl;
+        char const* file;
+        char const* text;
+    } const rows[] = {
+        {"signed<1> {f};", "db.cs", "\tpublic sbyte {f};\n"},
+        {"signed<1> {f};", "A.java", "\tpublic byte {f};\n"},
+        {"signed<8> {f};", "A.java", "\tpublic long {f};\n"},
+        {"unsigned<1> {f};", "db.cs", "\tpublic byte {f};\n"},
+        {"unsigned<2> {f};", "db.cs", "\tpublic ushort {f};\n"},
+        {"unsigned<2> {f};", "A.java", "\tpublic short {f};\n"},
+        {"unsigned<4> {f};", "A.java", "\tpublic int {f};\n"},
+        {"unsigned<8> {f};", "db.cs", "\tpublic ulong {f};\n"},
+        {"float {f};", "A.java", "\tpublic float {f};\n"},
+        {"boolean {f};", "db.cs", "\tpublic bool {f};\n"},
+        {"boolean {f};", "A.java", "\tpublic boolean {f};\n"},
+        {"date {f};", "db.cs", "\tpublic uint {f};\n"},
+        {"datetime {f};", "A.java", "\tpublic long {f};\n"},
+        {"numeric<12,2> {f};", "db.cs", "\tpublic long {f};\n"},
+        {"autoid_t<A> {f};", "db.cs", "\tpublic ulong {f};\n"},
+        {"E {f};", "A.java", "\tpublic E {f};\n"},
+        {"vector<boolean> {f};", "A.java", "\tpublic boolean[] {f};\n"},
+        {"unsigned<2> {f}[3];", "db.cs", "\t[Dimension(3)]\n\tpublic ushort[] {f};\n"},
+        {"unsigned<2> {f}[3];", "A.java", "\t@Dimension(3)\n\tpublic short[] {f};\n"},
+        {"sequence<date desc> {f};", "db.cs",
+         "\t[Sequence(Order=SequenceOrder.Descending)]\n\tpublic OrderedSequence<uint> {f};\n"},
+        {"sequence<date desc> {f};", "A.java",
+         "\t@Sequence(type=Sequence.Type.UInt4, order=Sequence.Order.Descending)\n\tpublic OrderedSequence<Integer> "
+         "{f};\n"},
+        {"sequence<datetime> {f};", "db.cs", "\tpublic UnorderedSequence<ulong> {f};\n"},
+        {"sequence<char<6> asc> {f};", "db.cs",
+         "\t[Sequence(Order=SequenceOrder.Ascending, ElemSize=6)]\n\tpublic OrderedSequence<string> {f};\n"},
+        {"sequence<char<6> asc> {f};", "A.java",
+         "\t@Sequence(type=Sequence.Type.Char, order=Sequence.Order.Ascending, elemSize=6)\n\tpublic "
+         "OrderedSequence<String> {f};\n"},
+        {"sequence<S> {f};", "A.java",
+         "\t@Sequence(type=Sequence.Type.Char, order=Sequence.Order.None, elemSize=8)\n\tpublic "
+         "UnorderedSequence<byte[]> {f};\n"},
+        {"enum Mixed { A, B = 5, C };", "db.cs", "public enum Mixed {\n\tA = 0,\n\tB = 5,\n\tC = 2\n};\n\n"},
+        {"", "Mixed.java", "import com.tarnwell.quorabase.*;\n\npublic enum Mixed {\n\tA,\n\tB,\n\tC\n};\n\n"},
+        {"enum Falling { Z = 9, Y = 3, X = 1 };", "db.cs",
+         "public enum Falling {\n\tZ = 9,\n\tY = 3,\n\tX = 1\n};\n\n"},
+        {"", "Falling.java", "import com.tarnwell.quorabase.*;\n\npublic enum Falling {\n\tZ,\n\tY,\n\tX\n};\n\n"},
+        {"enum One { Only = 4 };", "One.java", "import com.tarnwell.quorabase.*;\n\npublic enum One {\n\tOnly\n};\n\n"},
+    };
+    std::string top = "declare database db;\nenum E { P };\nstruct S { double d; };\n", body;
+    for (size_t i = 0; i < sizeof rows / sizeof rows[0]; i++)
+        (contains(rows[i].decl, "enum") ? top : body) += replaced(rows[i].decl, "{f}", "f" + std::to_string(i)) + "\n";
+    TempDir dir;
+    dir.write("s.zyl", top + "transient class A {\n  autoid[5];\n" + body + "};\n");
+    ProcessResult r = runProgram({cliPath(), "--cs", "--java", "s.zyl"}, dir.path());
+    ASSERT_EQ(r.status, 0) << r.err;
+    for (size_t i = 0; i < sizeof rows / sizeof rows[0]; i++) {
+        std::string const text = readFile(dir.file(rows[i].file)),
+                          line = replaced(rows[i].text, "{f}", "f" + std::to_string(i));
+        EXPECT_TRUE(contains(text, line)) << rows[i].decl << " in " << rows[i].file << ":\n" << text;
+    }
+}
+
+// A compile with every output that fails after it has created its files
+// leaves none of them, nor the files of the same names an earlier complete
+// compile wrote. The sequence element stops the compile in the last class,
+// when every file but those of structs exists. The initial value stops it
+// in the dictionary, before any Java file: those of an earlier compile,
+// which this one has not written, stay.
+TEST(BindingsCleanup, FailedCompileRemovesEveryFile) {
+    struct {
+        char const* init[2];  // of field A.a, in the failing compile and in the good one
+        char const* size[2];  // of the elements of Z.s
+        char const* error;
+        Args stale;  // what stays of the good compile after the failing one
+    } const rows[] = {
+        {{"", ""}, {"40", "8"}, "Size of sequence element is larger than ZYL_SEQ_MAX_CHAR_SIZE", {"s.zyl"}},
+        {{" = 1.5", " = 1"},
+         {"8", "8"},
+         "initial value for A.a is not integer",
+         {"A.java", "E.java", "Z.java", "lt.java", "s.zyl"}},
+    };
+    Args const argv = {cliPath(), "--cs", "--java", "--cpp", "--xml-schema", "s.zyl"};
+    for (auto const& row : rows) {
+        auto schema = [&](int good) {
+            return std::string("declare database lt;\nenum E { X };\nclass A { list; unsigned<4> a") + row.init[good] +
+                   "; };\nclass Z { list; sequence<char<" + row.size[good] + ">> s; };\n";
+        };
+        for (bool stale : {false, true}) {
+            TempDir dir;
+            if (stale) {
+                dir.write("s.zyl", schema(1));
+                ASSERT_EQ(runProgram(argv, dir.path()).status, 0);
+                ASSERT_EQ(dir.list(), (Args{"A.java", "E.java", "Z.java", "lt.c", "lt.cs", "lt.h", "lt.hpp", "lt.java",
+                                            "lt.xml", "s.zyl"}));
+            }
+            dir.write("s.zyl", schema(0));
+            ProcessResult r = runProgram(argv, dir.path());
+            EXPECT_TRUE(r.status != 0 && contains(r.err, row.error)) << r.err;
+            EXPECT_EQ(dir.list(), stale ? row.stale : Args{"s.zyl"}) << row.error << (stale ? ", after a compile" : "");
+        }
+    }
+}

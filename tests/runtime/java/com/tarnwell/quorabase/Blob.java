@@ -1,0 +1,8 @@
+package com.tarnwell.quorabase;
+
+import java.lang.annotation.*;
+
+@Retention(RetentionPolicy.RUNTIME)
+@Target(ElementType.FIELD)
+public @interface Blob {
+}

@@ -1,0 +1,9 @@
+package com.tarnwell.quorabase;
+
+import java.lang.annotation.*;
+
+@Retention(RetentionPolicy.RUNTIME)
+@Target(ElementType.FIELD)
+public @interface Dimension {
+    int value();
+}

@@ -1,0 +1,4 @@
+package com.tarnwell.quorabase;
+
+public class UnorderedSequence<T> {
+}
