@@ -172,6 +172,7 @@ TEST(PreProcessor, Fixtures) {
         {"opens_if.zyl", "inside after", "", ""},
         {"includes_open_comment.zyl", "before first_line", "comment is not closed with */", "open_comment.zyl:3"},
         {"error_after_include.zyl", "a", "#else without matching #if", "error_after_include.zyl:3"},
+        {"includes_bad_octal.zyl", "ok 1 value 09 never_read", "", ""},
     };
     for (auto const& c : cases) {
         Reading r(kFixtures, c.name);
