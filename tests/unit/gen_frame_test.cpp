@@ -1,6 +1,5 @@
 // The generator frame: the switches' marks in the text every file starts
-// with, the skeleton files, one C function in and out of line, and the
-// names the sections share.
+// with, the skeleton files, and the names the sections share.
 #include <gtest/gtest.h>
 
 #include <regex>

@@ -1,6 +1,7 @@
-// What the grammar builds in the model: fields, types, enums, indexes,
-// implicit members and schema-level values. Each schema runs
-// through Parser and Analyzer with the run-time reporter, which throws.
+// What the grammar builds in the model: field forms and numbers, enum
+// sizes, indexes, implicit members, class prefixes and hidden classes, and
+// the updated_bitmap size. Each schema runs through Parser and Analyzer
+// with the run-time reporter, which throws.
 #include <gtest/gtest.h>
 
 #include <memory>
