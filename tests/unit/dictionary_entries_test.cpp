@@ -1,29 +1,17 @@
-// Dictionary entries on laid-out models: type codes, key texts of the
-// generated search functions, and the internal faults that no schema text
-// can reach, provoked by bending a finished model.
+// Dictionary entries on laid-out models: type codes and the key texts of
+// the generated search functions.
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
 #include <string>
 
 #include "frontend/parser.h"
 #include "host/zylcomp/analyzer.h"
 #include "host/zylcomp/genoutput.h"
-#include "host/zylcomp/strdict.h"
 #include "support/process.h"
 #include "target/zylcomp/errreporter_mem.h"
 
 namespace {
-
-// Opens the dictionary section to the tests.
-class Gen : public GenOutput {
-public:
-    Gen(Schema& s, IErrReporter* err, mstring const& dir)
-        : GenOutput(s, true, false, false, false, false, false, false, err, dir, "", "", false, false, false, false,
-                    false, 8, 0, false, false, false) {}
-    using GenOutput::outputDictionary;
-};
 
 // A schema run through the grammar, the finishing passes and layout.
 class Laid {
@@ -42,7 +30,9 @@ public:
             ADD_FAILURE() << e.m_msg.c_str();
             throw;
         }
-        gen.reset(new Gen(schema(), &m_reporter, m_dir.path().c_str()));
+        gen.reset(new GenOutput(schema(), true, false, false, false, false, false, false, &m_reporter,
+                                m_dir.path().c_str(), "", "", false, false, false, false, false, 8, 0, false, false,
+                                false));
         gen->layout();
         gen->calculateFormating();
     }
@@ -56,7 +46,7 @@ public:
     Class& cls(char const* name) { return *schema().findClass(name); }
     Field& field(char const* c, char const* f) { return *cls(c).findField(f); }
 
-    std::unique_ptr<Gen> gen;
+    std::unique_ptr<GenOutput> gen;
 
 private:
     TempDir m_dir;
@@ -96,20 +86,17 @@ TEST(DictionaryEntries, TypeCodesSizesAndTexts) {
         char const* field;
         std::string expected;  // code size text count / initializer type
     } const cases[] = {
-        {"i1", "4 1 i1 0 / 1"},       {"i2", "5 2 i2 0 / 1"},      {"i4", "6 4 i4 0 / 1"},
-        {"i8", "13 8 i8 0 / 1"},      {"u1", "1 1 u1 0 / 1"},      {"u2", "2 2 u2 0 / 1"},
-        {"u4", "3 4 u4 0 / 1"},       {"u8", "12 8 u8 0 / 1"},     {"f", "10 4 flt 0 / 2"},
-        {"d", "11 8 dbl 0 / 2"},      {"dt", "16 4 u4 0 / 1"},     {"tm", "17 4 u4 0 / 1"},
-        {"dtm", "24 8 u8 0 / 1"},     {"ai", "13 8 i8 0 / 1"},     {"b", "23 1 ptr 1 / 3"},
-        {"bits", "23 1 ptr 12 / 3"},  {"c", "7 5  0 / 0"},         {"nc", "19 6  0 / 0"},
-        {"bn", "25 4  0 / 0"},        {"s", "8 0  0 / 0"},         {"ns", "20 0  0 / 0"},
-        {"vb", "26 0  0 / 0"},        {"bl", "51 0  0 / 0"},       {"e1", "1 1 u1 0 / 1"},
+        {"i1", "4 1 i1 0 / 1"},     {"i8", "13 8 i8 0 / 1"},    {"u2", "2 2 u2 0 / 1"},
+        {"u8", "12 8 u8 0 / 1"},    {"f", "10 4 flt 0 / 2"},    {"d", "11 8 dbl 0 / 2"},
+        {"dt", "16 4 u4 0 / 1"},    {"tm", "17 4 u4 0 / 1"},    {"dtm", "24 8 u8 0 / 1"},
+        {"ai", "13 8 i8 0 / 1"},    {"bits", "23 1 ptr 12 / 3"}, {"nc", "19 6  0 / 0"},
+        {"bn", "25 4  0 / 0"},      {"ns", "20 0  0 / 0"},      {"vb", "26 0  0 / 0"},
+        {"bl", "51 0  0 / 0"},      {"e1", "1 1 u1 0 / 1"},
         // Enums of two and four bytes count as signed.
-        {"e2", "5 2 i2 0 / 1"},       {"e4", "6 4 i4 0 / 1"},      {"st", "50 0  0 / 0"},
+        {"e2", "5 2 i2 0 / 1"},     {"e4", "6 4 i4 0 / 1"},
         {"dr", "50 structsz(D_d_aligned_to_1)  0 / 0"},
-        {"q1", "30 4  0 / 0"},        {"qd", "32 4  0 / 0"},       {"q8", "37 4  0 / 0"},
-        {"qf", "39 4  0 / 0"},        {"qc", "40 4  0 / 0"},       {"qdt", "41 4  0 / 0"},
-        {"autoid", "14 8 i8 0 / 0"},
+        {"q1", "30 4  0 / 0"},      {"qd", "32 4  0 / 0"},      {"q8", "37 4  0 / 0"},
+        {"qf", "39 4  0 / 0"},      {"qc", "40 4  0 / 0"},      {"qdt", "41 4  0 / 0"},
     };
     for (auto const& c : cases) {
         Field const& f = m.field("K", c.field);
@@ -170,55 +157,3 @@ TEST(DictionaryEntries, KeyTextsOfSearchFunctions) {
     EXPECT_THROW(blob.paramStrings(0, &m.schema(), names, in, out, args, fill), char const*);
 }
 
-// Faults of the model that only a bent model shows; each ends the process.
-TEST(DictionaryEntries, InternalFaults) {
-    struct Case {
-        char const* schema;
-        std::function<void(Laid&)> run;
-        char const* message;
-    };
-    char const* const plain = "class A { signed<4> a; vector<S> v; tree<a> t; tree<v.x> tv; };\n";
-    char const* const withS = "struct S { signed<4> x; signed<4> y[2]; };\n";
-    auto classEntry = [](Laid& m) { dictClassEntry(m.schema(), m.cls("A"), 0, 0); };
-    Case const cases[] = {
-        {plain, [&](Laid& m) { m.cls("A").m_isDynamic = false; m.cls("A").m_layout.large.m_size = 99;
-                               classEntry(m); }, "internal 10023"},
-        {plain, [&](Laid& m) { m.cls("A").m_hasHistory = true; classEntry(m); }, "history index not found"},
-        {plain, [&](Laid& m) { Index h; h.m_name = "history_index@"; m.cls("A").addIndex(h);
-                               m.cls("A").m_hasHistory = true; classEntry(m); }, "history field not found"},
-        {plain, [&](Laid& m) { m.schema().m_autoOid = 5; classEntry(m); }, "auto_oid field not found"},
-        {plain, [&](Laid& m) { m.cls("A").m_hasAutoid = true; classEntry(m); }, "autoid field not found"},
-        {plain, [&](Laid& m) { m.cls("A").m_dictNo = -1; classEntry(m); }, "internal 10307"},
-        {plain, [](Laid& m) { Event e; e.m_kind = 6; dictEventEntry(m.cls("A"), e); }, "internal 10027"},
-        {plain, [](Laid& m) { m.cls("A").v_index[0].m_vbased = 0; dictIndexEntry(m.cls("A"), m.cls("A").v_index[0]); },
-         "internal"},
-        // A path through a vector and then an array.
-        {plain, [](Laid& m) {
-             Index& tv = m.cls("A").v_index[1];
-             Struct* s = m.schema().findType("S");
-             Index::FldEl array{"y", s, s->findField("y")};
-             tv.v_segment[0].v_fldEl.insert(1, array);
-             tv.getFieldLayout(tv.v_segment[0], &m.cls("A"));
-         }, "10004"},
-        {plain, [](Laid& m) { m.schema().findType("S")->v_owner.resize(0);
-                              ClassDictCreator c(&m.schema(), false, nullptr, "t");
-                              std::unique_ptr<IOutStream> null(IOutStream::createNullStream());
-                              c.printAll(*null, true); }, "struct numbering (2)"},
-        {plain, [](Laid& m) { m.gen->init(); m.cls("A").m_code = 5; m.gen->outputDictionary(); },
-         "class codes order"},
-        {plain, [](Laid& m) { m.gen->init(); m.cls("A").v_index[1].m_code = 7; m.gen->outputDictionary(); },
-         "index code"},
-        {plain, [](Laid& m) { m.field("A", "a").m_struct->m_cType = "int5"; m.field("A", "a").dict_info(true); },
-         "unknown simple type"},
-        {"class A { blob a; };", [](Laid& m) { m.field("A", "a").dict_info(false); }, "illegal index field type"},
-        {plain, [](Laid& m) { m.field("A", "v").dict_info(false); }, "illegal index field type"},
-    };
-    for (Case const& c : cases) {
-        ProcessResult r = runInChild([&c, withS] {
-            Laid m(std::string(withS) + c.schema);
-            c.run(m);
-        });
-        EXPECT_EQ(r.err, std::string("internal error: ") + c.message + "\n") << c.message;
-        EXPECT_EQ(r.status, 255) << c.message;
-    }
-}

@@ -1,12 +1,11 @@
-// Symbolic sizes: FSize rendering and arithmetic, rounding, array sizes, the
-// hand-over of a placement to text, and the heap-sort order of fields.
+// Symbolic sizes: FSize rendering, arithmetic and rounding, and the
+// heap-sort order of fields.
 #include <gtest/gtest.h>
 
 #include <string>
 
 #include "host/zylcomp/genoutput.h"
 #include "host/zylcomp/schema.h"
-#include "target/zylcomp/errreporter_mem.h"
 
 namespace {
 
@@ -30,12 +29,11 @@ TEST(FSize, RenderingAssignmentEqualityAddition) {
     EXPECT_EQ("5", str(v));
 
     FSize b = sz(4, "x");
-    b.m_saved = 9;
-    EXPECT_TRUE(b == sz(4, "x"));
-    EXPECT_TRUE(b != sz(4, "y") && b != sz(5, "x"));
+    b.m_saved = 9;  // equality ignores the carried number
+    EXPECT_TRUE(b == sz(4, "x") && b != sz(4, "y") && b != sz(5, "x"));
 
     struct { FSize a, b; char const* sum; } const sums[] = {
-        {sz(4), sz(2), "6"}, {sz(4, "x"), sz(2), "6+x"}, {sz(4), sz(0, "y"), "4+y"}, {sz(0, "x"), sz(1, "y"), "1+x+y"}};
+        {sz(4, "x"), sz(2), "6+x"}, {sz(4), sz(0, "y"), "4+y"}, {sz(0, "x"), sz(1, "y"), "1+x+y"}};
     for (auto const& s : sums) {
         FSize a = s.a;
         a.m_saved = 3;
@@ -47,8 +45,7 @@ TEST(FSize, RenderingAssignmentEqualityAddition) {
 
 TEST(FSize, AlignIntRoundsNumbersOnlyToTwoFourEight) {
     struct { int size, align, result; } const rows[] = {
-        {0, 8, 0}, {1, 8, 8}, {8, 8, 8}, {9, 4, 12}, {4, 4, 4}, {3, 2, 4}, {2, 2, 2},
-        {5, 1, 5}, {5, 16, 5}, {5, 0, 5}, {5, 3, 5}, {-3, 4, -3}};
+        {0, 8, 0}, {1, 8, 8}, {9, 4, 12}, {3, 2, 4}, {5, 1, 5}, {5, 16, 5}, {5, 3, 5}, {-3, 4, -3}};
     for (auto const& r : rows) {
         FSize s(r.size);
         s.m_saved = 9;
@@ -66,54 +63,6 @@ TEST(FSize, AlignIntRoundsNumbersOnlyToTwoFourEight) {
     EXPECT_EQ(6, r.m_saved);
     EXPECT_EQ("alignsz(x,1)", str(GenOutput::alignInt(sz(0, "x"), sz(0, "1"))));
     EXPECT_EQ("8", str(GenOutput::alignInt(sz(6), sz(4, "y"))));  // a text alignment never wraps a number
-}
-
-TEST(FSize, GetArraySizeIsTextEvenForANumber) {
-    Schema schema;
-    ErrReporterMem reporter(nullptr, nullptr);
-    GenOutput gen(schema, false, false, false, false, false, false, false, &reporter, "", "", "", false, false,
-                  false, false, false, 8, 0, false, false, false);
-    FSize elem(8);
-    EXPECT_EQ("(8)*10", str(gen.getArraySize(elem, 10)));
-    FSize direct = sz(0, "structsz(P_d_aligned_to_1)");
-    direct.m_saved = 5;
-    FSize r = gen.getArraySize(direct, 3);
-    EXPECT_EQ("(structsz(P_d_aligned_to_1))*3", str(r));
-    EXPECT_EQ(0, r.m_num + r.m_saved);
-}
-
-TEST(FldLayout, UpdateStringsHandsDirectPlacementsToText) {
-    Struct d, k;  // direct struct D, ordinary struct K
-    d.m_name = "D";
-    d.m_isDirect = true;
-    k.m_name = "K";
-    Field member, byValue, vectorOf, plain;
-    member.m_name = "a";
-    member.m_containerStruct = &d;
-    for (Field* f : {&byValue, &vectorOf, &plain}) {
-        f->m_containerStruct = &k;
-        f->m_struct = &d;
-        f->m_isDirect = f != &plain;
-    }
-    vectorOf.m_isVector = true;
-    auto run = [](Field* f, FSize size) {
-        FldLayout l;
-        l.m_field = f;
-        l.m_size = size;
-        l.m_offset = 8;
-        l.m_align = 4;
-        l.m_typeIsDirect = l.m_inDirect = true;
-        l.update_strings();
-        return std::string(l.m_typeIsDirect ? "T" : "-") + (l.m_inDirect ? "I " : "- ") + str(l.m_offset) + " " +
-               str(l.m_size) + "(" + std::to_string(l.m_size.m_saved) + ") " + str(l.m_align) + "," +
-               std::to_string(l.m_align.m_num);
-    };
-    EXPECT_EQ("-- 8 4(0) 4,4", run(nullptr, sz(4)));
-    EXPECT_EQ("-I fieldoffs(D_d_aligned_to_1, a) fieldsz(D_d_aligned_to_1, a)(4) 1,0", run(&member, sz(4)));
-    EXPECT_EQ("T- structsz(D_d_aligned_to_1) structsz(D_d_aligned_to_1)(0) 1,0", run(&byValue, sz(4)));
-    EXPECT_EQ("T- structsz(D_d_aligned_to_1) (x)*3(0) 1,0", run(&byValue, sz(0, "(x)*3")));
-    EXPECT_EQ("T- 8 4(0) 4,4", run(&vectorOf, sz(4)));
-    EXPECT_EQ("-- 8 4(0) 4,4", run(&plain, sz(4)));
 }
 
 TEST(FldLayout, HeapSortPutsDirectTypesLastAndIsNotStable) {
