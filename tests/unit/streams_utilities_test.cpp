@@ -82,11 +82,13 @@ TEST(Streams, NullWrapAndDup) {
     *file << "f";
 
     IOutStream* str = IOutStream::createStrStream(dir.path().c_str());
-    IOutStream* dup = IOutStream::createDupStream(IOutStream::createWrapStream(file), str, false);
+    IOutStream* wrapped = IOutStream::createWrapStream(file);
+    IOutStream* dup = IOutStream::createDupStream(wrapped, str, false);
     *dup << "d" << 1L;
     EXPECT_TRUE(dup->good());
     EXPECT_EQ(str->retstr(), "d1");
     delete dup;  // not the owner: both targets live on
+    delete wrapped;
     delete str;
     delete file;
     EXPECT_EQ(readFile(dir.file("f")), "wfd1");
