@@ -66,7 +66,7 @@ void GenOutput::layout() {
     int code = 1;
     forEach<Class>(schema.m_classes, [this, &schema, &code](Class& c) {
         c.m_code = code++;
-        int startOffset = c.m_hasOid ? (schema.m_oidSize + 1) & ~1 : 0;
+        int startOffset = c.m_hasOid ? wrap32(std::int64_t{schema.m_oidSize} + 1) & ~1 : 0;
         layout(c, startOffset, &c);
     });
     // The dump shows the placements just made.
@@ -91,12 +91,12 @@ int GenOutput::oid_layout(Struct& oid) {
                 offset = alignInt(FSize(offset), 2).m_num;
             else if (sz > 2)
                 offset = alignInt(FSize(offset), 4).m_num;
-            offset += sz;
+            offset = wrap32(std::int64_t{offset} + sz);
             break;
         case TC_CHARS:
         case TC_NCHARS:
         case TC_BINARY:
-            offset += sz;
+            offset = wrap32(std::int64_t{offset} + sz);
             break;
         default:
             m_err->err("Variable-length field in oid");
@@ -180,14 +180,14 @@ bool GenOutput::layout(Struct& s, int startOffset, Class* owner) {
                 if (t->m_name == "boolean") {
                     // Eight flags to a byte.
                     int bytes = (f.m_arraySize + 7) / 8;
-                    cf.m_size = alignInt(tc.m_size, cf.m_align).m_num * bytes;
-                    lf.m_size = alignInt(tl.m_size, lf.m_align).m_num * bytes;
+                    cf.m_size = wrap32(std::int64_t{alignInt(tc.m_size, cf.m_align).m_num} * bytes);
+                    lf.m_size = wrap32(std::int64_t{alignInt(tl.m_size, lf.m_align).m_num} * bytes);
                 } else if (f.m_isDirect || tc.m_size.is_str() || tl.m_size.is_str()) {
                     cf.m_size = getArraySize(tc.m_size, f.m_arraySize);
                     lf.m_size = getArraySize(tl.m_size, f.m_arraySize);
                 } else {
-                    cf.m_size = alignInt(tc.m_size, cf.m_align).m_num * f.m_arraySize;
-                    lf.m_size = alignInt(tl.m_size, lf.m_align).m_num * f.m_arraySize;
+                    cf.m_size = wrap32(std::int64_t{alignInt(tc.m_size, cf.m_align).m_num} * f.m_arraySize);
+                    lf.m_size = wrap32(std::int64_t{alignInt(tl.m_size, lf.m_align).m_num} * f.m_arraySize);
                 }
             }
             update_layout_strings(cf);
