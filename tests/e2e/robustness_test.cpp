@@ -390,6 +390,28 @@ TEST(Robustness, MissingOutputDirectory) {
     EXPECT_EQ(dir.list(), only);
 }
 
+// A later output that cannot be opened, here {db}.hpp of a database name
+// that leaves no room for its suffix: the compile ends at once, as with an
+// unwritable directory, and the outputs opened before it stay. Every
+// output is opened before any is written, so they are empty.
+TEST(Robustness, AnOutputThatCannotBeOpenedAfterOthers) {
+    std::string const db(253, 'd');
+    TempDir dir;
+    dir.write("s.zyl", "declare database " + db + ";\nclass A { signed<4> x; tree<x> t; };\n");
+    mkdir(dir.file("out").c_str(), 0755);
+    ProcessResult const r = runProgram({cliPath(), "--cpp", "-o", "out", "s.zyl"}, dir.path());
+    EXPECT_EQ(r.status, 255);
+    EXPECT_EQ(r.err, "error: Cannot open file out/" + db + ".hpp\n");
+    EXPECT_EQ(r.out, "");
+    std::vector<std::string> const left = {db + ".c", db + ".h"};
+    EXPECT_EQ(listDir(dir.file("out")), left);
+    for (std::string const& name : left)
+        EXPECT_EQ(readFile(dir.file("out/" + name)), "") << name;
+
+    MemResult const mem = loadText(readFile(dir.file("s.zyl")), dir.path(), dir.file("out"));
+    EXPECT_EQ(mem.rc, 0);
+}
+
 // The run-time entry in a process whose current directory is read-only:
 // its default output and include directory are ".", and it must neither
 // write there nor end the process.
