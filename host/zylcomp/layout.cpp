@@ -29,6 +29,20 @@ void forEach(ISet* set, Visit visit) {
 // Declared structs and direct structs have fields of their own to place.
 bool hasOwnLayout(Struct const& t) { return t.m_category == TC_STRUCT || t.m_category == TC_DIRECT; }
 
+// Nested structs are placed by recursion, one level of the stack each. A
+// deeper chain is refused rather than let it exhaust the stack, which in
+// the run-time entry is the host program's.
+int const kMaxNesting = 1000;
+int nesting = 0;
+
+class NestingLevel {
+public:
+    NestingLevel() { nesting++; }
+    ~NestingLevel() { nesting--; }
+    NestingLevel(NestingLevel const&) = delete;
+    NestingLevel& operator=(NestingLevel const&) = delete;
+};
+
 FSize textSize(mstring const& expr) {
     FSize result;
     result.m_expr = expr;
@@ -125,6 +139,11 @@ bool GenOutput::layout(Struct& s, int startOffset, Class* owner) {
             // Reached again while its own fields are placed: it contains
             // itself by value.
             m_err->err("recursive definition of \"" + s.m_name + "\"");
+            return false;
+        }
+        NestingLevel level;
+        if (nesting > kMaxNesting) {
+            m_err->err("structures nested more than " + UT::n2s(kMaxNesting) + " deep at \"" + s.m_name + "\"");
             return false;
         }
         s.m_layoutBusy = true;

@@ -97,6 +97,15 @@ std::string manyClasses(int n) {
     return text;
 }
 
+// S0 holds S1 by value, ..., down to the last of `depth` structs.
+std::string nestedStructs(int depth) {
+    std::string text = "declare database h;\n";
+    for (int i = 0; i + 1 < depth; i++)
+        text += "struct S" + std::to_string(i) + " { S" + std::to_string(i + 1) + " x; signed<4> y; };\n";
+    text += "struct S" + std::to_string(depth - 1) + " { signed<4> y; };\n";
+    return text + "class A { S0 s; signed<4> k; tree<k> t; };\n";
+}
+
 std::string withClass(std::string const& decl) { return "declare database h;\n" + decl + "\n"; }
 
 std::vector<Case> const& hostileCases() {
@@ -182,6 +191,16 @@ std::vector<Case> const& hostileCases() {
         {"only comments", {{"s.zyl", "// one\n/* two\n   three */\n// four\n"}},
          refused(4, "schema name is not defined")},
         {"10,000 classes", {{"s.zyl", manyClasses(10000)}}, completes()},
+        // Nested structs are laid out by recursion, which once overflowed
+        // the stack, the host program's too: at 20,000 levels in a plain
+        // build, at 5,000 in a sanitized one.
+        {"1,000 nested structs", {{"s.zyl", nestedStructs(1000)}}, completes()},
+        {"1,001 nested structs", {{"s.zyl", nestedStructs(1001)}},
+         {255, "File s.zyl; error: structures nested more than 1000 deep at \"S1000\"\n\n", 1005,
+          "<memory buffer>:0:0: structures nested more than 1000 deep at \"S1000\""}},
+        {"5,000 nested structs", {{"s.zyl", nestedStructs(5000)}},
+         {255, "File s.zyl; error: structures nested more than 1000 deep at \"S1000\"\n\n", 1005,
+          "<memory buffer>:0:0: structures nested more than 1000 deep at \"S1000\""}},
     };
     return cases;
 }
