@@ -158,8 +158,8 @@ void MemoryGenDict::layout(Layout& l, int startOffset, Struct* s) {
                 fld.m_offset = 0;
             } else {
                 FldLayout const& prev = l.v_fld[i - 1];
-                fld.m_offset = memNumber(prev.m_offset, "!fld_prev.m_offset.is_str()") +
-                               memNumber(prev.m_size, "!fld_prev.m_size.is_str()");
+                fld.m_offset = wrap32(std::int64_t{memNumber(prev.m_offset, "!fld_prev.m_offset.is_str()")} +
+                                      memNumber(prev.m_size, "!fld_prev.m_size.is_str()"));
             }
         }
     }
@@ -175,8 +175,8 @@ void MemoryGenDict::layout(Layout& l, int startOffset, Struct* s) {
         l.m_align = maxAlign;
     }
     if (lastDirectHolder != nullptr)
-        l.m_size = memNumber(lastDirectHolder->m_size, "!lfld->m_size.is_str()") +
-                   memNumber(lastDirectHolder->m_offset, "!lfld->m_offset.is_str()");
+        l.m_size = wrap32(std::int64_t{memNumber(lastDirectHolder->m_size, "!lfld->m_size.is_str()")} +
+                          memNumber(lastDirectHolder->m_offset, "!lfld->m_offset.is_str()"));
     memNumber(l.m_size, "!l.m_size.is_str()");
 }
 

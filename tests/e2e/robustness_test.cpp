@@ -335,6 +335,7 @@ TEST(Robustness, RegressionCases) {
         {"offset_overflow.zyl", completes()},
         {"oid_size_overflow.zyl", completes()},
         {"direct_size_overflow.zyl", completes()},
+        {"direct_holder_overflow.zyl", completes()},
     };
     for (Row const& row : rows)
         runCase(row.file, {{"s.zyl", readFile(kRegress + row.file)}}, row.expected);
