@@ -184,6 +184,13 @@ std::vector<Case> const& hostileCases() {
                               "  D = -99999999999999999999, F = 0xffffffffffffffffff, G = 077777777777777777777777 };\n"
                               "class A { E e; list; };")}},
          completes()},
+        {"initial values past their types",
+         {{"s.zyl", withClass("enum E { A = 2147483647 };\nclass A {\n  E e = A;\n  signed<4> i = 99999999999999999999;\n"
+                              "  signed<8> j = 9999999999999999999999;\n  double d = " + std::string(400, '9') +
+                              ".0;\n  float f = 1" + std::string(50, '0') + ".5;\n  signed<2> s = 100000;\n"
+                              "  unsigned<1> u = -5;\n  unsigned<8> w = -1;\n  date t = 99999999999;\n"
+                              "  signed<4> a[3] = {99999999999, -99999999999, 5};\n  list;\n};")}},
+         completes()},
         {"a decimal width past 32 bits", {{"s.zyl", withClass("class A { numeric<4294967315, 2> n; list; };")}},
          completes()},
         // No statement at all.
