@@ -33,7 +33,7 @@ FSize::operator mstring const&() const {
 bool FSize::operator==(FSize const& other) const { return m_num == other.m_num && m_expr == other.m_expr; }
 
 FSize& FSize::operator+=(FSize const& other) {
-    m_num += other.m_num;
+    m_num = wrap32(std::int64_t{m_num} + other.m_num);
     if (is_str() && other.is_str())
         m_expr += "+";
     m_expr += other.m_expr;
@@ -54,13 +54,13 @@ FSize alignNumber(FSize const& size, int align) {
         return result;
     switch (align) {
     case 2:
-        result = ((n - 1) | 1) + 1;
+        result = wrap32(std::int64_t{(n - 1) | 1} + 1);
         break;
     case 4:
-        result = ((n - 1) & ~3) + 4;
+        result = wrap32(std::int64_t{(n - 1) & ~3} + 4);
         break;
     case 8:
-        result = ((n - 1) & ~7) + 8;
+        result = wrap32(std::int64_t{(n - 1) & ~7} + 8);
         break;
     default:
         break;

@@ -11,6 +11,11 @@
 
 #include "foundation/mstring.h"
 
+// Sizes, offsets and counts are 32-bit. A schema can ask for more (char<N>
+// of any N, 65535 elements of it): the result then wraps around instead of
+// being undefined, and values in range come out as they always did.
+inline std::int32_t wrap32(std::int64_t v) { return static_cast<std::int32_t>(static_cast<std::uint32_t>(v)); }
+
 class FSize {
 public:
     FSize() = default;

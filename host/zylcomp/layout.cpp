@@ -29,6 +29,20 @@ void forEach(ISet* set, Visit visit) {
 // Declared structs and direct structs have fields of their own to place.
 bool hasOwnLayout(Struct const& t) { return t.m_category == TC_STRUCT || t.m_category == TC_DIRECT; }
 
+// Nested structs are placed by recursion, one level of the stack each. A
+// deeper chain is refused rather than let it exhaust the stack, which in
+// the run-time entry is the host program's.
+int const kMaxNesting = 1000;
+int nesting = 0;
+
+class NestingLevel {
+public:
+    NestingLevel() { nesting++; }
+    ~NestingLevel() { nesting--; }
+    NestingLevel(NestingLevel const&) = delete;
+    NestingLevel& operator=(NestingLevel const&) = delete;
+};
+
 FSize textSize(mstring const& expr) {
     FSize result;
     result.m_expr = expr;
@@ -66,7 +80,7 @@ void GenOutput::layout() {
     int code = 1;
     forEach<Class>(schema.m_classes, [this, &schema, &code](Class& c) {
         c.m_code = code++;
-        int startOffset = c.m_hasOid ? (schema.m_oidSize + 1) & ~1 : 0;
+        int startOffset = c.m_hasOid ? wrap32(std::int64_t{schema.m_oidSize} + 1) & ~1 : 0;
         layout(c, startOffset, &c);
     });
     // The dump shows the placements just made.
@@ -91,12 +105,12 @@ int GenOutput::oid_layout(Struct& oid) {
                 offset = alignInt(FSize(offset), 2).m_num;
             else if (sz > 2)
                 offset = alignInt(FSize(offset), 4).m_num;
-            offset += sz;
+            offset = wrap32(std::int64_t{offset} + sz);
             break;
         case TC_CHARS:
         case TC_NCHARS:
         case TC_BINARY:
-            offset += sz;
+            offset = wrap32(std::int64_t{offset} + sz);
             break;
         default:
             m_err->err("Variable-length field in oid");
@@ -125,6 +139,11 @@ bool GenOutput::layout(Struct& s, int startOffset, Class* owner) {
             // Reached again while its own fields are placed: it contains
             // itself by value.
             m_err->err("recursive definition of \"" + s.m_name + "\"");
+            return false;
+        }
+        NestingLevel level;
+        if (nesting > kMaxNesting) {
+            m_err->err("structures nested more than " + UT::n2s(kMaxNesting) + " deep at \"" + s.m_name + "\"");
             return false;
         }
         s.m_layoutBusy = true;
@@ -180,14 +199,14 @@ bool GenOutput::layout(Struct& s, int startOffset, Class* owner) {
                 if (t->m_name == "boolean") {
                     // Eight flags to a byte.
                     int bytes = (f.m_arraySize + 7) / 8;
-                    cf.m_size = alignInt(tc.m_size, cf.m_align).m_num * bytes;
-                    lf.m_size = alignInt(tl.m_size, lf.m_align).m_num * bytes;
+                    cf.m_size = wrap32(std::int64_t{alignInt(tc.m_size, cf.m_align).m_num} * bytes);
+                    lf.m_size = wrap32(std::int64_t{alignInt(tl.m_size, lf.m_align).m_num} * bytes);
                 } else if (f.m_isDirect || tc.m_size.is_str() || tl.m_size.is_str()) {
                     cf.m_size = getArraySize(tc.m_size, f.m_arraySize);
                     lf.m_size = getArraySize(tl.m_size, f.m_arraySize);
                 } else {
-                    cf.m_size = alignInt(tc.m_size, cf.m_align).m_num * f.m_arraySize;
-                    lf.m_size = alignInt(tl.m_size, lf.m_align).m_num * f.m_arraySize;
+                    cf.m_size = wrap32(std::int64_t{alignInt(tc.m_size, cf.m_align).m_num} * f.m_arraySize);
+                    lf.m_size = wrap32(std::int64_t{alignInt(tl.m_size, lf.m_align).m_num} * f.m_arraySize);
                 }
             }
             update_layout_strings(cf);

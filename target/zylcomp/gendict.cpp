@@ -75,7 +75,7 @@ int oidSizeof(Struct const& oid) {
         switch (f.m_struct->m_category) {
         case TC_SCALAR:
             align = sz;
-            size = f.m_isArray ? sz * f.m_arraySize : sz;
+            size = f.m_isArray ? wrap32(std::int64_t{sz} * f.m_arraySize) : sz;
             break;
         case TC_NCHARS:
             align = 2;
@@ -84,10 +84,10 @@ int oidSizeof(Struct const& oid) {
         default:  // characters and binary; the layout pass refused the rest
             break;
         }
-        offset = (offset + align - 1) / align * align + size;
+        offset = wrap32((std::int64_t{offset} + align - 1) / align * align + size);
         maxAlign = align > maxAlign ? align : maxAlign;
     }
-    return (offset + maxAlign - 1) / maxAlign * maxAlign;
+    return wrap32((std::int64_t{offset} + maxAlign - 1) / maxAlign * maxAlign);
 }
 
 }  // namespace
@@ -117,7 +117,9 @@ bool MemoryGenDict::layout(Struct& s, int startOffset, Class* owner) {
     return GenOutput::layout(s, startOffset, owner);
 }
 
-FSize MemoryGenDict::getArraySize(FSize& elem, int n) { return FSize(memNumber(elem, "!ret.is_str()") * n); }
+FSize MemoryGenDict::getArraySize(FSize& elem, int n) {
+    return FSize(wrap32(std::int64_t{memNumber(elem, "!ret.is_str()")} * n));
+}
 
 // The walk of GenOutput::layout(Layout&, ...) with numbers only. Members of
 // a direct struct take the alignment the C compiler would give them, and
@@ -156,8 +158,8 @@ void MemoryGenDict::layout(Layout& l, int startOffset, Struct* s) {
                 fld.m_offset = 0;
             } else {
                 FldLayout const& prev = l.v_fld[i - 1];
-                fld.m_offset = memNumber(prev.m_offset, "!fld_prev.m_offset.is_str()") +
-                               memNumber(prev.m_size, "!fld_prev.m_size.is_str()");
+                fld.m_offset = wrap32(std::int64_t{memNumber(prev.m_offset, "!fld_prev.m_offset.is_str()")} +
+                                      memNumber(prev.m_size, "!fld_prev.m_size.is_str()"));
             }
         }
     }
@@ -173,8 +175,8 @@ void MemoryGenDict::layout(Layout& l, int startOffset, Struct* s) {
         l.m_align = maxAlign;
     }
     if (lastDirectHolder != nullptr)
-        l.m_size = memNumber(lastDirectHolder->m_size, "!lfld->m_size.is_str()") +
-                   memNumber(lastDirectHolder->m_offset, "!lfld->m_offset.is_str()");
+        l.m_size = wrap32(std::int64_t{memNumber(lastDirectHolder->m_size, "!lfld->m_size.is_str()")} +
+                          memNumber(lastDirectHolder->m_offset, "!lfld->m_offset.is_str()"));
     memNumber(l.m_size, "!l.m_size.is_str()");
 }
 

@@ -57,10 +57,12 @@ TEST(Streams, MemoryNullWrapAndDup) {
     *wrap << "w";
     delete wrap;  // leaves its target alone
     IOutStream* str = IOutStream::createStrStream(dir.path().c_str());
-    IOutStream* dup = IOutStream::createDupStream(IOutStream::createWrapStream(file), str, false);
+    IOutStream* wrapped = IOutStream::createWrapStream(file);
+    IOutStream* dup = IOutStream::createDupStream(wrapped, str, false);
     *dup << "d" << 1L;
     EXPECT_EQ(str->retstr(), "d1");
     delete dup;  // not the owner: both targets live on
+    delete wrapped;
     *file << "f";
     delete str;
     delete file;

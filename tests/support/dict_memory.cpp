@@ -1,0 +1,158 @@
+#include "support/dict_memory.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <set>
+
+namespace {
+
+// Start of each live block and its size in bytes. Built on first use, so
+// that an allocation during static initialisation finds it.
+std::map<char const*, std::size_t>& blocks() {
+    static std::map<char const*, std::size_t>* b = new std::map<char const*, std::size_t>();
+    return *b;
+}
+
+std::size_t handedOut = 0;
+
+void* record(void* p, std::size_t size) {
+    if (p != nullptr) {
+        blocks()[static_cast<char const*>(p)] = size;
+        handedOut++;
+    }
+    return p;
+}
+
+// The walk over a dictionary: which blocks it reaches, and the first
+// pointer that lies outside every block.
+class Walk {
+public:
+    // `count` elements of `size` bytes at `p`.
+    void table(void const* p, std::size_t count, std::size_t size, char const* what) {
+        if (p == nullptr) {
+            if (count != 0)
+                fail(std::string(what) + " is null with entries");
+            return;
+        }
+        reach(static_cast<char const*>(p), count * size, what);
+    }
+    void text(char const* s, char const* what) {
+        if (s == nullptr) {
+            fail(std::string(what) + " is null");
+            return;
+        }
+        // The block must hold the text with its NUL before strlen reads it.
+        if (reach(s, 1, what))
+            reach(s, std::strlen(s) + 1, what);
+    }
+    std::set<char const*> const& reached() const { return m_reached; }
+    std::string const& error() const { return m_error; }
+    void fail(std::string const& e) {
+        if (m_error.empty())
+            m_error = e;
+    }
+
+private:
+    bool reach(char const* p, std::size_t bytes, char const* what) {
+        auto it = blocks().upper_bound(p);
+        if (it != blocks().begin()) {
+            --it;
+            char const* start = it->first;
+            if (p >= start && p + bytes <= start + it->second) {
+                m_reached.insert(start);
+                return true;
+            }
+        }
+        fail(std::string(what) + " lies outside the dictionary's blocks");
+        return false;
+    }
+
+    std::set<char const*> m_reached;
+    std::string m_error;
+};
+
+}  // namespace
+
+extern "C" void* zyl_sys_malloc(size_t size) { return record(std::malloc(size), size); }
+
+extern "C" void* zyl_sys_calloc(size_t count, size_t size) {
+    return record(std::calloc(count, size), count * size);
+}
+
+namespace dictmem {
+
+std::size_t allocations() { return handedOut; }
+
+std::size_t live() { return blocks().size(); }
+
+void releaseAll() {
+    for (auto const& b : blocks())
+        std::free(const_cast<char*>(b.first));
+    blocks().clear();
+}
+
+std::string checkOwnedBy(zyl_dictionary_t const* d) {
+    if (d == nullptr)
+        return "no dictionary";
+    Walk w;
+    w.table(d, 1, sizeof *d, "the dictionary record");
+
+    w.table(d->str_class_names, d->n_class_codes + 1u, sizeof(char const*), "str_class_names");
+    w.table(d->v_class_info, d->n_class_codes + 1u, sizeof(zyl_dict_class_info_t), "v_class_info");
+    if (d->str_class_names != nullptr)
+        for (unsigned i = 1; i <= d->n_class_codes; i++)
+            w.text(d->str_class_names[i], "a class name");
+
+    w.table(d->str_index_names, d->n_desc_indexes, sizeof(char const*), "str_index_names");
+    w.table(d->v_desc_indexes, d->n_desc_indexes, sizeof(zyl_dict_index_t), "v_desc_indexes");
+    for (unsigned i = 0; i < d->n_desc_indexes; i++) {
+        if (d->str_index_names != nullptr)
+            w.text(d->str_index_names[i], "an index name");
+        if (d->v_desc_indexes != nullptr)
+            w.table(d->v_desc_indexes[i].fields, d->v_desc_indexes[i].numof_fields, sizeof(zyl_dict_index_field_t),
+                    "the keys of an index");
+    }
+
+    w.table(d->v_desc_events, d->n_desc_events, sizeof(zyl_dict_event_t), "v_desc_events");
+
+    w.table(d->v_all_struct, d->n_structs, sizeof(zyl_dict_struct_t), "v_all_struct");
+    for (unsigned i = 0; d->v_all_struct != nullptr && i < d->n_structs; i++) {
+        zyl_dict_struct_t const& s = d->v_all_struct[i];
+        w.text(s.name, "a structure name");
+        w.table(s.fields, s.n_fields, sizeof(zyl_dict_field_t), "the fields of a structure");
+        for (unsigned k = 0; s.fields != nullptr && k < s.n_fields; k++)
+            w.text(s.fields[k].name, "a field name");
+    }
+
+    w.table(d->v_desc_colls, d->n_desc_colls, sizeof(zyl_dict_collation_t), "v_desc_colls");
+    for (unsigned i = 0; d->v_desc_colls != nullptr && i < d->n_desc_colls; i++)
+        w.text(d->v_desc_colls[i].name, "a collation name");
+
+    w.table(d->init_i_data.ptr, d->init_i_data_n, sizeof(std::int32_t), "init_i_data");
+    w.table(d->init_d_data.ptr, d->init_d_data_n, sizeof(double), "init_d_data");
+    if (!w.error().empty())
+        return w.error();
+
+    // Each structure before the last leaves a pair of initial-value tables
+    // behind, no larger than the pair that stands. Without a structure the
+    // empty field table is the one block nothing points to.
+    std::size_t const leftBehind = d->n_structs > 0 ? 2u * (d->n_structs - 1u) : 1u;
+    std::size_t const largest = d->init_i_data_n * sizeof(std::int32_t) > d->init_d_data_n * sizeof(double)
+                                    ? d->init_i_data_n * sizeof(std::int32_t)
+                                    : d->init_d_data_n * sizeof(double);
+    std::size_t unreached = 0;
+    for (auto const& b : blocks()) {
+        if (w.reached().count(b.first) != 0)
+            continue;
+        unreached++;
+        if (b.second > largest)
+            return "a block of " + std::to_string(b.second) + " bytes that the dictionary does not reach";
+    }
+    if (unreached != leftBehind)
+        return std::to_string(unreached) + " blocks that the dictionary does not reach, where " +
+               std::to_string(leftBehind) + " initial-value tables are left behind";
+    return "";
+}
+
+}  // namespace dictmem

@@ -1,0 +1,31 @@
+// The runtime's allocators as a test runtime supplies them. Linking this
+// file replaces the library's weak zyl_sys_malloc and zyl_sys_calloc: every
+// block is recorded until the test releases it, so that a test can count
+// the dictionary memory a call handed to its caller, compare it with what
+// the dictionary reaches, and free it. Recorded blocks stay reachable, so a
+// leak checker reports only memory the compiler lost on its own.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "zyldict.h"
+
+namespace dictmem {
+
+// Blocks handed out since the start of the process, freed or not.
+std::size_t allocations();
+// Blocks handed out and not yet released.
+std::size_t live();
+// Frees every live block.
+void releaseAll();
+
+// Checks that the live blocks are exactly the memory of `dict`: every block
+// is the dictionary, a table or a string it points to, or one of the
+// initial-value tables each structure before the last leaves behind (see
+// MemoryClassDictCreator::create), or the empty field table of a
+// dictionary without structures; and everything the dictionary points to
+// lies inside a live block. Returns an empty text, or what is wrong.
+std::string checkOwnedBy(zyl_dictionary_t const* dict);
+
+}  // namespace dictmem
