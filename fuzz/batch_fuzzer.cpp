@@ -110,6 +110,18 @@ void runChild(FuzzSwitches const& switches) {
     _exit(done == 1 ? 0 : 121);
 }
 
+// At the end of a run; a child, which exits through the same handlers,
+// leaves everything to its parent.
+void removeRoot() {
+    if (inChild)
+        return;
+    for (std::string const& dir : {outputDir, root})
+        for (std::string const& name : listDir(dir))
+            std::remove((dir + "/" + name).c_str());
+    rmdir(outputDir.c_str());
+    rmdir(root.c_str());
+}
+
 }  // namespace
 
 // The batch path ends the process with its objects in place on purpose,
@@ -125,6 +137,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
     outputDir = root + "/out";
     if (mkdir(outputDir.c_str(), 0755) != 0)
         fail("no output directory");
+    std::atexit(removeRoot);
     return 0;
 }
 

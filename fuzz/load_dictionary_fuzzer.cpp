@@ -58,6 +58,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
     if (mkdtemp(tmpl) == nullptr)
         fail("no temporary directory");
     outputDir = tmpl;
+    std::atexit([] { rmdir(outputDir.c_str()); });
     return 0;
 }
 
