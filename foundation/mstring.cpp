@@ -25,6 +25,17 @@ mstring& mstring::operator=(mstring const& other) {
     return *this;
 }
 
+mstring& mstring::operator=(mstring&& other) noexcept {
+    if (this != &other) {
+        delete[] m_str;
+        m_str = other.m_str;
+        m_cap = other.m_cap;
+        other.m_str = nullptr;
+        other.m_cap = 0;
+    }
+    return *this;
+}
+
 mstring& mstring::operator=(char const* s) {
     if (s == nullptr)
         s = "";

@@ -13,9 +13,16 @@ public:
     mstring() = default;
     mstring(char const* s);  // NOLINT: implicit on purpose, texts mix freely
     mstring(mstring const& other);
+    // A move hands the block over and leaves the source null; only copies
+    // go through set and its capacity rule.
+    mstring(mstring&& other) noexcept : m_str(other.m_str), m_cap(other.m_cap) {
+        other.m_str = nullptr;
+        other.m_cap = 0;
+    }
     ~mstring();
 
     mstring& operator=(mstring const& other);
+    mstring& operator=(mstring&& other) noexcept;
     mstring& operator=(char const* s);
 
     void set(char const* s, unsigned long n);

@@ -13,6 +13,12 @@ class mvector {
 public:
     mvector() = default;
     mvector(mvector const& other) { copyFrom(other); }
+    // A move hands the block over and leaves the source empty; only copies
+    // get a fresh block of the source's size.
+    mvector(mvector&& other) noexcept : m_data(other.m_data), m_size(other.m_size), m_cap(other.m_cap) {
+        other.m_data = nullptr;
+        other.m_size = other.m_cap = 0;
+    }
     ~mvector() { delete[] m_data; }
 
     mvector& operator=(mvector const& other) {
@@ -21,6 +27,18 @@ public:
             m_data = nullptr;
             m_size = m_cap = 0;
             copyFrom(other);
+        }
+        return *this;
+    }
+
+    mvector& operator=(mvector&& other) noexcept {
+        if (this != &other) {
+            delete[] m_data;
+            m_data = other.m_data;
+            m_size = other.m_size;
+            m_cap = other.m_cap;
+            other.m_data = nullptr;
+            other.m_size = other.m_cap = 0;
         }
         return *this;
     }
@@ -55,8 +73,9 @@ public:
 
     void insert(int pos, T const& v) {
         resize(m_size + 1);
+        // Each place is overwritten right after it is read: moved, not copied.
         for (int i = static_cast<int>(m_size) - 1; i > pos; i--)
-            m_data[i] = m_data[i - 1];
+            m_data[i] = std::move(m_data[i - 1]);
         m_data[pos] = v;
     }
 

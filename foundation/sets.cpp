@@ -22,6 +22,16 @@ HIComparable& HIComparable::operator=(HIComparable const& other) {
     return *this;
 }
 
+HIComparable& HIComparable::operator=(HIComparable&& other) noexcept {
+    if (this != &other) {
+        IComparable* p = other.m_ptr;
+        other.m_ptr = nullptr;
+        release();
+        m_ptr = p;
+    }
+    return *this;
+}
+
 HIComparable& HIComparable::operator=(IComparable* p) {
     if (p)
         p->m_refCount++;

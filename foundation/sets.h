@@ -22,8 +22,11 @@ public:
     HIComparable() = default;
     HIComparable(IComparable* p);  // NOLINT: handles are made from raw targets everywhere
     HIComparable(HIComparable const& other);
+    // A move hands the reference over: no count changes.
+    HIComparable(HIComparable&& other) noexcept : m_ptr(other.m_ptr) { other.m_ptr = nullptr; }
     ~HIComparable();
     HIComparable& operator=(HIComparable const& other);
+    HIComparable& operator=(HIComparable&& other) noexcept;
     HIComparable& operator=(IComparable* p);
 
     IComparable* get() const { return m_ptr; }
