@@ -574,9 +574,9 @@ mstring realLiteral(double v) {
 }  // namespace
 
 void ClassDictCreator::collectFields(bool sortFields) {
-    m_intText = mstring();
-    m_realText = mstring();
-    m_fieldText = mstring();
+    m_intText.clear();
+    m_realText.clear();
+    m_fieldText.clear();
     int written = 0;
     // In the initialiser a comma stands between entries, none after the
     // last; a struct's comment waits for its first entry.
@@ -585,7 +585,7 @@ void ClassDictCreator::collectFields(bool sortFields) {
         Struct const& s = *v_used[n];
         pending += "    /* " + s.m_name + " */\n";
         if (m_dynamicTables) {
-            m_fieldText += pending;
+            m_fieldText += pending.c_str();
             pending = mstring();
         }
         mvector<FieldRef> const list = fieldList(s, sortFields);
@@ -596,62 +596,62 @@ void ClassDictCreator::collectFields(bool sortFields) {
             DictFieldEntry const e = fieldEntry(static_cast<int>(n), list, static_cast<int>(i));
 
             if (v_initI.size() > intsBefore) {
-                m_intText += "    /* " + s.m_name + "." + f.m_name + ": */ ";
+                m_intText += ("    /* " + s.m_name + "." + f.m_name + ": */ ").c_str();
                 for (unsigned k = intsBefore; k < v_initI.size(); k++)
-                    m_intText += UT::n2s(static_cast<int>(v_initI[k])) + ", ";
+                    m_intText += (UT::n2s(static_cast<int>(v_initI[k])) + ", ").c_str();
                 m_intText += "\n";
             }
             if (v_initD.size() > realsBefore) {
-                m_realText += "    /* " + s.m_name + "." + f.m_name + ": */ ";
+                m_realText += ("    /* " + s.m_name + "." + f.m_name + ": */ ").c_str();
                 for (unsigned k = realsBefore; k < v_initD.size(); k++)
-                    m_realText += realLiteral(v_initD[k]) + ", ";
+                    m_realText += (realLiteral(v_initD[k]) + ", ").c_str();
                 m_realText += "\n";
             }
 
             mstring const init = txt(static_cast<long long>(e.m_initIndex));
             if (m_dynamicTables) {
-                m_fieldText += "    pfi->name = \"" + e.m_name + "\";\n";
-                m_fieldText += "    pfi->layout.c_size = " + txt(e.m_cSize) + "; pfi->layout.c_align  = " +
-                               txt(e.m_cAlign) + "; pfi->layout.c_offset = " + txt(e.m_cOffset) +
-                               "; pfi->layout.u_size = " + txt(e.m_uSize) + "; pfi->layout.u_align  = " +
-                               txt(e.m_uAlign) + "; pfi->layout.u_offset = " + txt(e.m_uOffset) + "; \n";
-                m_fieldText += "    pfi->field_el_type = " + txt(e.m_type) + ";pfi->flags = " + txt(e.m_flags) +
-                               ";pfi->array_size = " + txt(e.m_arraySize) + ";pfi->struct_num = " +
-                               txt(e.m_structNum) + ";pfi->field_size = " + txt(e.m_fieldSize) +
-                               ";pfi->refto_class= " + txt(e.m_reftoClass) + ";pfi->init_index = " + init +
-                               ";pfi->order_no   = " + txt(e.m_orderNo) + "; /* " + f.m_typeName +
-                               " */pfi->no   = " + txt(e.m_no) + ";pfi->event_id  = " + txt(e.m_eventId) +
-                               ";pfi->indicator  = " + txt(e.m_indicator) + ";pfi->precision  = " +
-                               txt(e.m_precision) + ";pfi->seq_order  = " + txt(e.m_seqOrder) +
-                               ";pfi->seq_elem_size = " + txt(e.m_seqElemSize) + ";\n";
+                m_fieldText += ("    pfi->name = \"" + e.m_name + "\";\n").c_str();
+                m_fieldText += ("    pfi->layout.c_size = " + txt(e.m_cSize) + "; pfi->layout.c_align  = " +
+                                txt(e.m_cAlign) + "; pfi->layout.c_offset = " + txt(e.m_cOffset) +
+                                "; pfi->layout.u_size = " + txt(e.m_uSize) + "; pfi->layout.u_align  = " +
+                                txt(e.m_uAlign) + "; pfi->layout.u_offset = " + txt(e.m_uOffset) + "; \n").c_str();
+                m_fieldText += ("    pfi->field_el_type = " + txt(e.m_type) + ";pfi->flags = " + txt(e.m_flags) +
+                                ";pfi->array_size = " + txt(e.m_arraySize) + ";pfi->struct_num = " +
+                                txt(e.m_structNum) + ";pfi->field_size = " + txt(e.m_fieldSize) +
+                                ";pfi->refto_class= " + txt(e.m_reftoClass) + ";pfi->init_index = " + init +
+                                ";pfi->order_no   = " + txt(e.m_orderNo) + "; /* " + f.m_typeName +
+                                " */pfi->no   = " + txt(e.m_no) + ";pfi->event_id  = " + txt(e.m_eventId) +
+                                ";pfi->indicator  = " + txt(e.m_indicator) + ";pfi->precision  = " +
+                                txt(e.m_precision) + ";pfi->seq_order  = " + txt(e.m_seqOrder) +
+                                ";pfi->seq_elem_size = " + txt(e.m_seqElemSize) + ";\n").c_str();
                 m_fieldText += "    pfi++;\n";
             } else {
                 if (written > 0)
                     m_fieldText += ",\n";
-                m_fieldText += pending;
+                m_fieldText += pending.c_str();
                 pending = mstring();
-                m_fieldText += "    {\"" + e.m_name + "\", {" + txt(e.m_cSize) + ", " + txt(e.m_cAlign) + ", " +
-                               txt(e.m_cOffset) + ", " + txt(e.m_uSize) + ", " + txt(e.m_uAlign) + ", " +
-                               txt(e.m_uOffset) + "}, " + txt(e.m_type) + ", " + txt(e.m_flags) + ", " +
-                               txt(e.m_arraySize) + ", " + txt(e.m_structNum) + ", " + txt(e.m_fieldSize) + ", " +
-                               txt(e.m_reftoClass) + ", " + init + ", " + txt(e.m_orderNo) + ", " + txt(e.m_no) +
-                               ", " + txt(e.m_eventId) + ", " + txt(e.m_indicator) + ", " + txt(e.m_precision) +
-                               ", " + txt(e.m_seqOrder) + ", " + txt(e.m_seqElemSize) + " }";
+                m_fieldText += ("    {\"" + e.m_name + "\", {" + txt(e.m_cSize) + ", " + txt(e.m_cAlign) + ", " +
+                                txt(e.m_cOffset) + ", " + txt(e.m_uSize) + ", " + txt(e.m_uAlign) + ", " +
+                                txt(e.m_uOffset) + "}, " + txt(e.m_type) + ", " + txt(e.m_flags) + ", " +
+                                txt(e.m_arraySize) + ", " + txt(e.m_structNum) + ", " + txt(e.m_fieldSize) + ", " +
+                                txt(e.m_reftoClass) + ", " + init + ", " + txt(e.m_orderNo) + ", " + txt(e.m_no) +
+                                ", " + txt(e.m_eventId) + ", " + txt(e.m_indicator) + ", " + txt(e.m_precision) +
+                                ", " + txt(e.m_seqOrder) + ", " + txt(e.m_seqElemSize) + " }").c_str();
             }
             written++;
         }
     }
     if (written > 0 && !m_dynamicTables)
         m_fieldText += "\n";
-    m_fieldText += pending;
+    m_fieldText += pending.c_str();
 }
 
 void ClassDictCreator::printInitTables(IOutStream& out) const {
     // One 0 more than the values, so that neither array is ever empty.
     out << "    static const int4 init_i_values[" << static_cast<long>(v_initI.size() + 1) << "] = { \n"
-        << m_intText << "\n    0 };\n\n";
+        << m_intText.c_str() << "\n    0 };\n\n";
     out << "    static const double init_d_values[" << static_cast<long>(v_initD.size() + 1) << "] = { \n"
-        << m_realText << "\n    0 };\n\n";
+        << m_realText.c_str() << "\n    0 };\n\n";
 }
 
 void ClassDictCreator::printFieldTable(IOutStream& out) const {
@@ -667,7 +667,7 @@ void ClassDictCreator::printFieldTable(IOutStream& out) const {
             out << "    zyl_dict_field_t * pfi = &  v_field_info[0];\n";
     } else
         out << "    static const zyl_dict_field_t v_field_info[" << m_nFields << "] = { \n";
-    out << m_fieldText;
+    out << m_fieldText.c_str();
     if (!m_dynamicTables)
         out << "    };\n";
 }

@@ -11,6 +11,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "foundation/mstring.h"
 #include "foundation/mvector.h"
@@ -190,7 +191,9 @@ private:
     void printInitTables(IOutStream& out) const;
     void printFieldTable(IOutStream& out) const;
 
-    mstring m_intText;
-    mstring m_realText;
-    mstring m_fieldText;
+    // std::string: a table's text grows by a piece per field, and an
+    // mstring would scan and copy all of it again for every piece.
+    std::string m_intText;
+    std::string m_realText;
+    std::string m_fieldText;
 };
