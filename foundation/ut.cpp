@@ -29,8 +29,14 @@ mstring UT::n2s(long long v, int w) { return adjust(n2s(v), w); }
 
 mstring UT::adjust(mstring const& s, int w) {
     mstring r = s;
-    for (int len = static_cast<int>(s.length()); len < w; len++)
-        r += ' ';
+    // The blanks go on in pieces, not one add (and one strlen) per blank.
+    static char const blanks[] = "                                ";
+    for (int missing = w - static_cast<int>(s.length()); missing > 0;) {
+        int const piece = static_cast<int>(sizeof blanks - 1);
+        int const n = missing < piece ? missing : piece;
+        r.add(blanks, static_cast<unsigned long>(n));
+        missing -= n;
+    }
     return r;
 }
 

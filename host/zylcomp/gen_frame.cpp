@@ -4,6 +4,8 @@
 
 #include <cctype>
 #include <cstring>
+#include <string>
+#include <utility>
 
 #include "foundation/ut.h"
 #include "host/zylcomp/genoutput.h"
@@ -327,39 +329,54 @@ void StrParams::setup() {
 // ---------------------------------------------------------------------------
 // Templates of generated text
 
-Subst& Subst::set(char const* name, mstring const& value) {
-    for (unsigned i = 0; i < v_name.size(); i++) {
-        if (v_name[static_cast<int>(i)] == name) {
-            v_value[static_cast<int>(i)] = value;
-            return *this;
-        }
+int Subst::find(char const* name, unsigned long n) const {
+    for (unsigned i = 0; i < m_count; i++) {
+        char const* have = v_name[static_cast<int>(i)].c_str();
+        if (std::strncmp(have, name, n) == 0 && have[n] == '\0')
+            return static_cast<int>(i);
     }
-    v_name.push_back(name);
-    v_value.push_back(value);
+    return -1;
+}
+
+Subst& Subst::set(char const* name, mstring value) {
+    int i = find(name, std::strlen(name));
+    if (i < 0) {
+        if (m_count == v_name.size()) {
+            v_name.resize(m_count + 16);
+            v_value.resize(m_count + 16);
+        }
+        i = static_cast<int>(m_count++);
+        v_name[i] = name;
+    }
+    v_value[i] = std::move(value);
     return *this;
 }
 
 mstring Subst::fill(char const* text) const {
-    mstring out;
+    // Built in a std::string and copied once: an mstring would scan all of
+    // the text again for every piece added.
+    std::string out;
     char const* p = text;
     while (*p != '\0') {
+        char const* brace = std::strchr(p, '{');
+        if (brace == nullptr) {
+            out += p;
+            break;
+        }
+        out.append(p, static_cast<size_t>(brace - p));
+        p = brace;
         char const* end = p + 1;
-        while (*p == '{' && (std::isalnum(static_cast<unsigned char>(*end)) || *end == '_'))
+        while (std::isalnum(static_cast<unsigned char>(*end)) || *end == '_')
             end++;
         int found = -1;
-        if (*p == '{' && *end == '}' && end > p + 1) {
-            mstring name;
-            name.set(p + 1, static_cast<unsigned long>(end - p - 1));
-            for (unsigned i = 0; found < 0 && i < v_name.size(); i++)
-                if (v_name[static_cast<int>(i)] == name)
-                    found = static_cast<int>(i);
-        }
+        if (*end == '}' && end > p + 1)
+            found = find(p + 1, static_cast<unsigned long>(end - p - 1));
         if (found >= 0) {
-            out += v_value[found];
+            out += v_value[found].c_str();
             p = end + 1;
         } else {
             out += *p++;
         }
     }
-    return out;
+    return out.empty() ? mstring() : mstring(out.c_str());
 }

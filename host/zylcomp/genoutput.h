@@ -297,12 +297,18 @@ bool indexIsHidden(Index const& idx);
 // were set are replaced, so the braces of C text pass through.
 class Subst {
 public:
-    Subst& set(char const* name, mstring const& value);
+    Subst& set(char const* name, mstring value);
     mstring fill(char const* text) const;
 
 private:
+    // The place of the name of `n` characters at `name`, or -1.
+    int find(char const* name, unsigned long n) const;
+
+    // Places up to m_count are in use: the vectors grow sixteen places at a
+    // time, since a template's names are set by the dozen, one by one.
     mvector<mstring> v_name;
     mvector<mstring> v_value;
+    unsigned m_count = 0;
 };
 
 // One attribute of the schema dump: {name}="{value}" and a blank, with the
