@@ -15,23 +15,10 @@ mstring::mstring(mstring const& other) {
     set(s, std::strlen(s));
 }
 
-mstring::~mstring() { delete[] m_str; }
-
 mstring& mstring::operator=(mstring const& other) {
     if (this != &other) {
         char const* s = other.c_str();
         set(s, std::strlen(s));
-    }
-    return *this;
-}
-
-mstring& mstring::operator=(mstring&& other) noexcept {
-    if (this != &other) {
-        delete[] m_str;
-        m_str = other.m_str;
-        m_cap = other.m_cap;
-        other.m_str = nullptr;
-        other.m_cap = 0;
     }
     return *this;
 }
