@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 
 class mstring {
 public:
@@ -66,9 +67,15 @@ mstring operator+(mstring const& a, mstring const& b);
 mstring operator+(mstring const& a, char const* b);
 mstring operator+(char const* a, mstring const& b);
 
-bool operator==(mstring const& a, mstring const& b);
-bool operator!=(mstring const& a, mstring const& b);
+// Inline, and the first characters are compared before strcmp is called:
+// the grammar tests each token against keyword after keyword.
+inline bool operator==(mstring const& a, char const* b) {
+    char const* x = a.c_str();
+    char const* y = b ? b : "";
+    return x[0] == y[0] && (x[0] == '\0' || std::strcmp(x + 1, y + 1) == 0);
+}
+inline bool operator!=(mstring const& a, char const* b) { return !(a == b); }
+inline bool operator==(mstring const& a, mstring const& b) { return a == b.c_str(); }
+inline bool operator!=(mstring const& a, mstring const& b) { return !(a == b); }
 bool operator<(mstring const& a, mstring const& b);
 bool operator>(mstring const& a, mstring const& b);
-bool operator==(mstring const& a, char const* b);
-bool operator!=(mstring const& a, char const* b);
