@@ -291,15 +291,6 @@ bool ordered_before(FieldRef const& a, FieldRef const& b) { return a.m_field->m_
 
 ClassDictCreator::ClassDictCreator(Schema* schema, bool dynamicTables, IErrReporter* err, mstring const& dbName)
     : m_dynamicTables(dynamicTables), m_schema(schema), m_err(err), m_dbName(dbName) {
-    auto take = [this](Struct* s, Class* c) {
-        v_used.push_back(s);
-        v_usedClass.push_back(c);
-        if (s->m_dictNo >= 0)
-            return;
-        s->m_dictNo = m_nStructs++;
-        v_firstField.push_back(m_nFields);
-        m_nFields += static_cast<int>(s->v_field.size());
-    };
     // Numbers belong to one dictionary: a struct numbered by an earlier
     // one starts afresh.
     for (ISet* set : {schema->m_types, schema->m_classes}) {
@@ -308,18 +299,45 @@ ClassDictCreator::ClassDictCreator(Schema* schema, bool dynamicTables, IErrRepor
             static_cast<Struct*>(pos->get().get())->m_dictNo = -1;
     }
     // A struct belongs to the dictionary when some class holds it; structs
-    // and classes share one numbering.
-    std::unique_ptr<ISet::Pos> pos(schema->m_types->first());
-    for (; pos->valid(); pos->next()) {
-        Struct* s = static_cast<Struct*>(pos->get().get());
-        if (s->v_owner.size() > 0)
-            take(s, nullptr);
-    }
-    pos.reset(schema->m_classes->first());
-    for (; pos->valid(); pos->next()) {
-        Class* c = static_cast<Class*>(pos->get().get());
-        take(c, c);
-    }
+    // and classes share one numbering. `visit` sees them in that order.
+    auto walk = [schema](auto visit) {
+        std::unique_ptr<ISet::Pos> pos(schema->m_types->first());
+        for (; pos->valid(); pos->next()) {
+            Struct* s = static_cast<Struct*>(pos->get().get());
+            if (s->v_owner.size() > 0)
+                visit(s, static_cast<Class*>(nullptr));
+        }
+        pos.reset(schema->m_classes->first());
+        for (; pos->valid(); pos->next()) {
+            Class* c = static_cast<Class*>(pos->get().get());
+            visit(c, c);
+        }
+    };
+    // Counted first, so that the three vectors are sized once instead of
+    // growing by one element for each of thousands of structures. A
+    // structure met again (-2 marks it) is used twice and numbered once.
+    unsigned used = 0, numbered = 0;
+    walk([&used, &numbered](Struct* s, Class*) {
+        used++;
+        if (s->m_dictNo == -1) {
+            s->m_dictNo = -2;
+            numbered++;
+        }
+    });
+    v_used.resize(used);
+    v_usedClass.resize(used);
+    v_firstField.resize(numbered);
+    unsigned n = 0;
+    walk([this, &n](Struct* s, Class* c) {
+        v_used[static_cast<int>(n)] = s;
+        v_usedClass[static_cast<int>(n)] = c;
+        n++;
+        if (s->m_dictNo >= 0)
+            return;
+        v_firstField[m_nStructs] = m_nFields;
+        s->m_dictNo = m_nStructs++;
+        m_nFields += static_cast<int>(s->v_field.size());
+    });
 }
 
 mstring ClassDictCreator::getPtrToStructInfoVector() const {
