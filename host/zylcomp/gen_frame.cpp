@@ -330,9 +330,10 @@ void StrParams::setup() {
 // Templates of generated text
 
 int Subst::find(char const* name, unsigned long n) const {
+    // The first characters are compared before strncmp is called.
     for (unsigned i = 0; i < m_count; i++) {
         char const* have = v_name[static_cast<int>(i)].c_str();
-        if (std::strncmp(have, name, n) == 0 && have[n] == '\0')
+        if (have[0] == name[0] && std::strncmp(have, name, n) == 0 && have[n] == '\0')
             return static_cast<int>(i);
     }
     return -1;
