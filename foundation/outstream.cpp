@@ -51,6 +51,18 @@ void ZylOFstream::close() {
         std::fclose(m_file);
         m_file = nullptr;
     }
+    delete[] m_buffer;
+    m_buffer = nullptr;
+}
+
+void ZylOFstream::setBuffer(size_t size) {
+    if (m_file == nullptr || m_buffer != nullptr)
+        return;
+    m_buffer = new char[size];
+    if (std::setvbuf(m_file, m_buffer, _IOFBF, size) != 0) {
+        delete[] m_buffer;
+        m_buffer = nullptr;
+    }
 }
 
 unsigned ZylOstringstream::cnt = 0;
@@ -142,7 +154,11 @@ IOutStream* IOutStream::createFileStream(mstring const& name) {
     FILE* f = std::fopen(name.c_str(), "w");
     if (f == nullptr)
         IErrReporter::panic(mstring("Cannot open file ") + name, true);
-    return new ZylOFstream(f);
+    // Generated files run to hundreds of megabytes: a large buffer writes
+    // them in a few hundred system calls instead of one per 4 KiB.
+    ZylOFstream* stream = new ZylOFstream(f);
+    stream->setBuffer(1 << 20);
+    return stream;
 }
 
 IOutStream* IOutStream::createStrStream(mstring const& dir) {
