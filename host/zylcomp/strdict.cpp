@@ -17,10 +17,15 @@
 
 void dictPanic(mstring const& msg) { IErrReporter::panic(msg, false); }
 
+TableText& TableText::operator<<(long long v) {
+    char buf[24];
+    m_text += UT::decimal(v, buf);
+    return *this;
+}
+
 namespace {
 
 mstring txt(FSize const& v) { return static_cast<mstring const&>(v); }
-mstring txt(long long v) { return UT::n2s(v); }
 
 // The C types of category 1 that the dictionary knows, in the order they
 // are tried; an enum is what matches none of them.
@@ -603,7 +608,7 @@ void ClassDictCreator::collectFields(bool sortFields) {
         Struct const& s = *v_used[n];
         pending += "    /* " + s.m_name + " */\n";
         if (m_dynamicTables) {
-            m_fieldText += pending.c_str();
+            m_fieldText << pending;
             pending = mstring();
         }
         mvector<FieldRef> const list = fieldList(s, sortFields);
@@ -614,54 +619,52 @@ void ClassDictCreator::collectFields(bool sortFields) {
             DictFieldEntry const e = fieldEntry(static_cast<int>(n), list, static_cast<int>(i));
 
             if (v_initI.size() > intsBefore) {
-                m_intText += ("    /* " + s.m_name + "." + f.m_name + ": */ ").c_str();
+                m_intText << "    /* " << s.m_name << "." << f.m_name << ": */ ";
                 for (unsigned k = intsBefore; k < v_initI.size(); k++)
-                    m_intText += (UT::n2s(static_cast<int>(v_initI[k])) + ", ").c_str();
-                m_intText += "\n";
+                    m_intText << static_cast<int>(v_initI[k]) << ", ";
+                m_intText << "\n";
             }
             if (v_initD.size() > realsBefore) {
-                m_realText += ("    /* " + s.m_name + "." + f.m_name + ": */ ").c_str();
+                m_realText << "    /* " << s.m_name << "." << f.m_name << ": */ ";
                 for (unsigned k = realsBefore; k < v_initD.size(); k++)
-                    m_realText += (realLiteral(v_initD[k]) + ", ").c_str();
-                m_realText += "\n";
+                    m_realText << realLiteral(v_initD[k]) << ", ";
+                m_realText << "\n";
             }
 
-            mstring const init = txt(static_cast<long long>(e.m_initIndex));
+            long long const init = e.m_initIndex;
             if (m_dynamicTables) {
-                m_fieldText += ("    pfi->name = \"" + e.m_name + "\";\n").c_str();
-                m_fieldText += ("    pfi->layout.c_size = " + txt(e.m_cSize) + "; pfi->layout.c_align  = " +
-                                txt(e.m_cAlign) + "; pfi->layout.c_offset = " + txt(e.m_cOffset) +
-                                "; pfi->layout.u_size = " + txt(e.m_uSize) + "; pfi->layout.u_align  = " +
-                                txt(e.m_uAlign) + "; pfi->layout.u_offset = " + txt(e.m_uOffset) + "; \n").c_str();
-                m_fieldText += ("    pfi->field_el_type = " + txt(e.m_type) + ";pfi->flags = " + txt(e.m_flags) +
-                                ";pfi->array_size = " + txt(e.m_arraySize) + ";pfi->struct_num = " +
-                                txt(e.m_structNum) + ";pfi->field_size = " + txt(e.m_fieldSize) +
-                                ";pfi->refto_class= " + txt(e.m_reftoClass) + ";pfi->init_index = " + init +
-                                ";pfi->order_no   = " + txt(e.m_orderNo) + "; /* " + f.m_typeName +
-                                " */pfi->no   = " + txt(e.m_no) + ";pfi->event_id  = " + txt(e.m_eventId) +
-                                ";pfi->indicator  = " + txt(e.m_indicator) + ";pfi->precision  = " +
-                                txt(e.m_precision) + ";pfi->seq_order  = " + txt(e.m_seqOrder) +
-                                ";pfi->seq_elem_size = " + txt(e.m_seqElemSize) + ";\n").c_str();
-                m_fieldText += "    pfi++;\n";
+                m_fieldText << "    pfi->name = \"" << e.m_name << "\";\n";
+                m_fieldText << "    pfi->layout.c_size = " << e.m_cSize << "; pfi->layout.c_align  = " << e.m_cAlign
+                            << "; pfi->layout.c_offset = " << e.m_cOffset << "; pfi->layout.u_size = " << e.m_uSize
+                            << "; pfi->layout.u_align  = " << e.m_uAlign << "; pfi->layout.u_offset = " << e.m_uOffset
+                            << "; \n";
+                m_fieldText << "    pfi->field_el_type = " << e.m_type << ";pfi->flags = " << e.m_flags
+                            << ";pfi->array_size = " << e.m_arraySize << ";pfi->struct_num = " << e.m_structNum
+                            << ";pfi->field_size = " << e.m_fieldSize << ";pfi->refto_class= " << e.m_reftoClass
+                            << ";pfi->init_index = " << init << ";pfi->order_no   = " << e.m_orderNo << "; /* "
+                            << f.m_typeName << " */pfi->no   = " << e.m_no << ";pfi->event_id  = " << e.m_eventId
+                            << ";pfi->indicator  = " << e.m_indicator << ";pfi->precision  = " << e.m_precision
+                            << ";pfi->seq_order  = " << e.m_seqOrder << ";pfi->seq_elem_size = " << e.m_seqElemSize
+                            << ";\n";
+                m_fieldText << "    pfi++;\n";
             } else {
                 if (written > 0)
-                    m_fieldText += ",\n";
-                m_fieldText += pending.c_str();
+                    m_fieldText << ",\n";
+                m_fieldText << pending;
                 pending = mstring();
-                m_fieldText += ("    {\"" + e.m_name + "\", {" + txt(e.m_cSize) + ", " + txt(e.m_cAlign) + ", " +
-                                txt(e.m_cOffset) + ", " + txt(e.m_uSize) + ", " + txt(e.m_uAlign) + ", " +
-                                txt(e.m_uOffset) + "}, " + txt(e.m_type) + ", " + txt(e.m_flags) + ", " +
-                                txt(e.m_arraySize) + ", " + txt(e.m_structNum) + ", " + txt(e.m_fieldSize) + ", " +
-                                txt(e.m_reftoClass) + ", " + init + ", " + txt(e.m_orderNo) + ", " + txt(e.m_no) +
-                                ", " + txt(e.m_eventId) + ", " + txt(e.m_indicator) + ", " + txt(e.m_precision) +
-                                ", " + txt(e.m_seqOrder) + ", " + txt(e.m_seqElemSize) + " }").c_str();
+                m_fieldText << "    {\"" << e.m_name << "\", {" << e.m_cSize << ", " << e.m_cAlign << ", "
+                            << e.m_cOffset << ", " << e.m_uSize << ", " << e.m_uAlign << ", " << e.m_uOffset << "}, "
+                            << e.m_type << ", " << e.m_flags << ", " << e.m_arraySize << ", " << e.m_structNum << ", "
+                            << e.m_fieldSize << ", " << e.m_reftoClass << ", " << init << ", " << e.m_orderNo << ", "
+                            << e.m_no << ", " << e.m_eventId << ", " << e.m_indicator << ", " << e.m_precision << ", "
+                            << e.m_seqOrder << ", " << e.m_seqElemSize << " }";
             }
             written++;
         }
     }
     if (written > 0 && !m_dynamicTables)
-        m_fieldText += "\n";
-    m_fieldText += pending.c_str();
+        m_fieldText << "\n";
+    m_fieldText << pending;
 }
 
 void ClassDictCreator::printInitTables(IOutStream& out) const {
