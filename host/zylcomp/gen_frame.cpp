@@ -241,8 +241,15 @@ void GenOutput::outConstant(IOutStream* out, mstring const& name, int value) {
 }
 
 mstring GenOutput::functionHead(mstring const& name, mstring const& params, int nameWidth) const {
-    mstring head = m_outOfLine ? mstring() : mstring("ZYL_TARGET_INLINE ");
-    return head + UT::adjust("ZYL_RET", m_retTypeWidth) + " " + MF(name, nameWidth) + params;
+    // Joined in a std::string: a chain of + would make a string per piece.
+    std::string head = m_outOfLine ? "" : "ZYL_TARGET_INLINE ";
+    head += UT::adjust("ZYL_RET", m_retTypeWidth).c_str();
+    head += ' ';
+    head += MF(name, nameWidth).c_str();
+    head += params.c_str();
+    mstring result;
+    result.set(head.data(), head.size());
+    return result;
 }
 
 void GenOutput::writeCFunction(mstring const& head, mstring const& body) {
@@ -355,8 +362,10 @@ Subst& Subst::set(char const* name, mstring value) {
 
 mstring Subst::fill(char const* text) const {
     // Built in a std::string and copied once: an mstring would scan all of
-    // the text again for every piece added.
+    // the text again for every piece added. Room for the template and a
+    // few values from the start, so that it seldom grows.
     std::string out;
+    out.reserve(std::strlen(text) + 256);
     char const* p = text;
     while (*p != '\0') {
         char const* brace = std::strchr(p, '{');
@@ -379,5 +388,7 @@ mstring Subst::fill(char const* text) const {
             out += *p++;
         }
     }
-    return out.empty() ? mstring() : mstring(out.c_str());
+    mstring result;
+    result.set(out.data(), out.size());
+    return result;
 }
