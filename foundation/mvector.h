@@ -72,6 +72,23 @@ public:
     }
 
     void insert(int pos, T const& v) {
+        if (m_size + 1 > m_cap) {
+            // Growing: each old element is moved once, straight to its final
+            // place, and not once into the new block and again up by one.
+            // Size, capacity and contents end as resize and the shift below
+            // leave them.
+            std::uint32_t const n = m_size + 1;
+            T* block = new T[n];
+            for (int i = 0; i < pos; i++)
+                block[i] = std::move(m_data[i]);
+            for (std::uint32_t i = static_cast<std::uint32_t>(pos); i < m_size; i++)
+                block[i + 1] = std::move(m_data[i]);
+            block[pos] = v;
+            delete[] m_data;
+            m_data = block;
+            m_size = m_cap = n;
+            return;
+        }
         resize(m_size + 1);
         // Each place is overwritten right after it is read: moved, not copied.
         for (int i = static_cast<int>(m_size) - 1; i > pos; i--)
