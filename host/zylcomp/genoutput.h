@@ -13,6 +13,8 @@
 // write to them without testing.
 #pragma once
 
+#include <unordered_set>
+
 #include "foundation/mstring.h"
 #include "foundation/mvector.h"
 #include "foundation/outstream.h"
@@ -268,9 +270,11 @@ protected:
     int m_retTypeWidth = 8;
     int m_funcNameWidth = 20;
     // Structs whose fixed type, and whose fixed functions, are written
-    // already: a nested struct's come first, whatever the set order.
-    mvector<Struct const*> v_fixedTypesWritten;
-    mvector<Struct const*> v_fixedFunctionsWritten;
+    // already: a nested struct's come first, whatever the set order. Sets,
+    // not lists: every struct and class is looked up, and a list searched
+    // each time cost the square of their count.
+    std::unordered_set<Struct const*> v_fixedTypesWritten;
+    std::unordered_set<Struct const*> v_fixedFunctionsWritten;
     // The C++ property members of the struct being written; its wrapper's
     // constructor points them at the object.
     mvector<mstring> v_cppProperty;
