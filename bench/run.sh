@@ -5,8 +5,8 @@
 #   zylcomp --cpp SCHEMA.zyl         against  flatc --cpp SCHEMA.fbs
 #   zyl_db_load_dictionary(text)     against  flatc -b --schema SCHEMA.fbs
 #
-# and prints wall time, peak memory and output bytes of each, the ratios,
-# and how the cost grows from the smallest to the largest size.
+# and prints wall time, processor time, peak memory and output bytes of
+# each, the ratios, and how the cost grows with the size.
 #
 #   bench/run.sh [-r RUNS] [-f FIELDS] [-b BUILD-DIR] [-w WORK-DIR] [CLASSES ...]
 #
@@ -15,8 +15,9 @@
 # -b it takes the programs from BUILD-DIR as they are (configured with
 # -DZYLCOMP_BUILD_BENCH=ON). flatc comes from the Debian package
 # flatbuffers-compiler. The time of zyl_db_load_dictionary is that of the
-# call alone, measured inside bench_load_dictionary; every other time is the
-# wall time of the whole process. Peak memory is the process's maximum
+# call alone, measured inside bench_load_dictionary; every other time is that
+# of the whole process. Processor time is user plus system time; on a shared
+# machine it is the steadier figure. Peak memory is the process's maximum
 # resident set. Each figure is the median of the runs, with the best beside it.
 set -euo pipefail
 
@@ -72,7 +73,8 @@ echo "load average before: $(cut -d' ' -f1-3 /proc/loadavg)"
 echo "$runs runs of each, $fields fields per class"
 echo
 
-# results/<entry>.<classes>: one line "SECONDS PEAK-KB BYTES" per run.
+# results/<entry>.<classes>: one line "SECONDS PEAK-KB BYTES CPU-SECONDS" per
+# run, and for the run-time entry the wall time of the whole process after it.
 results=$work/results
 mkdir -p "$results"
 for n in "${sizes[@]}"; do
@@ -84,27 +86,27 @@ for n in "${sizes[@]}"; do
         # zylcomp --cpp
         rm -rf "$out" && mkdir "$out"
         "$timed" "$work/t" "$zylcomp" --cpp -o "$out" "$dir/bench.zyl" >/dev/null
-        read -r s kb rc <"$work/t"
+        read -r s kb rc cpu <"$work/t"
         [ "$rc" = 0 ] || { echo "run.sh: zylcomp failed on $n classes" >&2; exit 1; }
-        echo "$s $kb $(bytes "$out")" >>"$results/zylcomp.$n"
+        echo "$s $kb $(bytes "$out") $cpu" >>"$results/zylcomp.$n"
         # flatc --cpp
         rm -rf "$out" && mkdir "$out"
         "$timed" "$work/t" "$flatc" --cpp -o "$out" "$dir/bench.fbs"
-        read -r s kb rc <"$work/t"
+        read -r s kb rc cpu <"$work/t"
         [ "$rc" = 0 ] || { echo "run.sh: flatc --cpp failed on $n classes" >&2; exit 1; }
-        echo "$s $kb $(bytes "$out")" >>"$results/flatc.$n"
+        echo "$s $kb $(bytes "$out") $cpu" >>"$results/flatc.$n"
         # zyl_db_load_dictionary: the call's own time and the dictionary's bytes
         "$timed" "$work/t" "$load" "$dir/bench.zyl" >"$work/l"
-        read -r s kb rc <"$work/t"
+        read -r s kb rc cpu <"$work/t"
         [ "$rc" = 0 ] || { echo "run.sh: zyl_db_load_dictionary failed on $n classes" >&2; exit 1; }
-        read -r call dictBytes <"$work/l"
-        echo "$call $kb $dictBytes $s" >>"$results/load.$n"
+        read -r call dictBytes callCpu <"$work/l"
+        echo "$call $kb $dictBytes $callCpu $s" >>"$results/load.$n"
         # flatc -b --schema
         rm -rf "$out" && mkdir "$out"
         "$timed" "$work/t" "$flatc" -b --schema -o "$out" "$dir/bench.fbs"
-        read -r s kb rc <"$work/t"
+        read -r s kb rc cpu <"$work/t"
         [ "$rc" = 0 ] || { echo "run.sh: flatc -b --schema failed on $n classes" >&2; exit 1; }
-        echo "$s $kb $(bytes "$out")" >>"$results/bfbs.$n"
+        echo "$s $kb $(bytes "$out") $cpu" >>"$results/bfbs.$n"
     done
 done
 rm -rf "$work/out"
@@ -112,38 +114,47 @@ rm -rf "$work/out"
 # "MEDIAN BEST" of column `col` of a result file.
 col() { awk -v c="$2" '{ print $c }' "$results/$1" | stats; }
 ratio() { awk -v a="$1" -v b="$2" 'BEGIN { printf "%.3f", (b > 0 ? a / b : 0) }'; }
+label() {
+    case $1 in
+    zylcomp) echo "zylcomp --cpp" ;;
+    flatc) echo "flatc --cpp" ;;
+    load) echo "zyl_db_load_dictionary (call)" ;;
+    bfbs) echo "flatc -b --schema" ;;
+    esac
+}
 
-printf '%-8s %-34s %12s %12s %10s %13s\n' classes entry "median s" "best s" "peak MiB" "output bytes"
+printf '%-7s %-31s %10s %10s %10s %10s %9s %12s\n' classes entry "wall med" "wall best" "cpu med" "cpu best" \
+    "peak MiB" "output bytes"
 for n in "${sizes[@]}"; do
     for e in zylcomp flatc load bfbs; do
-        case $e in
-        zylcomp) name="zylcomp --cpp" ;;
-        flatc) name="flatc --cpp" ;;
-        load) name="zyl_db_load_dictionary (call)" ;;
-        bfbs) name="flatc -b --schema" ;;
-        esac
         read -r tm tb <<<"$(col "$e.$n" 1)"
+        read -r cm cb <<<"$(col "$e.$n" 4)"
         read -r km _ <<<"$(col "$e.$n" 2)"
         read -r bm _ <<<"$(col "$e.$n" 3)"
-        printf '%-8s %-34s %12.4f %12.4f %10.1f %13d\n' "$n" "$name" "$tm" "$tb" \
+        printf '%-7s %-31s %10.4f %10.4f %10.4f %10.4f %9.1f %12d\n' "$n" "$(label $e)" "$tm" "$tb" "$cm" "$cb" \
             "$(awk -v k="$km" 'BEGIN { print k / 1024 }')" "$bm"
         if [ "$e" = load ]; then
-            read -r pm pb <<<"$(col "$e.$n" 4)"
-            printf '%-8s %-34s %12.4f %12.4f\n' "$n" "  bench_load_dictionary (process)" "$pm" "$pb"
+            read -r pm pb <<<"$(col "$e.$n" 5)"
+            printf '%-7s %-31s %10.4f %10.4f\n' "$n" "  bench_load_dictionary (process)" "$pm" "$pb"
         fi
     done
 done
-echo "(zyl_db_load_dictionary output bytes: dictionary memory from zyl_sys_malloc/calloc)"
+echo "(seconds; the output bytes of zyl_db_load_dictionary are the dictionary's memory from"
+echo " zyl_sys_malloc and zyl_sys_calloc, its peak memory that of the whole bench_load_dictionary)"
 
 echo
-echo "ratios, median (best):"
+echo "ratios, zylcomp over flatc, of the medians (of the best runs):"
+printf '%-7s %-24s %-24s %-24s %-24s\n' classes "--cpp wall" "--cpp cpu" "load / -b --schema wall" \
+    "load / -b --schema cpu"
 for n in "${sizes[@]}"; do
-    read -r zm zb <<<"$(col "zylcomp.$n" 1)"
-    read -r fm fb <<<"$(col "flatc.$n" 1)"
-    read -r lm lb <<<"$(col "load.$n" 1)"
-    read -r bm bb <<<"$(col "bfbs.$n" 1)"
-    printf '%-8s zylcomp --cpp / flatc --cpp = %s (%s)    zyl_db_load_dictionary / flatc -b --schema = %s (%s)\n' \
-        "$n" "$(ratio "$zm" "$fm")" "$(ratio "$zb" "$fb")" "$(ratio "$lm" "$bm")" "$(ratio "$lb" "$bb")"
+    line=$(printf '%-7s' "$n")
+    for pair in "zylcomp flatc 1" "zylcomp flatc 4" "load bfbs 1" "load bfbs 4"; do
+        read -r a b c <<<"$pair"
+        read -r am ab <<<"$(col "$a.$n" "$c")"
+        read -r bm bb <<<"$(col "$b.$n" "$c")"
+        line+=$(printf ' %-24s' "$(ratio "$am" "$bm") ($(ratio "$ab" "$bb"))")
+    done
+    echo "$line"
 done
 
 if [ ${#sizes[@]} -gt 1 ]; then
@@ -153,16 +164,20 @@ if [ ${#sizes[@]} -gt 1 ]; then
         [ "$n" -lt "$lo" ] && lo=$n
         [ "$n" -gt "$hi" ] && hi=$n
     done
-    # The growth over the two largest sizes a tenth apart, when there are such.
+    # The growth over sizes a tenth apart, when there are such.
     for n in "${sizes[@]}"; do
         [ $((n * 10)) -eq "$hi" ] && lo=$n
     done
     echo
-    echo "growth from $lo to $hi classes (x$(ratio "$hi" "$lo") the classes), median (best):"
+    echo "growth from $lo to $hi classes (x$(ratio "$hi" "$lo") the classes), of the medians (of the best runs):"
+    printf '  %-31s %-20s %-20s\n' entry wall cpu
     for e in zylcomp flatc load bfbs; do
         read -r am ab <<<"$(col "$e.$lo" 1)"
         read -r bm bb <<<"$(col "$e.$hi" 1)"
-        printf '  %-30s x%s (x%s)\n' "$e" "$(ratio "$bm" "$am")" "$(ratio "$bb" "$ab")"
+        read -r acm acb <<<"$(col "$e.$lo" 4)"
+        read -r bcm bcb <<<"$(col "$e.$hi" 4)"
+        printf '  %-31s %-20s %-20s\n' "$(label $e)" "x$(ratio "$bm" "$am") (x$(ratio "$bb" "$ab"))" \
+            "x$(ratio "$bcm" "$acm") (x$(ratio "$bcb" "$acb"))"
     done
 fi
 echo

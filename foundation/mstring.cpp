@@ -15,8 +15,6 @@ mstring::mstring(mstring const& other) {
     set(s, std::strlen(s));
 }
 
-mstring::~mstring() { delete[] m_str; }
-
 mstring& mstring::operator=(mstring const& other) {
     if (this != &other) {
         char const* s = other.c_str();
@@ -116,9 +114,5 @@ mstring operator+(char const* a, mstring const& b) {
     return r;
 }
 
-bool operator==(mstring const& a, mstring const& b) { return std::strcmp(a.c_str(), b.c_str()) == 0; }
-bool operator!=(mstring const& a, mstring const& b) { return !(a == b); }
 bool operator<(mstring const& a, mstring const& b) { return std::strcmp(a.c_str(), b.c_str()) < 0; }
 bool operator>(mstring const& a, mstring const& b) { return std::strcmp(a.c_str(), b.c_str()) > 0; }
-bool operator==(mstring const& a, char const* b) { return std::strcmp(a.c_str(), b ? b : "") == 0; }
-bool operator!=(mstring const& a, char const* b) { return !(a == b); }

@@ -7,15 +7,37 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 
 class mstring {
 public:
     mstring() = default;
     mstring(char const* s);  // NOLINT: implicit on purpose, texts mix freely
     mstring(mstring const& other);
-    ~mstring();
+    // A move hands the block over and leaves the source null; only copies
+    // go through set and its capacity rule. Moves and the destructor are
+    // inline: vectors of records that hold strings run them by the thousand.
+    mstring(mstring&& other) noexcept : m_str(other.m_str), m_cap(other.m_cap) {
+        other.m_str = nullptr;
+        other.m_cap = 0;
+    }
+    ~mstring() {
+        if (m_str != nullptr)
+            delete[] m_str;
+    }
 
     mstring& operator=(mstring const& other);
+    mstring& operator=(mstring&& other) noexcept {
+        if (this != &other) {
+            if (m_str != nullptr)
+                delete[] m_str;
+            m_str = other.m_str;
+            m_cap = other.m_cap;
+            other.m_str = nullptr;
+            other.m_cap = 0;
+        }
+        return *this;
+    }
     mstring& operator=(char const* s);
 
     void set(char const* s, unsigned long n);
@@ -45,9 +67,15 @@ mstring operator+(mstring const& a, mstring const& b);
 mstring operator+(mstring const& a, char const* b);
 mstring operator+(char const* a, mstring const& b);
 
-bool operator==(mstring const& a, mstring const& b);
-bool operator!=(mstring const& a, mstring const& b);
+// Inline, and the first characters are compared before strcmp is called:
+// the grammar tests each token against keyword after keyword.
+inline bool operator==(mstring const& a, char const* b) {
+    char const* x = a.c_str();
+    char const* y = b ? b : "";
+    return x[0] == y[0] && (x[0] == '\0' || std::strcmp(x + 1, y + 1) == 0);
+}
+inline bool operator!=(mstring const& a, char const* b) { return !(a == b); }
+inline bool operator==(mstring const& a, mstring const& b) { return a == b.c_str(); }
+inline bool operator!=(mstring const& a, mstring const& b) { return !(a == b); }
 bool operator<(mstring const& a, mstring const& b);
 bool operator>(mstring const& a, mstring const& b);
-bool operator==(mstring const& a, char const* b);
-bool operator!=(mstring const& a, char const* b);

@@ -13,6 +13,12 @@ class mvector {
 public:
     mvector() = default;
     mvector(mvector const& other) { copyFrom(other); }
+    // A move hands the block over and leaves the source empty; only copies
+    // get a fresh block of the source's size.
+    mvector(mvector&& other) noexcept : m_data(other.m_data), m_size(other.m_size), m_cap(other.m_cap) {
+        other.m_data = nullptr;
+        other.m_size = other.m_cap = 0;
+    }
     ~mvector() { delete[] m_data; }
 
     mvector& operator=(mvector const& other) {
@@ -21,6 +27,18 @@ public:
             m_data = nullptr;
             m_size = m_cap = 0;
             copyFrom(other);
+        }
+        return *this;
+    }
+
+    mvector& operator=(mvector&& other) noexcept {
+        if (this != &other) {
+            delete[] m_data;
+            m_data = other.m_data;
+            m_size = other.m_size;
+            m_cap = other.m_cap;
+            other.m_data = nullptr;
+            other.m_size = other.m_cap = 0;
         }
         return *this;
     }
@@ -54,9 +72,27 @@ public:
     }
 
     void insert(int pos, T const& v) {
+        if (m_size + 1 > m_cap) {
+            // Growing: each old element is moved once, straight to its final
+            // place, and not once into the new block and again up by one.
+            // Size, capacity and contents end as resize and the shift below
+            // leave them.
+            std::uint32_t const n = m_size + 1;
+            T* block = new T[n];
+            for (int i = 0; i < pos; i++)
+                block[i] = std::move(m_data[i]);
+            for (std::uint32_t i = static_cast<std::uint32_t>(pos); i < m_size; i++)
+                block[i + 1] = std::move(m_data[i]);
+            block[pos] = v;
+            delete[] m_data;
+            m_data = block;
+            m_size = m_cap = n;
+            return;
+        }
         resize(m_size + 1);
+        // Each place is overwritten right after it is read: moved, not copied.
         for (int i = static_cast<int>(m_size) - 1; i > pos; i--)
-            m_data[i] = m_data[i - 1];
+            m_data[i] = std::move(m_data[i - 1]);
         m_data[pos] = v;
     }
 

@@ -17,15 +17,19 @@ IOutStream& ZylOFstream::operator<<(char const* s) {
     return *this;
 }
 
+// Numbers are formatted here and written by fputs, with the text that
+// fprintf's "%ld", "%lu" and "%lld" would give.
 IOutStream& ZylOFstream::operator<<(long v) {
+    char buf[24];
     if (m_file)
-        std::fprintf(m_file, "%ld", v);
+        std::fputs(UT::decimal(static_cast<long long>(v), buf), m_file);
     return *this;
 }
 
 IOutStream& ZylOFstream::operator<<(unsigned long v) {
+    char buf[24];
     if (m_file)
-        std::fprintf(m_file, "%lu", v);
+        std::fputs(UT::decimal(static_cast<unsigned long long>(v), buf), m_file);
     return *this;
 }
 
@@ -36,8 +40,9 @@ IOutStream& ZylOFstream::operator<<(char c) {
 }
 
 IOutStream& ZylOFstream::operator<<(long long v) {
+    char buf[24];
     if (m_file)
-        std::fprintf(m_file, "%lld", v);
+        std::fputs(UT::decimal(v, buf), m_file);
     return *this;
 }
 
@@ -45,6 +50,18 @@ void ZylOFstream::close() {
     if (m_file) {
         std::fclose(m_file);
         m_file = nullptr;
+    }
+    delete[] m_buffer;
+    m_buffer = nullptr;
+}
+
+void ZylOFstream::setBuffer(size_t size) {
+    if (m_file == nullptr || m_buffer != nullptr)
+        return;
+    m_buffer = new char[size];
+    if (std::setvbuf(m_file, m_buffer, _IOFBF, size) != 0) {
+        delete[] m_buffer;
+        m_buffer = nullptr;
     }
 }
 
@@ -90,16 +107,14 @@ IOutStream& MemOstringstream::operator<<(char const* s) {
 }
 
 IOutStream& MemOstringstream::operator<<(long v) {
-    char buf[32];
-    std::snprintf(buf, sizeof buf, "%ld", v);
-    append(buf);
+    char buf[24];
+    append(UT::decimal(static_cast<long long>(v), buf));
     return *this;
 }
 
 IOutStream& MemOstringstream::operator<<(unsigned long v) {
-    char buf[32];
-    std::snprintf(buf, sizeof buf, "%lu", v);
-    append(buf);
+    char buf[24];
+    append(UT::decimal(static_cast<unsigned long long>(v), buf));
     return *this;
 }
 
@@ -110,9 +125,8 @@ IOutStream& MemOstringstream::operator<<(char c) {
 }
 
 IOutStream& MemOstringstream::operator<<(long long v) {
-    char buf[32];
-    std::snprintf(buf, sizeof buf, "%lld", v);
-    append(buf);
+    char buf[24];
+    append(UT::decimal(v, buf));
     return *this;
 }
 
@@ -140,7 +154,11 @@ IOutStream* IOutStream::createFileStream(mstring const& name) {
     FILE* f = std::fopen(name.c_str(), "w");
     if (f == nullptr)
         IErrReporter::panic(mstring("Cannot open file ") + name, true);
-    return new ZylOFstream(f);
+    // Generated files run to hundreds of megabytes: a large buffer writes
+    // them in a few hundred system calls instead of one per 4 KiB.
+    ZylOFstream* stream = new ZylOFstream(f);
+    stream->setBuffer(1 << 20);
+    return stream;
 }
 
 IOutStream* IOutStream::createStrStream(mstring const& dir) {

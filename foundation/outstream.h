@@ -47,9 +47,12 @@ public:
     using IOutStream::operator<<;
     bool good() override { return m_file != nullptr; }
     void close();
+    // Gives the file a write buffer of `size` bytes, which the stream owns.
+    void setBuffer(size_t size);
 
 private:
     FILE* m_file;
+    char* m_buffer = nullptr;
 };
 
 // A text collected in a temporary file `temp_{pid}_{counter}` of a given

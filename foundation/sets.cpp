@@ -1,42 +1,10 @@
 #include "foundation/sets.h"
 
-HIComparable::HIComparable(IComparable* p) : m_ptr(p) {
-    if (m_ptr)
-        m_ptr->m_refCount++;
-}
-
-HIComparable::HIComparable(HIComparable const& other) : m_ptr(other.m_ptr) {
-    if (m_ptr)
-        m_ptr->m_refCount++;
-}
-
-HIComparable::~HIComparable() { release(); }
-
-HIComparable& HIComparable::operator=(HIComparable const& other) {
-    // Taken first: `other` may be this very handle, which release() clears.
-    IComparable* p = other.m_ptr;
-    if (p)
-        p->m_refCount++;
-    release();
-    m_ptr = p;
-    return *this;
-}
-
-HIComparable& HIComparable::operator=(IComparable* p) {
-    if (p)
-        p->m_refCount++;
-    release();
-    m_ptr = p;
-    return *this;
-}
-
 void HIComparable::release() {
-    if (m_ptr) {
-        IComparable* p = m_ptr;
-        m_ptr = nullptr;
-        if (--p->m_refCount < 1)
-            delete p;
-    }
+    IComparable* p = m_ptr;
+    m_ptr = nullptr;
+    if (--p->m_refCount < 1)
+        delete p;
 }
 
 ISet* ISet::create() { return new SetImpl(); }

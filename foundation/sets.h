@@ -16,21 +16,60 @@ public:
 };
 
 // Counted handle: copying adds a reference, releasing the last one destroys
-// the target.
+// the target. Inline, so that the element loops of a growing vector of
+// handles need no calls.
 class HIComparable {
 public:
     HIComparable() = default;
-    HIComparable(IComparable* p);  // NOLINT: handles are made from raw targets everywhere
-    HIComparable(HIComparable const& other);
-    ~HIComparable();
-    HIComparable& operator=(HIComparable const& other);
-    HIComparable& operator=(IComparable* p);
+    HIComparable(IComparable* p) : m_ptr(p) {  // NOLINT: handles are made from raw targets everywhere
+        if (m_ptr)
+            m_ptr->m_refCount++;
+    }
+    HIComparable(HIComparable const& other) : m_ptr(other.m_ptr) {
+        if (m_ptr)
+            m_ptr->m_refCount++;
+    }
+    // A move hands the reference over: no count changes.
+    HIComparable(HIComparable&& other) noexcept : m_ptr(other.m_ptr) { other.m_ptr = nullptr; }
+    ~HIComparable() {
+        if (m_ptr)
+            release();
+    }
+    HIComparable& operator=(HIComparable const& other) {
+        // Taken first: `other` may be this very handle, which release() clears.
+        IComparable* p = other.m_ptr;
+        if (p)
+            p->m_refCount++;
+        if (m_ptr)
+            release();
+        m_ptr = p;
+        return *this;
+    }
+    HIComparable& operator=(HIComparable&& other) noexcept {
+        if (this != &other) {
+            IComparable* p = other.m_ptr;
+            other.m_ptr = nullptr;
+            if (m_ptr)
+                release();
+            m_ptr = p;
+        }
+        return *this;
+    }
+    HIComparable& operator=(IComparable* p) {
+        if (p)
+            p->m_refCount++;
+        if (m_ptr)
+            release();
+        m_ptr = p;
+        return *this;
+    }
 
     IComparable* get() const { return m_ptr; }
     IComparable* operator->() const { return m_ptr; }
     bool isNull() const { return m_ptr == nullptr; }
 
 private:
+    // Drops the reference of a handle that holds one.
     void release();
     IComparable* m_ptr = nullptr;
 };

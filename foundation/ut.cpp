@@ -18,9 +18,37 @@ mstring format(char const* fmt, A... args) {
 }
 }  // namespace
 
-mstring UT::n2s(int v) { return format("%d", v); }
-mstring UT::n2s(unsigned int v) { return format("%u", v); }
-mstring UT::n2s(long long v) { return format("%lld", v); }
+char* UT::decimal(unsigned long long v, char (&buf)[24]) {
+    char* p = buf + sizeof buf - 1;
+    *p = '\0';
+    do {
+        *--p = static_cast<char>('0' + v % 10);
+        v /= 10;
+    } while (v != 0);
+    return p;
+}
+
+char* UT::decimal(long long v, char (&buf)[24]) {
+    // The magnitude as unsigned, so that the smallest value has one too.
+    unsigned long long const u = static_cast<unsigned long long>(v);
+    char* p = decimal(v < 0 ? 0ull - u : u, buf);
+    if (v < 0)
+        *--p = '-';
+    return p;
+}
+
+mstring UT::n2s(int v) {
+    char buf[24];
+    return mstring(decimal(static_cast<long long>(v), buf));
+}
+mstring UT::n2s(unsigned int v) {
+    char buf[24];
+    return mstring(decimal(static_cast<unsigned long long>(v), buf));
+}
+mstring UT::n2s(long long v) {
+    char buf[24];
+    return mstring(decimal(v, buf));
+}
 mstring UT::n2s(double v) { return format("%g", v); }
 mstring UT::n2s(void* v) { return format("%p", v); }
 mstring UT::n2s(int v, int w) { return adjust(n2s(v), w); }
@@ -29,8 +57,14 @@ mstring UT::n2s(long long v, int w) { return adjust(n2s(v), w); }
 
 mstring UT::adjust(mstring const& s, int w) {
     mstring r = s;
-    for (int len = static_cast<int>(s.length()); len < w; len++)
-        r += ' ';
+    // The blanks go on in pieces, not one add (and one strlen) per blank.
+    static char const blanks[] = "                                ";
+    for (int missing = w - static_cast<int>(s.length()); missing > 0;) {
+        int const piece = static_cast<int>(sizeof blanks - 1);
+        int const n = missing < piece ? missing : piece;
+        r.add(blanks, static_cast<unsigned long>(n));
+        missing -= n;
+    }
     return r;
 }
 

@@ -10,6 +10,7 @@
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "foundation/ut.h"
 
@@ -67,8 +68,8 @@ bool Parser::fillLine() {
 mstring Parser::get() {
     unsigned n = v_takenBack.size();
     if (n > 0) {
-        mstring token = v_takenBack[n - 1];
-        v_takenBack[n - 1] = mstring();
+        // Moved out: the place left behind is an empty string.
+        mstring token = std::move(v_takenBack[n - 1]);
         v_takenBack.resize(n - 1);
         return token;
     }
@@ -78,11 +79,15 @@ mstring Parser::get() {
     // The first character is always taken, so only the end of the input
     // gives an empty token. White space is tested before canAppend: an
     // unknown character standing alone passes as a token of its own.
+    // The token is measured first and copied once, not grown by a
+    // character at a time.
     char const* s = m_line.c_str();
+    int const start = m_pos++;
+    while (s[m_pos] != '\0' && !isBlank(s[m_pos]) &&
+           appends(s[start], m_pos - start > 1 ? s[start + 1] : '\0', s[m_pos]))
+        m_pos++;
     mstring token;
-    token += s[m_pos++];
-    while (s[m_pos] != '\0' && !isBlank(s[m_pos]) && canAppend(token, s[m_pos]))
-        token += s[m_pos++];
+    token.set(s + start, static_cast<unsigned long>(m_pos - start));
     return token;
 }
 
@@ -186,11 +191,14 @@ void Parser::skipBlanks() {
 }
 
 bool Parser::canAppend(mstring const& token, char c) {
-    char f = token.c_str()[0];
+    char const* t = token.c_str();
+    return appends(t[0], t[0] != '\0' ? t[1] : '\0', c);
+}
+
+bool Parser::appends(char f, char second, char c) {
     if (isIdentStart(f))
         return isIdentChar(c);
     if (f == '0') {
-        char second = token.c_str()[1];
         if (second == '\0')
             return c == 'x' || c == 'X' || isDigit(c) || c == '.';
         if (second == 'x' || second == 'X')

@@ -35,6 +35,9 @@ private:
     // Moves the read position to the next character that is not white
     // space, reading lines as needed; false at the end of the input.
     bool fillLine();
+    // canAppend for a token that begins with `first` and `second` ('\0' for
+    // a token of one character): the rules look no further into it.
+    bool appends(char first, char second, char c);
 
     int m_pos = 0;
     mstring m_line;

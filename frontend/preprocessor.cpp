@@ -9,6 +9,7 @@
 
 #include <cctype>
 #include <cstring>
+#include <string>
 
 #include "foundation/ut.h"
 
@@ -52,7 +53,8 @@ PreProcessor::PreProcessor(FILE* f, mstring const& fileName, IErrReporter* repor
       m_file(f),
       m_fileName(fileName),
       m_includeDir(includeDir),
-      m_tempDir(tempDir) {}
+      m_tempDir(tempDir),
+      m_lineBuf(kLineBufSize) {}
 
 PreProcessor::~PreProcessor() {
     // Include files are closed innermost first. The bottom file was handed
@@ -69,7 +71,7 @@ PreProcessor::~PreProcessor() {
 mstring PreProcessor::readLine() {
     if (m_end)
         return mstring();
-    UT::Buf buf(kLineBufSize);
+    UT::Buf& buf = m_lineBuf;
     for (;;) {
         while (atEnd(m_file)) {
             if (m_inComment)
@@ -144,8 +146,11 @@ mstring PreProcessor::processLine(char const* text) {
         return mstring();
 
     // Every identifier goes out expanded, with a blank on either side; all
-    // other text is copied in runs, from `run` up to `s`.
-    mstring out;
+    // other text is copied in runs, from `run` up to `s`. The line is built
+    // in a std::string and copied once: an mstring would scan all of it
+    // again for every piece added. Without macros no name needs a look-up.
+    std::string out;
+    bool const macros = m_macros->size() > 0;
     char prev = 0;
     char const* s = text;
     char const* run = s;
@@ -154,7 +159,7 @@ mstring PreProcessor::processLine(char const* text) {
         if (prev == '0' && c != '"') {
             if (c == 'x' || c == 'X') {
                 // The token reader sees one spelling of the hex prefix.
-                append(out, run, s);
+                out.append(run, static_cast<size_t>(s - run));
                 out += 'x';
                 run = ++s;
                 while (UT::CVT::isHexDigit(*s))
@@ -167,14 +172,18 @@ mstring PreProcessor::processLine(char const* text) {
                 s++;
             }
         } else if (isIdentStart(c)) {
-            append(out, run, s);
+            out.append(run, static_cast<size_t>(s - run));
             char const* start = s;
             while (isIdentChar(*s))
                 s++;
-            mstring name;
-            name.set(start, static_cast<unsigned long>(s - start));
             out += ' ';
-            out += expand(name, 0);
+            if (macros) {
+                mstring name;
+                name.set(start, static_cast<unsigned long>(s - start));
+                out += expand(name, 0).c_str();
+            } else {
+                out.append(start, static_cast<size_t>(s - start));
+            }
             out += ' ';
             prev = s[-1];
             run = s;
@@ -195,8 +204,8 @@ mstring PreProcessor::processLine(char const* text) {
             s++;
         }
     }
-    append(out, run, s);
-    return out;
+    out.append(run, static_cast<size_t>(s - run));
+    return out.empty() ? mstring() : mstring(out.c_str());
 }
 
 mstring PreProcessor::expand(mstring const& name, int depth) {

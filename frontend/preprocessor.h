@@ -10,6 +10,7 @@
 #include "foundation/mstring.h"
 #include "foundation/mvector.h"
 #include "foundation/sets.h"
+#include "foundation/ut.h"
 #include "frontend/diagnostics.h"
 
 class PreProcessor {
@@ -87,4 +88,6 @@ private:
     Cond* m_last = nullptr;
     bool active = true;
     mvector<mstring> v_included;
+    // The line buffer, made once rather than for every line.
+    UT::Buf m_lineBuf;
 };

@@ -48,13 +48,7 @@ bool hasFixedPart(Struct const& s) {
 }
 
 // True when `s` is in `done` already; otherwise it is added.
-bool seenBefore(mvector<Struct const*>& done, Struct const& s) {
-    for (unsigned i = 0; i < done.size(); i++)
-        if (done[static_cast<int>(i)] == &s)
-            return true;
-    done.push_back(&s);
-    return false;
-}
+bool seenBefore(std::unordered_set<Struct const*>& done, Struct const& s) { return !done.insert(&s).second; }
 
 // The values the templates of one fixed field draw on. {n} is the length of
 // a character field in its own units, {dim} the dimension of an array.

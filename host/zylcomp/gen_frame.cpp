@@ -4,6 +4,8 @@
 
 #include <cctype>
 #include <cstring>
+#include <string>
+#include <utility>
 
 #include "foundation/ut.h"
 #include "host/zylcomp/genoutput.h"
@@ -239,8 +241,15 @@ void GenOutput::outConstant(IOutStream* out, mstring const& name, int value) {
 }
 
 mstring GenOutput::functionHead(mstring const& name, mstring const& params, int nameWidth) const {
-    mstring head = m_outOfLine ? mstring() : mstring("ZYL_TARGET_INLINE ");
-    return head + UT::adjust("ZYL_RET", m_retTypeWidth) + " " + MF(name, nameWidth) + params;
+    // Joined in a std::string: a chain of + would make a string per piece.
+    std::string head = m_outOfLine ? "" : "ZYL_TARGET_INLINE ";
+    head += UT::adjust("ZYL_RET", m_retTypeWidth).c_str();
+    head += ' ';
+    head += MF(name, nameWidth).c_str();
+    head += params.c_str();
+    mstring result;
+    result.set(head.data(), head.size());
+    return result;
 }
 
 void GenOutput::writeCFunction(mstring const& head, mstring const& body) {
@@ -327,39 +336,59 @@ void StrParams::setup() {
 // ---------------------------------------------------------------------------
 // Templates of generated text
 
-Subst& Subst::set(char const* name, mstring const& value) {
-    for (unsigned i = 0; i < v_name.size(); i++) {
-        if (v_name[static_cast<int>(i)] == name) {
-            v_value[static_cast<int>(i)] = value;
-            return *this;
-        }
+int Subst::find(char const* name, unsigned long n) const {
+    // The first characters are compared before strncmp is called.
+    for (unsigned i = 0; i < m_count; i++) {
+        char const* have = v_name[static_cast<int>(i)].c_str();
+        if (have[0] == name[0] && std::strncmp(have, name, n) == 0 && have[n] == '\0')
+            return static_cast<int>(i);
     }
-    v_name.push_back(name);
-    v_value.push_back(value);
+    return -1;
+}
+
+Subst& Subst::set(char const* name, mstring value) {
+    int i = find(name, std::strlen(name));
+    if (i < 0) {
+        if (m_count == v_name.size()) {
+            v_name.resize(m_count + 16);
+            v_value.resize(m_count + 16);
+        }
+        i = static_cast<int>(m_count++);
+        v_name[i] = name;
+    }
+    v_value[i] = std::move(value);
     return *this;
 }
 
 mstring Subst::fill(char const* text) const {
-    mstring out;
+    // Built in a std::string and copied once: an mstring would scan all of
+    // the text again for every piece added. Room for the template and a
+    // few values from the start, so that it seldom grows.
+    std::string out;
+    out.reserve(std::strlen(text) + 256);
     char const* p = text;
     while (*p != '\0') {
+        char const* brace = std::strchr(p, '{');
+        if (brace == nullptr) {
+            out += p;
+            break;
+        }
+        out.append(p, static_cast<size_t>(brace - p));
+        p = brace;
         char const* end = p + 1;
-        while (*p == '{' && (std::isalnum(static_cast<unsigned char>(*end)) || *end == '_'))
+        while (std::isalnum(static_cast<unsigned char>(*end)) || *end == '_')
             end++;
         int found = -1;
-        if (*p == '{' && *end == '}' && end > p + 1) {
-            mstring name;
-            name.set(p + 1, static_cast<unsigned long>(end - p - 1));
-            for (unsigned i = 0; found < 0 && i < v_name.size(); i++)
-                if (v_name[static_cast<int>(i)] == name)
-                    found = static_cast<int>(i);
-        }
+        if (*end == '}' && end > p + 1)
+            found = find(p + 1, static_cast<unsigned long>(end - p - 1));
         if (found >= 0) {
-            out += v_value[found];
+            out += v_value[found].c_str();
             p = end + 1;
         } else {
             out += *p++;
         }
     }
-    return out;
+    mstring result;
+    result.set(out.data(), out.size());
+    return result;
 }

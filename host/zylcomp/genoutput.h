@@ -13,6 +13,8 @@
 // write to them without testing.
 #pragma once
 
+#include <unordered_set>
+
 #include "foundation/mstring.h"
 #include "foundation/mvector.h"
 #include "foundation/outstream.h"
@@ -269,9 +271,11 @@ protected:
     int m_retTypeWidth = 8;
     int m_funcNameWidth = 20;
     // Structs whose fixed type, and whose fixed functions, are written
-    // already: a nested struct's come first, whatever the set order.
-    mvector<Struct const*> v_fixedTypesWritten;
-    mvector<Struct const*> v_fixedFunctionsWritten;
+    // already: a nested struct's come first, whatever the set order. Sets,
+    // not lists: every struct and class is looked up, and a list searched
+    // each time cost the square of their count.
+    std::unordered_set<Struct const*> v_fixedTypesWritten;
+    std::unordered_set<Struct const*> v_fixedFunctionsWritten;
     // The C++ property members of the struct being written; its wrapper's
     // constructor points them at the object.
     mvector<mstring> v_cppProperty;
@@ -303,12 +307,18 @@ bool indexIsHidden(Index const& idx);
 // were set are replaced, so the braces of C text pass through.
 class Subst {
 public:
-    Subst& set(char const* name, mstring const& value);
+    Subst& set(char const* name, mstring value);
     mstring fill(char const* text) const;
 
 private:
+    // The place of the name of `n` characters at `name`, or -1.
+    int find(char const* name, unsigned long n) const;
+
+    // Places up to m_count are in use: the vectors grow sixteen places at a
+    // time, since a template's names are set by the dozen, one by one.
     mvector<mstring> v_name;
     mvector<mstring> v_value;
+    unsigned m_count = 0;
 };
 
 // One attribute of the schema dump: {name}="{value}" and a blank, with the

@@ -10,6 +10,7 @@
 #include <cassert>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 #include "foundation/sets.h"
 #include "foundation/ut.h"
@@ -134,7 +135,6 @@ bool GenOutput::layout(Struct& s, int startOffset, Class* owner) {
         s.m_layoutDone = true;
 
     if (!s.m_layoutDone) {
-        UT::dlog("layout for struct " + s.m_name + " ptr=" + UT::n2s(static_cast<void*>(&s)));
         if (s.m_layoutBusy) {
             // Reached again while its own fields are placed: it contains
             // itself by value.
@@ -149,6 +149,12 @@ bool GenOutput::layout(Struct& s, int startOffset, Class* owner) {
         s.m_layoutBusy = true;
         Layout& compact = s.m_layout.compact;
         Layout& large = s.m_layout.large;
+        // Sized once for all fields rather than grown by one per field: the
+        // vectors end as n push_backs would leave them, without moving every
+        // placement again for each field added.
+        unsigned const base = compact.v_fld.size();
+        compact.v_fld.resize(base + s.v_field.size());
+        large.v_fld.resize(base + s.v_field.size());
 
         for (unsigned i = 0; i < s.v_field.size(); i++) {
             Field& f = s.v_field[i];
@@ -211,8 +217,8 @@ bool GenOutput::layout(Struct& s, int startOffset, Class* owner) {
             }
             update_layout_strings(cf);
             update_layout_strings(lf);
-            compact.v_fld.push_back(cf);
-            large.v_fld.push_back(lf);
+            compact.v_fld[static_cast<int>(base + i)] = std::move(cf);
+            large.v_fld[static_cast<int>(base + i)] = std::move(lf);
         }
 
         // The C compiler lays a direct struct out in declared order, so it

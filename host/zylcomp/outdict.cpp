@@ -18,7 +18,6 @@
 namespace {
 
 mstring txt(FSize const& v) { return static_cast<mstring const&>(v); }
-mstring txt(long long v) { return UT::n2s(v); }
 
 template <class T, class Visit>
 void forEach(ISet* set, Visit visit) {
@@ -453,43 +452,45 @@ void writeIndexes(IOutStream& out, Schema const& schema, bool dynamic, int nInde
         out << "    dict.v_desc_indexes = (zyl_dict_index_t *)0;\n    \n";
         return;
     }
-    mstring keys;
-    mstring indexes;
+    // Not mstrings: both tables grow by a piece per index and key, and an
+    // mstring would scan and copy all of it again for every piece.
+    TableText keys;
+    TableText indexes;
     int number = 0;
     int firstKey = 0;
     forEach<Class>(schema.m_classes, [&](Class& c) {
         for (unsigned i = 0; i < c.v_index.size(); i++, number++) {
             Index const& index = c.v_index[i];
             DictIndexEntry const e = dictIndexEntry(c, index);
-            keys += "      /* " + c.m_name + "." + index.m_name + " [" + UT::n2s(number) + "] */\n";
+            keys << "      /* " << c.m_name << "." << index.m_name << " [" << number << "] */\n";
             for (unsigned k = 0; k < e.v_key.size(); k++) {
                 DictKeyEntry const& key = e.v_key[k];
                 if (dynamic)
-                    keys += "      z->field_offset = " + txt(key.m_offset) + "; z->vect_field_offset = " +
-                            txt(key.m_vectOffset) + "; z->indicator_offset = " + txt(key.m_indicatorOffset) +
-                            "; z->field_size = " + txt(key.m_size) + "; z->field_type = " + txt(key.m_type) +
-                            "; z->fld_flags  = " + txt(key.m_flags) + "; z->fld_no     = " + txt(key.m_fldNo) +
-                            "; z->collation_id = " + txt(key.m_collation) + "; z++; /* " + key.m_path + " */\n";
+                    keys << "      z->field_offset = " << key.m_offset
+                         << "; z->vect_field_offset = " << key.m_vectOffset
+                         << "; z->indicator_offset = " << key.m_indicatorOffset << "; z->field_size = " << key.m_size
+                         << "; z->field_type = " << key.m_type << "; z->fld_flags  = " << key.m_flags
+                         << "; z->fld_no     = " << key.m_fldNo << "; z->collation_id = " << key.m_collation
+                         << "; z++; /* " << key.m_path << " */\n";
                 else
-                    keys += "        { " + txt(key.m_offset) + ", " + txt(key.m_vectOffset) + ", " +
-                            txt(key.m_indicatorOffset) + ", " + txt(key.m_size) + ", " + txt(key.m_type) + ", " +
-                            txt(key.m_flags) + ", " + txt(key.m_fldNo) + ", " + txt(key.m_collation) + " }, /* " +
-                            key.m_path + " */\n";
+                    keys << "        { " << key.m_offset << ", " << key.m_vectOffset << ", " << key.m_indicatorOffset
+                         << ", " << key.m_size << ", " << key.m_type << ", " << key.m_flags << ", " << key.m_fldNo
+                         << ", " << key.m_collation << " }, /* " << key.m_path << " */\n";
             }
             int const nFields = static_cast<int>(e.v_key.size());
             // Filled by statements, an index follows its keys; in initialisers
             // keys and indexes are two tables.
             if (dynamic)
-                keys += "      w->class_code = " + txt(e.m_classCode) + "; w->impl_no = " + txt(e.m_implNo) +
-                           "; w->numof_fields = " + txt(nFields) + "; w->vect_field_offset = " +
-                           txt(e.m_vectOffset) + "; w->flags = " + txt(static_cast<long long>(e.m_flags)) +
-                           "; w->fields = & v_all_index_fields[" + txt(firstKey) + "]; w->numof_keys_estimate = " +
-                           txt(e.m_estimate) + "; w->userdef_id = " + txt(e.m_userdefId) + "; w++; \n";
+                keys << "      w->class_code = " << e.m_classCode << "; w->impl_no = " << e.m_implNo
+                     << "; w->numof_fields = " << nFields << "; w->vect_field_offset = " << e.m_vectOffset
+                     << "; w->flags = " << static_cast<long long>(e.m_flags) << "; w->fields = & v_all_index_fields["
+                     << firstKey << "]; w->numof_keys_estimate = " << e.m_estimate << "; w->userdef_id = "
+                     << e.m_userdefId << "; w++; \n";
             else
-                indexes += "        { " + txt(e.m_classCode) + ", " + txt(e.m_implNo) + ", " + txt(nFields) + ", " +
-                           txt(e.m_vectOffset) + ", " + txt(static_cast<long long>(e.m_flags)) +
-                           ", & v_all_index_fields[" + txt(firstKey) + "], " + txt(e.m_estimate) + ", " +
-                           txt(e.m_userdefId) + " }, /* " + c.m_name + "." + index.m_name + " */\n";
+                indexes << "        { " << e.m_classCode << ", " << e.m_implNo << ", " << nFields << ", "
+                        << e.m_vectOffset << ", " << static_cast<long long>(e.m_flags) << ", & v_all_index_fields["
+                        << firstKey << "], " << e.m_estimate << ", " << e.m_userdefId << " }, /* " << c.m_name << "."
+                        << index.m_name << " */\n";
             firstKey += nFields;
         }
     });
@@ -499,15 +500,16 @@ void writeIndexes(IOutStream& out, Schema const& schema, bool dynamic, int nInde
             << "];\n      static zyl_dict_index_t v_all_indexes_info[ " << nIndexes << "];\n";
         if (nKeys > 0)
             out << "      zyl_dict_index_field_t * z = & v_all_index_fields[0];\n";
-        out << "      zyl_dict_index_t       * w = & v_all_indexes_info[0];\n" << keys;
+        out << "      zyl_dict_index_t       * w = & v_all_indexes_info[0];\n" << keys.c_str();
     } else {
         out << "    {\n";
         if (nKeys > 0)
-            out << "      static const zyl_dict_index_field_t v_all_index_fields[ " << nKeys << "] = {\n" << keys;
+            out << "      static const zyl_dict_index_field_t v_all_index_fields[ " << nKeys << "] = {\n"
+                << keys.c_str();
         else
             out << "      static const zyl_dict_index_field_t v_all_index_fields[1] = { {0,0,0,0,0} /*empty*/ ";
         out << "      }; \n\n      static const zyl_dict_index_t v_all_indexes_info[ " << nIndexes << "] = {\n"
-            << indexes << "      };\n";
+            << indexes.c_str() << "      };\n";
     }
     out << "      dict.v_desc_indexes = v_all_indexes_info;\n    }\n\n";
 }

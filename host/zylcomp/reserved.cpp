@@ -37,8 +37,10 @@ char const* const sqlWords[] = {
 };
 
 bool inList(char const* const* list, unsigned n, char const* word) {
+    // The first characters are compared before strcmp is called: most
+    // names differ from most words there.
     for (unsigned i = 0; i < n; i++)
-        if (std::strcmp(list[i], word) == 0)
+        if (list[i][0] == word[0] && std::strcmp(list[i], word) == 0)
             return true;
     return false;
 }

@@ -17,10 +17,15 @@
 
 void dictPanic(mstring const& msg) { IErrReporter::panic(msg, false); }
 
+TableText& TableText::operator<<(long long v) {
+    char buf[24];
+    m_text += UT::decimal(v, buf);
+    return *this;
+}
+
 namespace {
 
 mstring txt(FSize const& v) { return static_cast<mstring const&>(v); }
-mstring txt(long long v) { return UT::n2s(v); }
 
 // The C types of category 1 that the dictionary knows, in the order they
 // are tried; an enum is what matches none of them.
@@ -291,15 +296,6 @@ bool ordered_before(FieldRef const& a, FieldRef const& b) { return a.m_field->m_
 
 ClassDictCreator::ClassDictCreator(Schema* schema, bool dynamicTables, IErrReporter* err, mstring const& dbName)
     : m_dynamicTables(dynamicTables), m_schema(schema), m_err(err), m_dbName(dbName) {
-    auto take = [this](Struct* s, Class* c) {
-        v_used.push_back(s);
-        v_usedClass.push_back(c);
-        if (s->m_dictNo >= 0)
-            return;
-        s->m_dictNo = m_nStructs++;
-        v_firstField.push_back(m_nFields);
-        m_nFields += static_cast<int>(s->v_field.size());
-    };
     // Numbers belong to one dictionary: a struct numbered by an earlier
     // one starts afresh.
     for (ISet* set : {schema->m_types, schema->m_classes}) {
@@ -308,18 +304,45 @@ ClassDictCreator::ClassDictCreator(Schema* schema, bool dynamicTables, IErrRepor
             static_cast<Struct*>(pos->get().get())->m_dictNo = -1;
     }
     // A struct belongs to the dictionary when some class holds it; structs
-    // and classes share one numbering.
-    std::unique_ptr<ISet::Pos> pos(schema->m_types->first());
-    for (; pos->valid(); pos->next()) {
-        Struct* s = static_cast<Struct*>(pos->get().get());
-        if (s->v_owner.size() > 0)
-            take(s, nullptr);
-    }
-    pos.reset(schema->m_classes->first());
-    for (; pos->valid(); pos->next()) {
-        Class* c = static_cast<Class*>(pos->get().get());
-        take(c, c);
-    }
+    // and classes share one numbering. `visit` sees them in that order.
+    auto walk = [schema](auto visit) {
+        std::unique_ptr<ISet::Pos> pos(schema->m_types->first());
+        for (; pos->valid(); pos->next()) {
+            Struct* s = static_cast<Struct*>(pos->get().get());
+            if (s->v_owner.size() > 0)
+                visit(s, static_cast<Class*>(nullptr));
+        }
+        pos.reset(schema->m_classes->first());
+        for (; pos->valid(); pos->next()) {
+            Class* c = static_cast<Class*>(pos->get().get());
+            visit(c, c);
+        }
+    };
+    // Counted first, so that the three vectors are sized once instead of
+    // growing by one element for each of thousands of structures. A
+    // structure met again (-2 marks it) is used twice and numbered once.
+    unsigned used = 0, numbered = 0;
+    walk([&used, &numbered](Struct* s, Class*) {
+        used++;
+        if (s->m_dictNo == -1) {
+            s->m_dictNo = -2;
+            numbered++;
+        }
+    });
+    v_used.resize(used);
+    v_usedClass.resize(used);
+    v_firstField.resize(numbered);
+    unsigned n = 0;
+    walk([this, &n](Struct* s, Class* c) {
+        v_used[static_cast<int>(n)] = s;
+        v_usedClass[static_cast<int>(n)] = c;
+        n++;
+        if (s->m_dictNo >= 0)
+            return;
+        v_firstField[m_nStructs] = m_nFields;
+        s->m_dictNo = m_nStructs++;
+        m_nFields += static_cast<int>(s->v_field.size());
+    });
 }
 
 mstring ClassDictCreator::getPtrToStructInfoVector() const {
@@ -574,9 +597,9 @@ mstring realLiteral(double v) {
 }  // namespace
 
 void ClassDictCreator::collectFields(bool sortFields) {
-    m_intText = mstring();
-    m_realText = mstring();
-    m_fieldText = mstring();
+    m_intText.clear();
+    m_realText.clear();
+    m_fieldText.clear();
     int written = 0;
     // In the initialiser a comma stands between entries, none after the
     // last; a struct's comment waits for its first entry.
@@ -585,7 +608,7 @@ void ClassDictCreator::collectFields(bool sortFields) {
         Struct const& s = *v_used[n];
         pending += "    /* " + s.m_name + " */\n";
         if (m_dynamicTables) {
-            m_fieldText += pending;
+            m_fieldText << pending;
             pending = mstring();
         }
         mvector<FieldRef> const list = fieldList(s, sortFields);
@@ -596,62 +619,60 @@ void ClassDictCreator::collectFields(bool sortFields) {
             DictFieldEntry const e = fieldEntry(static_cast<int>(n), list, static_cast<int>(i));
 
             if (v_initI.size() > intsBefore) {
-                m_intText += "    /* " + s.m_name + "." + f.m_name + ": */ ";
+                m_intText << "    /* " << s.m_name << "." << f.m_name << ": */ ";
                 for (unsigned k = intsBefore; k < v_initI.size(); k++)
-                    m_intText += UT::n2s(static_cast<int>(v_initI[k])) + ", ";
-                m_intText += "\n";
+                    m_intText << static_cast<int>(v_initI[k]) << ", ";
+                m_intText << "\n";
             }
             if (v_initD.size() > realsBefore) {
-                m_realText += "    /* " + s.m_name + "." + f.m_name + ": */ ";
+                m_realText << "    /* " << s.m_name << "." << f.m_name << ": */ ";
                 for (unsigned k = realsBefore; k < v_initD.size(); k++)
-                    m_realText += realLiteral(v_initD[k]) + ", ";
-                m_realText += "\n";
+                    m_realText << realLiteral(v_initD[k]) << ", ";
+                m_realText << "\n";
             }
 
-            mstring const init = txt(static_cast<long long>(e.m_initIndex));
+            long long const init = e.m_initIndex;
             if (m_dynamicTables) {
-                m_fieldText += "    pfi->name = \"" + e.m_name + "\";\n";
-                m_fieldText += "    pfi->layout.c_size = " + txt(e.m_cSize) + "; pfi->layout.c_align  = " +
-                               txt(e.m_cAlign) + "; pfi->layout.c_offset = " + txt(e.m_cOffset) +
-                               "; pfi->layout.u_size = " + txt(e.m_uSize) + "; pfi->layout.u_align  = " +
-                               txt(e.m_uAlign) + "; pfi->layout.u_offset = " + txt(e.m_uOffset) + "; \n";
-                m_fieldText += "    pfi->field_el_type = " + txt(e.m_type) + ";pfi->flags = " + txt(e.m_flags) +
-                               ";pfi->array_size = " + txt(e.m_arraySize) + ";pfi->struct_num = " +
-                               txt(e.m_structNum) + ";pfi->field_size = " + txt(e.m_fieldSize) +
-                               ";pfi->refto_class= " + txt(e.m_reftoClass) + ";pfi->init_index = " + init +
-                               ";pfi->order_no   = " + txt(e.m_orderNo) + "; /* " + f.m_typeName +
-                               " */pfi->no   = " + txt(e.m_no) + ";pfi->event_id  = " + txt(e.m_eventId) +
-                               ";pfi->indicator  = " + txt(e.m_indicator) + ";pfi->precision  = " +
-                               txt(e.m_precision) + ";pfi->seq_order  = " + txt(e.m_seqOrder) +
-                               ";pfi->seq_elem_size = " + txt(e.m_seqElemSize) + ";\n";
-                m_fieldText += "    pfi++;\n";
+                m_fieldText << "    pfi->name = \"" << e.m_name << "\";\n";
+                m_fieldText << "    pfi->layout.c_size = " << e.m_cSize << "; pfi->layout.c_align  = " << e.m_cAlign
+                            << "; pfi->layout.c_offset = " << e.m_cOffset << "; pfi->layout.u_size = " << e.m_uSize
+                            << "; pfi->layout.u_align  = " << e.m_uAlign << "; pfi->layout.u_offset = " << e.m_uOffset
+                            << "; \n";
+                m_fieldText << "    pfi->field_el_type = " << e.m_type << ";pfi->flags = " << e.m_flags
+                            << ";pfi->array_size = " << e.m_arraySize << ";pfi->struct_num = " << e.m_structNum
+                            << ";pfi->field_size = " << e.m_fieldSize << ";pfi->refto_class= " << e.m_reftoClass
+                            << ";pfi->init_index = " << init << ";pfi->order_no   = " << e.m_orderNo << "; /* "
+                            << f.m_typeName << " */pfi->no   = " << e.m_no << ";pfi->event_id  = " << e.m_eventId
+                            << ";pfi->indicator  = " << e.m_indicator << ";pfi->precision  = " << e.m_precision
+                            << ";pfi->seq_order  = " << e.m_seqOrder << ";pfi->seq_elem_size = " << e.m_seqElemSize
+                            << ";\n";
+                m_fieldText << "    pfi++;\n";
             } else {
                 if (written > 0)
-                    m_fieldText += ",\n";
-                m_fieldText += pending;
+                    m_fieldText << ",\n";
+                m_fieldText << pending;
                 pending = mstring();
-                m_fieldText += "    {\"" + e.m_name + "\", {" + txt(e.m_cSize) + ", " + txt(e.m_cAlign) + ", " +
-                               txt(e.m_cOffset) + ", " + txt(e.m_uSize) + ", " + txt(e.m_uAlign) + ", " +
-                               txt(e.m_uOffset) + "}, " + txt(e.m_type) + ", " + txt(e.m_flags) + ", " +
-                               txt(e.m_arraySize) + ", " + txt(e.m_structNum) + ", " + txt(e.m_fieldSize) + ", " +
-                               txt(e.m_reftoClass) + ", " + init + ", " + txt(e.m_orderNo) + ", " + txt(e.m_no) +
-                               ", " + txt(e.m_eventId) + ", " + txt(e.m_indicator) + ", " + txt(e.m_precision) +
-                               ", " + txt(e.m_seqOrder) + ", " + txt(e.m_seqElemSize) + " }";
+                m_fieldText << "    {\"" << e.m_name << "\", {" << e.m_cSize << ", " << e.m_cAlign << ", "
+                            << e.m_cOffset << ", " << e.m_uSize << ", " << e.m_uAlign << ", " << e.m_uOffset << "}, "
+                            << e.m_type << ", " << e.m_flags << ", " << e.m_arraySize << ", " << e.m_structNum << ", "
+                            << e.m_fieldSize << ", " << e.m_reftoClass << ", " << init << ", " << e.m_orderNo << ", "
+                            << e.m_no << ", " << e.m_eventId << ", " << e.m_indicator << ", " << e.m_precision << ", "
+                            << e.m_seqOrder << ", " << e.m_seqElemSize << " }";
             }
             written++;
         }
     }
     if (written > 0 && !m_dynamicTables)
-        m_fieldText += "\n";
-    m_fieldText += pending;
+        m_fieldText << "\n";
+    m_fieldText << pending;
 }
 
 void ClassDictCreator::printInitTables(IOutStream& out) const {
     // One 0 more than the values, so that neither array is ever empty.
     out << "    static const int4 init_i_values[" << static_cast<long>(v_initI.size() + 1) << "] = { \n"
-        << m_intText << "\n    0 };\n\n";
+        << m_intText.c_str() << "\n    0 };\n\n";
     out << "    static const double init_d_values[" << static_cast<long>(v_initD.size() + 1) << "] = { \n"
-        << m_realText << "\n    0 };\n\n";
+        << m_realText.c_str() << "\n    0 };\n\n";
 }
 
 void ClassDictCreator::printFieldTable(IOutStream& out) const {
@@ -667,7 +688,7 @@ void ClassDictCreator::printFieldTable(IOutStream& out) const {
             out << "    zyl_dict_field_t * pfi = &  v_field_info[0];\n";
     } else
         out << "    static const zyl_dict_field_t v_field_info[" << m_nFields << "] = { \n";
-    out << m_fieldText;
+    out << m_fieldText.c_str();
     if (!m_dynamicTables)
         out << "    };\n";
 }

@@ -11,6 +11,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "foundation/mstring.h"
 #include "foundation/mvector.h"
@@ -28,6 +29,31 @@ class Event;
 // Ends the compile on an inconsistency of the model that the dictionary
 // cannot record: "internal error: {msg}".
 [[noreturn]] void dictPanic(mstring const& msg);
+
+// The text of a table of the C-source dictionary, built piece by piece:
+// each << appends to one std::string, and no string is made for an entry
+// as a whole (a large schema has a hundred thousand entries of dozens of
+// pieces). Numbers are written as n2s writes them.
+class TableText {
+public:
+    TableText& operator<<(char const* s) {
+        m_text += s;
+        return *this;
+    }
+    TableText& operator<<(mstring const& s) {
+        m_text += s.c_str();
+        return *this;
+    }
+    TableText& operator<<(FSize const& v) { return *this << static_cast<mstring const&>(v); }
+    TableText& operator<<(long long v);
+    TableText& operator<<(int v) { return *this << static_cast<long long>(v); }
+
+    char const* c_str() const { return m_text.c_str(); }
+    void clear() { m_text.clear(); }
+
+private:
+    std::string m_text;
+};
 
 // A field and its declared place in its structure.
 class FieldRef {
@@ -190,7 +216,9 @@ private:
     void printInitTables(IOutStream& out) const;
     void printFieldTable(IOutStream& out) const;
 
-    mstring m_intText;
-    mstring m_realText;
-    mstring m_fieldText;
+    // Not mstrings: a table's text grows by a piece per field, and an
+    // mstring would scan and copy all of it again for every piece.
+    TableText m_intText;
+    TableText m_realText;
+    TableText m_fieldText;
 };
