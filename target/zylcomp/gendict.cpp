@@ -143,7 +143,11 @@ void MemoryGenDict::layout(Layout& l, int startOffset, Struct* s) {
         }
         if (fld.m_align.m_num > maxAlign)
             maxAlign = fld.m_align.m_num;
-        offs = alignInt(offs, fld.m_align);
+        // A numeric offset rounds in place, as alignInt would round it.
+        if (offs.is_str())
+            offs = alignInt(offs, fld.m_align);
+        else if (roundUp(offs.m_num, fld.m_align.m_num))
+            offs = offs.m_num;
         memNumber(offs, "! offs.is_str()");
         fld.m_offset = offs;
         offs += fld.m_size;
