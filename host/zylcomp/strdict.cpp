@@ -19,8 +19,25 @@ void dictPanic(mstring const& msg) { IErrReporter::panic(msg, false); }
 
 TableText& TableText::operator<<(long long v) {
     char buf[24];
-    m_text += UT::decimal(v, buf);
+    char const* p = UT::decimal(v, buf);
+    // decimal writes backwards from the terminator at the buffer's end.
+    append(p, static_cast<std::size_t>(buf + sizeof buf - 1 - p));
     return *this;
+}
+
+void TableText::grow(std::size_t n) {
+    std::size_t cap = m_cap * 2;
+    if (cap < m_len + n + 1)
+        cap = m_len + n + 1;
+    if (cap < 4096)
+        cap = 4096;
+    char* block = new char[cap];
+    if (m_len > 0)
+        std::memcpy(block, m_buf, m_len);
+    block[m_len] = '\0';
+    delete[] m_buf;
+    m_buf = block;
+    m_cap = cap;
 }
 
 namespace {

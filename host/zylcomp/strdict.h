@@ -10,8 +10,9 @@
 // C compiler; in memory they are numbers by construction.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <string>
+#include <cstring>
 
 #include "foundation/mstring.h"
 #include "foundation/mvector.h"
@@ -31,28 +32,53 @@ class Event;
 [[noreturn]] void dictPanic(mstring const& msg);
 
 // The text of a table of the C-source dictionary, built piece by piece:
-// each << appends to one std::string, and no string is made for an entry
+// each << appends to one growing block, and no string is made for an entry
 // as a whole (a large schema has a hundred thousand entries of dozens of
-// pieces). Numbers are written as n2s writes them.
+// pieces). A piece is copied straight in: the length of a literal is known
+// where it is written, and numbers, plain sizes included, are written
+// digit by digit into place, as n2s writes them.
 class TableText {
 public:
+    TableText() = default;
+    ~TableText() { delete[] m_buf; }
+    TableText(TableText const&) = delete;
+    TableText& operator=(TableText const&) = delete;
+
     TableText& operator<<(char const* s) {
-        m_text += s;
+        append(s, std::strlen(s));
         return *this;
     }
-    TableText& operator<<(mstring const& s) {
-        m_text += s.c_str();
-        return *this;
+    TableText& operator<<(mstring const& s) { return *this << s.c_str(); }
+    TableText& operator<<(FSize const& v) {
+        // A plain number renders as its digits: no rendering is needed.
+        if (!v.is_str())
+            return *this << static_cast<long long>(v.m_num);
+        return *this << static_cast<mstring const&>(v);
     }
-    TableText& operator<<(FSize const& v) { return *this << static_cast<mstring const&>(v); }
     TableText& operator<<(long long v);
     TableText& operator<<(int v) { return *this << static_cast<long long>(v); }
 
-    char const* c_str() const { return m_text.c_str(); }
-    void clear() { m_text.clear(); }
+    char const* c_str() const { return m_buf != nullptr ? m_buf : ""; }
+    void clear() {
+        m_len = 0;
+        if (m_buf != nullptr)
+            m_buf[0] = '\0';
+    }
 
 private:
-    std::string m_text;
+    void append(char const* s, std::size_t n) {
+        if (m_len + n >= m_cap)
+            grow(n);
+        std::memcpy(m_buf + m_len, s, n);
+        m_len += n;
+        m_buf[m_len] = '\0';
+    }
+    // Room for `n` more characters and the terminator, at least doubling.
+    void grow(std::size_t n);
+
+    char* m_buf = nullptr;
+    std::size_t m_len = 0;
+    std::size_t m_cap = 0;
 };
 
 // A field and its declared place in its structure.
