@@ -81,6 +81,26 @@ private:
     std::size_t m_cap = 0;
 };
 
+// What Field::dict_info records, without building the record: the size
+// is a number or the type's own size (no copy is made), and the type text
+// a literal (no string is made). For the many callers that only want the
+// code or the numeric size.
+class DictType {
+public:
+    FSize size() const { return m_size != nullptr ? *m_size : FSize(m_num); }
+    std::int32_t sizeNumber() const { return m_size != nullptr ? m_size->m_num : m_num; }
+
+    int m_typeCode = 0;
+    std::int32_t m_num = 0;
+    FSize const* m_size = nullptr;  // the type's size, when it is that
+    char const* m_typeText = "";
+    int m_count = 0;
+};
+
+// The dictionary type of `f`, with the checks and faults of
+// Field::dict_info, which is made from it.
+DictType dictType(Field const& f, bool allowStruct);
+
 // A field and its declared place in its structure.
 class FieldRef {
 public:
@@ -95,7 +115,7 @@ bool ordered_before(FieldRef const& a, FieldRef const& b);
 // zyl_dict_field_t
 class DictFieldEntry {
 public:
-    mstring m_name;
+    char const* m_name = "";  // the field's own name: the model outlives the entry
     FSize m_cSize, m_cAlign, m_cOffset;
     FSize m_uSize, m_uAlign, m_uOffset;
     int m_type = 0;
