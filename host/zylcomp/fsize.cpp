@@ -49,22 +49,9 @@ namespace {
 // the number as it is (so a zero offset stays 0 whatever the alignment).
 FSize alignNumber(FSize const& size, int align) {
     FSize result = size;
-    int n = size.m_num;
-    if (n < 1)
-        return result;
-    switch (align) {
-    case 2:
-        result = wrap32(std::int64_t{(n - 1) | 1} + 1);
-        break;
-    case 4:
-        result = wrap32(std::int64_t{(n - 1) & ~3} + 4);
-        break;
-    case 8:
-        result = wrap32(std::int64_t{(n - 1) & ~7} + 8);
-        break;
-    default:
-        break;
-    }
+    std::int32_t n = size.m_num;
+    if (roundUp(n, align))
+        result = n;
     return result;
 }
 

@@ -16,6 +16,27 @@
 // being undefined, and values in range come out as they always did.
 inline std::int32_t wrap32(std::int64_t v) { return static_cast<std::int32_t>(static_cast<std::uint32_t>(v)); }
 
+// Rounds `n` up to a multiple of `align` by the layout's rule: only 2, 4
+// and 8 round, and only a number of 1 or more. False, with `n` as it was,
+// where the rule leaves the number alone.
+inline bool roundUp(std::int32_t& n, int align) {
+    if (n < 1)
+        return false;
+    switch (align) {
+    case 2:
+        n = wrap32(std::int64_t{(n - 1) | 1} + 1);
+        return true;
+    case 4:
+        n = wrap32(std::int64_t{(n - 1) & ~3} + 4);
+        return true;
+    case 8:
+        n = wrap32(std::int64_t{(n - 1) & ~7} + 8);
+        return true;
+    default:
+        return false;
+    }
+}
+
 class FSize {
 public:
     FSize() = default;
@@ -24,6 +45,26 @@ public:
     explicit FSize(std::int32_t num) : m_num(num) {}
     explicit FSize(mstring const& expr) : m_expr(expr) {}
     FSize(std::int32_t num, mstring const& expr) : m_num(num), m_expr(expr) {}
+
+    // Copies as a member-wise copy would, but an empty text is not handed
+    // to mstring's copy (a scan and a call for nothing): most values are
+    // plain numbers, and they are copied into every record made of them.
+    FSize(FSize const& other) : m_num(other.m_num), m_saved(other.m_saved) {
+        copyText(m_expr, other.m_expr);
+        copyText(m_text, other.m_text);
+    }
+    FSize& operator=(FSize const& other) {
+        if (this != &other) {
+            m_num = other.m_num;
+            copyText(m_expr, other.m_expr);
+            m_saved = other.m_saved;
+            copyText(m_text, other.m_text);
+        }
+        return *this;
+    }
+    FSize(FSize&&) noexcept = default;
+    FSize& operator=(FSize&&) noexcept = default;
+    ~FSize() = default;
 
     // Symbolic: some text is present, so the value is only known to the C
     // compiler.
@@ -52,4 +93,13 @@ public:
     std::int32_t m_saved = 0;
     // Scratch for the rendered text; rewritten by every rendering.
     mutable mstring m_text;
+
+private:
+    // What `to = from` leaves: a copy of a non-empty text, else no block.
+    static void copyText(mstring& to, mstring const& from) {
+        if (!from.empty())
+            to = from;
+        else if (to.ptr() != nullptr)
+            to = mstring();
+    }
 };

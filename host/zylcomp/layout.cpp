@@ -62,6 +62,47 @@ void widen(int& width, int length) {
 
 int len(mstring const& s) { return static_cast<int>(s.length()); }
 
+// A record in the sort: where it stands before sorting. The heap sort runs
+// over these, with the records' own order, so it makes exactly the moves
+// it would make on the records; each record is then moved once to its
+// place instead of being swapped (ten strings each time) down the heap.
+struct SortEntry {
+    FldLayout const* m_fld = nullptr;
+    unsigned m_from = 0;
+};
+
+void sortFields(mvector<FldLayout>& v) {
+    unsigned const n = v.size();
+    mvector<SortEntry> order;
+    order.resize(n);
+    for (unsigned i = 0; i < n; i++) {
+        order[static_cast<int>(i)].m_fld = &v[static_cast<int>(i)];
+        order[static_cast<int>(i)].m_from = i;
+    }
+    sort_vector(order, [](SortEntry const& a, SortEntry const& b) { return ordered_before(*a.m_fld, *b.m_fld); });
+
+    // Place i takes the record from order[i].m_from: follow each cycle of
+    // that permutation once, one record held aside per cycle.
+    for (unsigned i = 0; i < n; i++) {
+        SortEntry& start = order[static_cast<int>(i)];
+        if (start.m_fld == nullptr || start.m_from == i)
+            continue;
+        FldLayout held = std::move(v[static_cast<int>(i)]);
+        unsigned to = i;
+        for (;;) {
+            SortEntry& e = order[static_cast<int>(to)];
+            unsigned const from = e.m_from;
+            e.m_fld = nullptr;  // placed
+            if (from == i) {
+                v[static_cast<int>(to)] = std::move(held);
+                break;
+            }
+            v[static_cast<int>(to)] = std::move(v[static_cast<int>(from)]);
+            to = from;
+        }
+    }
+}
+
 }  // namespace
 
 // ---------------------------------------------------------------------------
@@ -160,11 +201,6 @@ bool GenOutput::layout(Struct& s, int startOffset, Class* owner) {
             Field& f = s.v_field[i];
             Struct* t = f.m_struct;
             assert(t != nullptr);  // resolved by the finishing passes
-            FldLayout cf;
-            FldLayout lf;
-            cf.m_field = &f;
-            lf.m_field = &f;
-
             // A nested struct is placed by itself, from offset 0.
             if (hasOwnLayout(*t)) {
                 if (!layout(*t, 0, owner))
@@ -172,6 +208,12 @@ bool GenOutput::layout(Struct& s, int startOffset, Class* owner) {
             } else if (t->m_category == TC_OID_REF && m_schema->m_oidSize == 0) {
                 IErrReporter::panic("oid size unknown", false);
             }
+
+            // Filled in place: resize left both records as fresh ones.
+            FldLayout& cf = compact.v_fld[static_cast<int>(base + i)];
+            FldLayout& lf = large.v_fld[static_cast<int>(base + i)];
+            cf.m_field = &f;
+            lf.m_field = &f;
 
             Layout& tc = t->m_layout.compact;
             Layout& tl = t->m_layout.large;
@@ -217,8 +259,6 @@ bool GenOutput::layout(Struct& s, int startOffset, Class* owner) {
             }
             update_layout_strings(cf);
             update_layout_strings(lf);
-            compact.v_fld[static_cast<int>(base + i)] = std::move(cf);
-            large.v_fld[static_cast<int>(base + i)] = std::move(lf);
         }
 
         // The C compiler lays a direct struct out in declared order, so it
@@ -226,8 +266,8 @@ bool GenOutput::layout(Struct& s, int startOffset, Class* owner) {
         // two formats may end up in different orders.
         if (!m_dictFlagA && !s.m_isDirect) {
             // The heap sort is not stable and its order decides layouts: keep it exactly as it is.
-            sort_vector(compact.v_fld);
-            sort_vector(large.v_fld);
+            sortFields(compact.v_fld);
+            sortFields(large.v_fld);
         }
         layout(compact, startOffset, &s);
         layout(large, startOffset, &s);
@@ -268,7 +308,11 @@ void GenOutput::layout(Layout& l, int startOffset, Struct*) {
         FldLayout& fld = l.v_fld[i];
         if (fld.m_align.m_num > maxAlign)
             maxAlign = fld.m_align.m_num;
-        offs = alignInt(offs, fld.m_align);
+        // A numeric offset rounds in place, as alignInt would round it.
+        if (offs.is_str())
+            offs = alignInt(offs, fld.m_align);
+        else if (roundUp(offs.m_num, fld.m_align.m_num))
+            offs = offs.m_num;
         fld.m_offset = offs;
         offs += fld.m_size;
         // A member of a direct struct gets its fieldoffs text here, in place

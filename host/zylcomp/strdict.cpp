@@ -18,9 +18,32 @@
 void dictPanic(mstring const& msg) { IErrReporter::panic(msg, false); }
 
 TableText& TableText::operator<<(long long v) {
+    // Most values of the tables are single digits: flags, counts, zeros.
+    if (v >= 0 && v <= 9) {
+        char const digit = static_cast<char>('0' + v);
+        append(&digit, 1);
+        return *this;
+    }
     char buf[24];
-    m_text += UT::decimal(v, buf);
+    char const* p = UT::decimal(v, buf);
+    // decimal writes backwards from the terminator at the buffer's end.
+    append(p, static_cast<std::size_t>(buf + sizeof buf - 1 - p));
     return *this;
+}
+
+void TableText::grow(std::size_t n) {
+    std::size_t cap = m_cap * 2;
+    if (cap < m_len + n + 1)
+        cap = m_len + n + 1;
+    if (cap < 4096)
+        cap = 4096;
+    char* block = new char[cap];
+    if (m_len > 0)
+        std::memcpy(block, m_buf, m_len);
+    block[m_len] = '\0';
+    delete[] m_buf;
+    m_buf = block;
+    m_cap = cap;
 }
 
 namespace {
@@ -61,15 +84,21 @@ SeqCode const kSeqElements[] = {
     {"double", ZYL_FT_SEQ_DOUBLE},     {"zyl_datetime", ZYL_FT_SEQ_DATETIME},
 };
 
-Field::DictInfo info(int code, FSize const& size, char const* text) {
-    Field::DictInfo d;
+DictType info(int code, FSize const& size, char const* text) {
+    DictType d;
     d.m_typeCode = code;
-    d.m_size = size;
+    d.m_size = &size;
     d.m_typeText = text;
     return d;
 }
 
-Field::DictInfo info(int code, int size, char const* text) { return info(code, FSize(size), text); }
+DictType info(int code, int size, char const* text) {
+    DictType d;
+    d.m_typeCode = code;
+    d.m_num = size;
+    d.m_typeText = text;
+    return d;
+}
 
 }  // namespace
 
@@ -77,7 +106,17 @@ Field::DictInfo info(int code, int size, char const* text) { return info(code, F
 // Field types
 
 Field::DictInfo Field::dict_info(bool allowStruct) const {
-    Struct const& t = *m_struct;
+    DictType const d = dictType(*this, allowStruct);
+    DictInfo info;
+    info.m_typeCode = d.m_typeCode;
+    info.m_size = d.size();
+    info.m_typeText = d.m_typeText;
+    info.m_count = d.m_count;
+    return info;
+}
+
+DictType dictType(Field const& f, bool allowStruct) {
+    Struct const& t = *f.m_struct;
     switch (t.m_category) {
     case TC_STRUCT:
         if (!allowStruct)
@@ -85,8 +124,8 @@ Field::DictInfo Field::dict_info(bool allowStruct) const {
         return info(ZYL_FT_STRUCT, 0, "");
     case TC_SCALAR: {
         if (t.m_cType == "uint1" && t.m_name == "boolean") {
-            DictInfo d = info(ZYL_FT_BOOLEAN, 1, "ptr");
-            d.m_count = m_arraySize > 0 ? m_arraySize : 1;
+            DictType d = info(ZYL_FT_BOOLEAN, 1, "ptr");
+            d.m_count = f.m_arraySize > 0 ? f.m_arraySize : 1;
             return d;
         }
         for (ScalarCode const& s : kScalars)
@@ -94,7 +133,7 @@ Field::DictInfo Field::dict_info(bool allowStruct) const {
                 return info(s.code, s.size, s.text);
         // Not a C type the dictionary knows: an enum, recorded by its width.
         // Enums of two and four bytes count as signed, whatever their values.
-        if (m_enum != nullptr) {
+        if (f.m_enum != nullptr) {
             switch (t.m_layout.large.m_size.m_num) {
             case 1:
                 return info(ZYL_FT_UINT1, 1, "u1");
@@ -131,7 +170,7 @@ Field::DictInfo Field::dict_info(bool allowStruct) const {
     case TC_DIRECT:
         return info(ZYL_FT_STRUCT, t.m_layout.compact.m_size, "");
     case TC_SEQUENCE: {
-        Struct const& e = *m_elemStruct;
+        Struct const& e = *f.m_elemStruct;
         int code = 0;
         if (e.m_category == TC_STRUCT || e.m_category == TC_CHARS || e.m_category == TC_BINARY) {
             code = ZYL_FT_SEQ_CHARS;
@@ -157,7 +196,7 @@ Field::DictInfo Field::dict_info(bool allowStruct) const {
 }
 
 int Field::getInitializerType() const {
-    switch (dict_info(true).m_typeCode) {
+    switch (dictType(*this, true).m_typeCode) {
     case ZYL_FT_UINT1:
     case ZYL_FT_UINT2:
     case ZYL_FT_UINT4:
@@ -415,12 +454,12 @@ int ClassDictCreator::GetSeqOrder(Field const& f) {
 }
 
 mvector<FieldRef> ClassDictCreator::fieldList(Struct const& s, bool sortFields) {
+    // Sized once: the vector ends as a push_back per field would leave it.
     mvector<FieldRef> list;
+    list.resize(s.v_field.size());
     for (unsigned i = 0; i < s.v_field.size(); i++) {
-        FieldRef r;
-        r.m_field = &s.v_field[i];
-        r.m_place = static_cast<int>(i);
-        list.push_back(r);
+        list[static_cast<int>(i)].m_field = &s.v_field[i];
+        list[static_cast<int>(i)].m_place = static_cast<int>(i);
     }
     if (sortFields)
         sort_vector(list);
@@ -459,7 +498,7 @@ unsigned ClassDictCreator::addInitialValues(Struct const& s, Field const& f, boo
     switch (f.getInitializerType()) {
     case Field::INIT_INTEGER: {
         unsigned const first = v_initI.size();
-        bool const wide = f.dict_info(true).m_size.m_num > 4;
+        bool const wide = dictType(f, true).sizeNumber() > 4;
         for (unsigned i = 0; i < f.v_init.size(); i++) {
             char const* text = f.v_init[i].c_str();
             if (wide) {
@@ -526,7 +565,7 @@ DictFieldEntry ClassDictCreator::fieldEntry(int structNo, mvector<FieldRef> cons
         m_err->err(f.m_isVector ? "Sequence cannot be element of vector" : "sequence specification error");
 
     DictFieldEntry e;
-    e.m_name = f.m_name;
+    e.m_name = f.m_name.c_str();
     FldLayout const* c = f.m_compactLayout;
     FldLayout const* u = f.m_largeLayout;
     assert(c != nullptr && u != nullptr);  // placed by the layout pass
@@ -537,9 +576,9 @@ DictFieldEntry ClassDictCreator::fieldEntry(int structNo, mvector<FieldRef> cons
     e.m_uAlign = u->m_align;
     e.m_uOffset = u->m_offset;
 
-    Field::DictInfo const d = f.dict_info(true);
+    DictType const d = dictType(f, true);
     e.m_type = d.m_typeCode;
-    e.m_fieldSize = d.m_size;
+    e.m_fieldSize = d.size();
     e.m_flags = GetFieldFlags(f);
     e.m_arraySize = f.m_arraySize;
     if (t.m_category == TC_STRUCT || t.m_category == TC_DIRECT) {

@@ -10,8 +10,9 @@
 // C compiler; in memory they are numbers by construction.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <string>
+#include <cstring>
 
 #include "foundation/mstring.h"
 #include "foundation/mvector.h"
@@ -31,29 +32,74 @@ class Event;
 [[noreturn]] void dictPanic(mstring const& msg);
 
 // The text of a table of the C-source dictionary, built piece by piece:
-// each << appends to one std::string, and no string is made for an entry
+// each << appends to one growing block, and no string is made for an entry
 // as a whole (a large schema has a hundred thousand entries of dozens of
-// pieces). Numbers are written as n2s writes them.
+// pieces). A piece is copied straight in: the length of a literal is known
+// where it is written, and numbers, plain sizes included, are written
+// digit by digit into place, as n2s writes them.
 class TableText {
 public:
+    TableText() = default;
+    ~TableText() { delete[] m_buf; }
+    TableText(TableText const&) = delete;
+    TableText& operator=(TableText const&) = delete;
+
     TableText& operator<<(char const* s) {
-        m_text += s;
+        append(s, std::strlen(s));
         return *this;
     }
-    TableText& operator<<(mstring const& s) {
-        m_text += s.c_str();
-        return *this;
+    TableText& operator<<(mstring const& s) { return *this << s.c_str(); }
+    TableText& operator<<(FSize const& v) {
+        // A plain number renders as its digits: no rendering is needed.
+        if (!v.is_str())
+            return *this << static_cast<long long>(v.m_num);
+        return *this << static_cast<mstring const&>(v);
     }
-    TableText& operator<<(FSize const& v) { return *this << static_cast<mstring const&>(v); }
     TableText& operator<<(long long v);
     TableText& operator<<(int v) { return *this << static_cast<long long>(v); }
 
-    char const* c_str() const { return m_text.c_str(); }
-    void clear() { m_text.clear(); }
+    char const* c_str() const { return m_buf != nullptr ? m_buf : ""; }
+    void clear() {
+        m_len = 0;
+        if (m_buf != nullptr)
+            m_buf[0] = '\0';
+    }
 
 private:
-    std::string m_text;
+    void append(char const* s, std::size_t n) {
+        if (m_len + n >= m_cap)
+            grow(n);
+        std::memcpy(m_buf + m_len, s, n);
+        m_len += n;
+        m_buf[m_len] = '\0';
+    }
+    // Room for `n` more characters and the terminator, at least doubling.
+    void grow(std::size_t n);
+
+    char* m_buf = nullptr;
+    std::size_t m_len = 0;
+    std::size_t m_cap = 0;
 };
+
+// What Field::dict_info records, without building the record: the size
+// is a number or the type's own size (no copy is made), and the type text
+// a literal (no string is made). For the many callers that only want the
+// code or the numeric size.
+class DictType {
+public:
+    FSize size() const { return m_size != nullptr ? *m_size : FSize(m_num); }
+    std::int32_t sizeNumber() const { return m_size != nullptr ? m_size->m_num : m_num; }
+
+    int m_typeCode = 0;
+    std::int32_t m_num = 0;
+    FSize const* m_size = nullptr;  // the type's size, when it is that
+    char const* m_typeText = "";
+    int m_count = 0;
+};
+
+// The dictionary type of `f`, with the checks and faults of
+// Field::dict_info, which is made from it.
+DictType dictType(Field const& f, bool allowStruct);
 
 // A field and its declared place in its structure.
 class FieldRef {
@@ -69,7 +115,7 @@ bool ordered_before(FieldRef const& a, FieldRef const& b);
 // zyl_dict_field_t
 class DictFieldEntry {
 public:
-    mstring m_name;
+    char const* m_name = "";  // the field's own name: the model outlives the entry
     FSize m_cSize, m_cAlign, m_cOffset;
     FSize m_uSize, m_uAlign, m_uOffset;
     int m_type = 0;

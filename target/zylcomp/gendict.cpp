@@ -33,12 +33,14 @@ void* memTable(std::size_t count, std::size_t size) {
     return p;
 }
 
-char const* memString(mstring const& s) {
-    std::size_t const n = std::strlen(s.c_str()) + 1;
+char const* memString(mstring const& s) { return memString(s.c_str()); }
+
+char const* memString(char const* s) {
+    std::size_t const n = std::strlen(s) + 1;
     char* p = static_cast<char*>(zyl_sys_malloc(n));
     if (p == nullptr)
         IErrReporter::panic("insufficient memory", true);
-    std::strcpy(p, s.c_str());
+    std::memcpy(p, s, n);
     return p;
 }
 
@@ -136,14 +138,18 @@ void MemoryGenDict::layout(Layout& l, int startOffset, Struct* s) {
         if (c != nullptr && c->m_isDirect) {
             direct = c;
             if (!c->m_packed) {
-                int const d = fld.m_field->dict_info(false).m_typeCode;
+                int const d = dictType(*fld.m_field, false).m_typeCode;
                 if (d >= 0 && d < 51 && direct_field_alignment[d] != 0)
                     fld.m_align = static_cast<int>(direct_field_alignment[d]);
             }
         }
         if (fld.m_align.m_num > maxAlign)
             maxAlign = fld.m_align.m_num;
-        offs = alignInt(offs, fld.m_align);
+        // A numeric offset rounds in place, as alignInt would round it.
+        if (offs.is_str())
+            offs = alignInt(offs, fld.m_align);
+        else if (roundUp(offs.m_num, fld.m_align.m_num))
+            offs = offs.m_num;
         memNumber(offs, "! offs.is_str()");
         fld.m_offset = offs;
         offs += fld.m_size;

@@ -67,3 +67,4 @@ std::int32_t memNumber(FSize const& v, char const* what);
 // Running out of it ends the process, as everywhere in the compiler.
 void* memTable(std::size_t count, std::size_t size);
 char const* memString(mstring const& s);
+char const* memString(char const* s);
