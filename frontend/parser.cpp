@@ -25,6 +25,21 @@ char const kDelimiters[] = "{}<>;,()[]:*.=";
 
 bool isDelimiter(char c) { return c != '\0' && std::strchr(kDelimiters, c) != nullptr; }
 
+// A decimal number without sign or leading zero, short enough that strtol
+// could not overflow on it: what strtol makes of it, taken directly.
+bool plainDecimal(char const* s, size_t n, long* value) {
+    if (n == 0 || n > 18 || s[0] < '1' || s[0] > '9')
+        return false;
+    long v = 0;
+    for (size_t i = 0; i < n; i++) {
+        if (!isDigit(s[i]))
+            return false;
+        v = v * 10 + (s[i] - '0');
+    }
+    *value = v;
+    return true;
+}
+
 // Numbers written with a leading "0" are hex or octal. Returns false for
 // any other token; otherwise the value (0 after a reported failure).
 bool readZeroNumber(PreProcessor& pp, int pos, mstring const& token, long* value) {
@@ -104,10 +119,10 @@ mstring Parser::get() {
         v_takenBack.resize(n - 1);
         return token;
     }
-    if (!fillLine())
-        return mstring();
     // The token is measured first and copied once, not grown by a
     // character at a time.
+    if (!fillLine())
+        return mstring();
     int const start = cut();
     mstring token;
     token.set(m_text + start, static_cast<unsigned long>(m_pos - start));
@@ -136,17 +151,31 @@ bool Parser::match(mstring const& expected) {
 }
 
 mstring Parser::getName() {
-    mstring token = get();
+    // A token cut here from the line is measured as it is cut; one that
+    // was put back is measured again.
+    mstring token;
+    size_t len = 0;
+    bool const fromLine = v_takenBack.size() == 0;
+    if (!fromLine) {
+        token = get();
+        len = std::strlen(token.c_str());
+    } else if (fillLine()) {
+        int const start = cut();
+        len = static_cast<size_t>(m_pos - start);
+        token.set(m_text + start, static_cast<unsigned long>(len));
+    }
     char const* s = token.c_str();
-    if (!isIdentStart(s[0]))
+    bool const identStart = isIdentStart(s[0]);
+    if (!identStart)
         m_pp.error1("identifier expected, found #1", token, m_pos);
-    // Only a token that was put back can fail here: get() cuts an
-    // identifier at the first other character.
-    size_t len = std::strlen(s);
-    for (size_t i = 1; i < len; i++) {
-        if (!isIdentChar(s[i])) {
-            m_pp.error1("identifier expected, found #1", token, m_pos);
-            break;
+    // A token cut from the line that begins an identifier stops at the
+    // first other character; any other token is looked through.
+    if (!fromLine || !identStart) {
+        for (size_t i = 1; i < len; i++) {
+            if (!isIdentChar(s[i])) {
+                m_pp.error1("identifier expected, found #1", token, m_pos);
+                break;
+            }
         }
     }
     if (len > 0 && s[len - 1] == '_')
@@ -155,7 +184,21 @@ mstring Parser::getName() {
 }
 
 unsigned Parser::getNumEx(bool optional) {
-    mstring token = get();
+    // A plain decimal number read from the line needs no string.
+    if (v_takenBack.size() == 0 && fillLine()) {
+        int const start = cut();
+        size_t const len = static_cast<size_t>(m_pos - start);
+        long value = 0;
+        if (plainDecimal(m_text + start, len, &value))
+            return static_cast<unsigned>(value);
+        mstring token;
+        token.set(m_text + start, static_cast<unsigned long>(len));
+        return toNumber(token, optional);
+    }
+    return toNumber(get(), optional);
+}
+
+unsigned Parser::toNumber(mstring const& token, bool optional) {
     long value = 0;
     if (readZeroNumber(m_pp, m_pos, token, &value))
         return static_cast<unsigned>(value);

@@ -38,6 +38,8 @@ private:
     // Cuts the token that begins at the read position (fillLine has found
     // one there) and returns where it began; it ends at the new position.
     int cut();
+    // getNumEx for a token already read.
+    unsigned toNumber(mstring const& token, bool optional);
     // canAppend for a token that begins with `first` and `second` ('\0' for
     // a token of one character): the rules look no further into it.
     bool appends(char first, char second, char c);

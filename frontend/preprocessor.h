@@ -20,7 +20,7 @@
 // which alone knows the current locale's view of them.
 namespace schema_chars {
 
-enum : unsigned char { kBlank = 1, kAlpha = 2, kDigit = 4 };
+enum : unsigned char { kBlank = 1, kAlpha = 2, kIdentStart = 4, kIdentChar = 8 };
 
 struct Table {
     unsigned char c[128];
@@ -30,9 +30,11 @@ struct Table {
             if (i == ' ' || (i >= '\t' && i <= '\r'))
                 k |= kBlank;
             if ((i >= 'a' && i <= 'z') || (i >= 'A' && i <= 'Z'))
-                k |= kAlpha;
+                k |= kAlpha | kIdentStart | kIdentChar;
+            if (i == '_')
+                k |= kIdentStart | kIdentChar;
             if (i >= '0' && i <= '9')
-                k |= kDigit;
+                k |= kIdentChar;
             c[i] = k;
         }
     }
@@ -49,10 +51,15 @@ inline bool isAlpha(char c) {
     return u < 128 ? (kTable.c[u] & kAlpha) != 0 : std::isalpha(u) != 0;
 }
 inline bool isDigit(char c) { return c >= '0' && c <= '9'; }
-inline bool isIdentStart(char c) { return c == '_' || isAlpha(c); }
+// A letter or '_'.
+inline bool isIdentStart(char c) {
+    unsigned char u = static_cast<unsigned char>(c);
+    return u < 128 ? (kTable.c[u] & kIdentStart) != 0 : std::isalpha(u) != 0;
+}
+// A letter, a digit or '_'.
 inline bool isIdentChar(char c) {
     unsigned char u = static_cast<unsigned char>(c);
-    return u < 128 ? (c == '_' || (kTable.c[u] & (kAlpha | kDigit)) != 0) : std::isalnum(u) != 0;
+    return u < 128 ? (kTable.c[u] & kIdentChar) != 0 : std::isalnum(u) != 0;
 }
 
 }  // namespace schema_chars
