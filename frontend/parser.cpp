@@ -75,8 +75,13 @@ bool Parser::fillLine() {
             m_text = m_pp.readLine();
             m_pos = 0;
         }
-        skipBlanks();
-        if (m_text[m_pos] != '\0')
+        // skipBlanks, without the call: this runs for every token.
+        char const* s = m_text;
+        int pos = m_pos;
+        while (isBlank(s[pos]))
+            pos++;
+        m_pos = pos;
+        if (s[pos] != '\0')
             return true;
     }
 }
