@@ -269,8 +269,10 @@ bool UT::Buf::read(FILE* f) {
         eos();
         return false;
     }
-    for (char* p = m_buf; *p; p++) {
-        if (*p == '\n' || *p == '\r' || (p[0] == '/' && p[1] == '/')) {
+    // Only the characters that may end the text are stopped at; a single
+    // '/' is passed over.
+    for (char* p = m_buf; (p = std::strpbrk(p, "\n\r/")) != nullptr; p++) {
+        if (*p != '/' || p[1] == '/') {
             *p = '\0';
             break;
         }

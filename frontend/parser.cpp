@@ -7,7 +7,6 @@
 // preprocessed line.
 #include "frontend/parser.h"
 
-#include <cctype>
 #include <cstdlib>
 #include <cstring>
 #include <utility>
@@ -16,13 +15,30 @@
 
 namespace {
 
-bool isBlank(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
-bool isDigit(char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; }
-bool isIdentStart(char c) { return c == '_' || std::isalpha(static_cast<unsigned char>(c)); }
-bool isIdentChar(char c) { return c == '_' || std::isalnum(static_cast<unsigned char>(c)); }
+using schema_chars::isBlank;
+using schema_chars::isDigit;
+using schema_chars::isIdentChar;
+using schema_chars::isIdentStart;
 
 // Each of these is a token of its own.
 char const kDelimiters[] = "{}<>;,()[]:*.=";
+
+bool isDelimiter(char c) { return c != '\0' && std::strchr(kDelimiters, c) != nullptr; }
+
+// A decimal number without sign or leading zero, short enough that strtol
+// could not overflow on it: what strtol makes of it, taken directly.
+bool plainDecimal(char const* s, size_t n, long* value) {
+    if (n == 0 || n > 18 || s[0] < '1' || s[0] > '9')
+        return false;
+    long v = 0;
+    for (size_t i = 0; i < n; i++) {
+        if (!isDigit(s[i]))
+            return false;
+        v = v * 10 + (s[i] - '0');
+    }
+    *value = v;
+    return true;
+}
 
 // Numbers written with a leading "0" are hex or octal. Returns false for
 // any other token; otherwise the value (0 after a reported failure).
@@ -53,16 +69,51 @@ bool Parser::fillLine() {
     for (;;) {
         // The read position never passes the line's NUL, so this is the
         // "at or past the end" test.
-        while (m_line.c_str()[m_pos] == '\0') {
+        while (m_text[m_pos] == '\0') {
             if (m_pp.isEnd())
                 return false;
-            m_line = m_pp.readLine();
+            m_text = m_pp.readLine();
             m_pos = 0;
         }
-        skipBlanks();
-        if (m_line.c_str()[m_pos] != '\0')
+        // skipBlanks, without the call: this runs for every token.
+        char const* s = m_text;
+        int pos = m_pos;
+        while (isBlank(s[pos]))
+            pos++;
+        m_pos = pos;
+        if (s[pos] != '\0')
             return true;
     }
+}
+
+// The rules of appends, applied along the line: the first character is
+// always taken, and white space or the line's end stops every token. An
+// unknown character standing alone passes as a token of its own.
+int Parser::cut() {
+    char const* s = m_text;
+    int const start = m_pos++;
+    char const f = s[start];
+    if (isIdentStart(f)) {
+        while (isIdentChar(s[m_pos]))
+            m_pos++;
+    } else if (f == '0') {
+        char const c = s[m_pos];
+        if (c == 'x' || c == 'X') {
+            m_pos++;
+            while (UT::CVT::isHexDigit(s[m_pos]))
+                m_pos++;
+        } else if (isDigit(c) || c == '.') {
+            m_pos++;
+            while (isDigit(s[m_pos]) || s[m_pos] == '.')
+                m_pos++;
+        }
+    } else if (isDigit(f) || f == '-') {
+        while (isDigit(s[m_pos]) || s[m_pos] == '.')
+            m_pos++;
+    } else if (!isDelimiter(f) && s[m_pos] != '\0' && !isBlank(s[m_pos])) {
+        appends(f, '\0', s[m_pos]);  // reports the character
+    }
+    return start;
 }
 
 mstring Parser::get() {
@@ -73,46 +124,63 @@ mstring Parser::get() {
         v_takenBack.resize(n - 1);
         return token;
     }
-    if (!fillLine())
-        return mstring();
-
-    // The first character is always taken, so only the end of the input
-    // gives an empty token. White space is tested before canAppend: an
-    // unknown character standing alone passes as a token of its own.
     // The token is measured first and copied once, not grown by a
     // character at a time.
-    char const* s = m_line.c_str();
-    int const start = m_pos++;
-    while (s[m_pos] != '\0' && !isBlank(s[m_pos]) &&
-           appends(s[start], m_pos - start > 1 ? s[start + 1] : '\0', s[m_pos]))
-        m_pos++;
+    if (!fillLine())
+        return mstring();
+    int const start = cut();
     mstring token;
-    token.set(s + start, static_cast<unsigned long>(m_pos - start));
+    token.set(m_text + start, static_cast<unsigned long>(m_pos - start));
     return token;
 }
 
 void Parser::takeBack(mstring const& token) { v_takenBack.push_back(token); }
 
 bool Parser::match(mstring const& expected) {
-    mstring token = get();
-    bool same = token == expected;
+    // The token read from the line is compared where it stands: it is
+    // dropped right after, so no string is made for it.
+    bool same;
+    if (v_takenBack.size() > 0) {
+        same = get() == expected;
+    } else if (!fillLine()) {
+        same = expected.empty();
+    } else {
+        int const start = cut();
+        size_t const n = static_cast<size_t>(m_pos - start);
+        char const* e = expected.c_str();
+        same = std::strncmp(e, m_text + start, n) == 0 && e[n] == '\0';
+    }
     if (!same)
         m_pp.error1("expected #1", expected, m_pos);
     return same;
 }
 
 mstring Parser::getName() {
-    mstring token = get();
+    // A token cut here from the line is measured as it is cut; one that
+    // was put back is measured again.
+    mstring token;
+    size_t len = 0;
+    bool const fromLine = v_takenBack.size() == 0;
+    if (!fromLine) {
+        token = get();
+        len = std::strlen(token.c_str());
+    } else if (fillLine()) {
+        int const start = cut();
+        len = static_cast<size_t>(m_pos - start);
+        token.set(m_text + start, static_cast<unsigned long>(len));
+    }
     char const* s = token.c_str();
-    if (!isIdentStart(s[0]))
+    bool const identStart = isIdentStart(s[0]);
+    if (!identStart)
         m_pp.error1("identifier expected, found #1", token, m_pos);
-    // Only a token that was put back can fail here: get() cuts an
-    // identifier at the first other character.
-    size_t len = std::strlen(s);
-    for (size_t i = 1; i < len; i++) {
-        if (!isIdentChar(s[i])) {
-            m_pp.error1("identifier expected, found #1", token, m_pos);
-            break;
+    // A token cut from the line that begins an identifier stops at the
+    // first other character; any other token is looked through.
+    if (!fromLine || !identStart) {
+        for (size_t i = 1; i < len; i++) {
+            if (!isIdentChar(s[i])) {
+                m_pp.error1("identifier expected, found #1", token, m_pos);
+                break;
+            }
         }
     }
     if (len > 0 && s[len - 1] == '_')
@@ -121,7 +189,21 @@ mstring Parser::getName() {
 }
 
 unsigned Parser::getNumEx(bool optional) {
-    mstring token = get();
+    // A plain decimal number read from the line needs no string.
+    if (v_takenBack.size() == 0 && fillLine()) {
+        int const start = cut();
+        size_t const len = static_cast<size_t>(m_pos - start);
+        long value = 0;
+        if (plainDecimal(m_text + start, len, &value))
+            return static_cast<unsigned>(value);
+        mstring token;
+        token.set(m_text + start, static_cast<unsigned long>(len));
+        return toNumber(token, optional);
+    }
+    return toNumber(get(), optional);
+}
+
+unsigned Parser::toNumber(mstring const& token, bool optional) {
     long value = 0;
     if (readZeroNumber(m_pp, m_pos, token, &value))
         return static_cast<unsigned>(value);
@@ -158,7 +240,7 @@ mstring Parser::getQuotedString() {
     if (!fillLine())
         return result;
 
-    char const* s = m_line.c_str();
+    char const* s = m_text;
     if (s[m_pos] == '"')
         m_pos++;
     else
@@ -185,7 +267,7 @@ mstring Parser::getQuotedString() {
 }
 
 void Parser::skipBlanks() {
-    char const* s = m_line.c_str();
+    char const* s = m_text;
     while (isBlank(s[m_pos]))
         m_pos++;
 }
@@ -207,7 +289,7 @@ bool Parser::appends(char f, char second, char c) {
     }
     if (isDigit(f) || f == '-')
         return isDigit(c) || c == '.';
-    if (f != '\0' && std::strchr(kDelimiters, f) != nullptr)
+    if (isDelimiter(f))
         return false;
     // The message names the character behind the unknown one: this check
     // is made when the second character of a token is looked at.

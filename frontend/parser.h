@@ -35,12 +35,18 @@ private:
     // Moves the read position to the next character that is not white
     // space, reading lines as needed; false at the end of the input.
     bool fillLine();
+    // Cuts the token that begins at the read position (fillLine has found
+    // one there) and returns where it began; it ends at the new position.
+    int cut();
+    // getNumEx for a token already read.
+    unsigned toNumber(mstring const& token, bool optional);
     // canAppend for a token that begins with `first` and `second` ('\0' for
     // a token of one character): the rules look no further into it.
     bool appends(char first, char second, char c);
 
     int m_pos = 0;
-    mstring m_line;
+    // The current preprocessed line, owned by the preprocessor.
+    char const* m_text = "";
     PreProcessor m_pp;
     mvector<mstring> v_takenBack;
 };

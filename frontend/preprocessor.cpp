@@ -7,9 +7,7 @@
 // Expanded lines are built in memory; reading a schema creates no file.
 #include "frontend/preprocessor.h"
 
-#include <cctype>
 #include <cstring>
-#include <string>
 
 #include "foundation/ut.h"
 
@@ -22,27 +20,9 @@ unsigned const kMaxIncludeDepth = 100;
 // An expansion this deep is taken for a macro that refers to itself.
 int const kMaxMacroDepth = 21;
 
-bool isBlank(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
-bool isIdentStart(char c) { return c == '_' || std::isalpha(static_cast<unsigned char>(c)); }
-bool isIdentChar(char c) { return c == '_' || std::isalnum(static_cast<unsigned char>(c)); }
-
-// True when nothing is left to read. A look-ahead rather than feof(), which
-// only turns true after a failed read and would add a phantom empty line
-// (and one more line number) behind the last line of every file.
-bool atEnd(FILE* f) {
-    if (f == nullptr)
-        return true;
-    int c = std::getc(f);
-    if (c == EOF)
-        return true;
-    std::ungetc(c, f);
-    return false;
-}
-
-void append(mstring& out, char const* from, char const* to) {
-    if (to > from)
-        out.add(from, static_cast<unsigned long>(to - from));
-}
+using schema_chars::isBlank;
+using schema_chars::isIdentChar;
+using schema_chars::isIdentStart;
 
 }  // namespace
 
@@ -66,14 +46,17 @@ PreProcessor::~PreProcessor() {
             std::fclose(v_files[i]);
     }
     delete m_macros;
+    delete[] m_out;
 }
 
-mstring PreProcessor::readLine() {
+char const* PreProcessor::readLine() {
     if (m_end)
-        return mstring();
+        return "";
     UT::Buf& buf = m_lineBuf;
     for (;;) {
-        while (atEnd(m_file)) {
+        // A read that gets nothing is the end of the file: no empty line
+        // and no line number behind the last line.
+        while (m_file == nullptr || !buf.read(m_file)) {
             if (m_inComment)
                 error("comment is not closed with */", 0);
             unsigned depth = v_files.size();
@@ -81,7 +64,7 @@ mstring PreProcessor::readLine() {
                 if (v_conds.size() != 0)
                     error("no #endif for #if", 0);
                 m_end = true;
-                return mstring();
+                return "";
             }
             // Back to the including file, which may be at its end as well.
             std::fclose(m_file);
@@ -93,7 +76,6 @@ mstring PreProcessor::readLine() {
             v_lines.resize(depth - 1);
         }
 
-        buf.read(m_file);
         m_line++;
         char* text = buf.str();
 
@@ -118,7 +100,28 @@ mstring PreProcessor::readLine() {
     }
 }
 
-mstring PreProcessor::processLine(char const* text) {
+void PreProcessor::reserve(std::size_t n) {
+    if (n <= m_outCap)
+        return;
+    std::size_t cap = m_outCap == 0 ? 256 : m_outCap;
+    while (cap < n)
+        cap *= 2;
+    char* block = new char[cap];
+    if (m_outLen > 0)
+        std::memcpy(block, m_out, m_outLen);
+    delete[] m_out;
+    m_out = block;
+    m_outCap = cap;
+}
+
+void PreProcessor::put(char const* from, std::size_t n) {
+    // One more for the NUL that ends the line.
+    reserve(m_outLen + n + 1);
+    std::memcpy(m_out + m_outLen, from, n);
+    m_outLen += n;
+}
+
+char const* PreProcessor::processLine(char const* text) {
     char const* p = text;
     while (isBlank(*p))
         p++;
@@ -128,7 +131,7 @@ mstring PreProcessor::processLine(char const* text) {
     if (isDirective) {
         // "# ifdef" has an empty word: the blank ends it at once.
         char const* start = ++p;
-        while (std::isalpha(static_cast<unsigned char>(*p)))
+        while (schema_chars::isAlpha(*p))
             p++;
         word.set(start, static_cast<unsigned long>(p - start));
         while (isBlank(*p))
@@ -140,100 +143,111 @@ mstring PreProcessor::processLine(char const* text) {
     setLast();
     if (isDirective) {
         directive(word, arg);
-        return mstring();
+        return "";
     }
     if (!active)
-        return mstring();
+        return "";
 
     // Every identifier goes out expanded, with a blank on either side; all
-    // other text is copied in runs, from `run` up to `s`. The line is built
-    // in a std::string and copied once: an mstring would scan all of it
-    // again for every piece added. Without macros no name needs a look-up.
-    std::string out;
+    // other text is copied as it is. Without macros a line grows at most
+    // threefold (a one-letter name becomes three characters), so room for
+    // that is made once and the characters are written without checks; a
+    // macro's value makes room for itself, and room is made again behind it.
+    // Without macros no name needs a look-up.
     bool const macros = m_macros->size() > 0;
+    m_outLen = 0;
+    reserve(3 * std::strlen(text) + 1);
+    char* o = m_out;
     char prev = 0;
     char const* s = text;
-    char const* run = s;
     while (*s != '\0') {
         char c = *s;
         if (prev == '0' && c != '"') {
             if (c == 'x' || c == 'X') {
                 // The token reader sees one spelling of the hex prefix.
-                out.append(run, static_cast<size_t>(s - run));
-                out += 'x';
-                run = ++s;
+                *o++ = 'x';
+                s++;
                 while (UT::CVT::isHexDigit(*s))
-                    s++;
+                    *o++ = *s++;
                 prev = s[-1];
             } else {
                 // Digits glued to letters make no identifier unless the
                 // word starts with a letter.
+                *o++ = c;
                 prev = c;
                 s++;
             }
         } else if (isIdentStart(c)) {
-            out.append(run, static_cast<size_t>(s - run));
-            char const* start = s;
-            while (isIdentChar(*s))
-                s++;
-            out += ' ';
+            *o++ = ' ';
             if (macros) {
-                mstring name;
-                name.set(start, static_cast<unsigned long>(s - start));
-                out += expand(name, 0).c_str();
+                char const* start = s;
+                while (isIdentChar(*s))
+                    s++;
+                m_outLen = static_cast<size_t>(o - m_out);
+                expand(start, static_cast<size_t>(s - start), 0);
+                reserve(m_outLen + 3 * std::strlen(s) + 2);
+                o = m_out + m_outLen;
             } else {
-                out.append(start, static_cast<size_t>(s - start));
+                do
+                    *o++ = *s++;
+                while (isIdentChar(*s));
             }
-            out += ' ';
+            *o++ = ' ';
             prev = s[-1];
-            run = s;
         } else if (c == '"') {
-            for (s++; *s != '"'; s++) {
+            *o++ = *s++;
+            for (; *s != '"'; s++) {
                 if (*s == '\0') {
                     error("non-terminated string literal", 0);
                     break;
                 }
                 if (*s == '\\' && s[1] != '\0')
-                    s++;
+                    *o++ = *s++;
+                *o++ = *s;
             }
             if (*s == '"')
-                s++;
+                *o++ = *s++;
             prev = s[-1];
         } else {
+            *o++ = c;
             prev = c;
             s++;
         }
     }
-    out.append(run, static_cast<size_t>(s - run));
-    return out.empty() ? mstring() : mstring(out.c_str());
+    m_outLen = static_cast<size_t>(o - m_out);
+    if (m_outLen == 0)
+        return "";
+    *o = '\0';
+    return m_out;
 }
 
-mstring PreProcessor::expand(mstring const& name, int depth) {
-    Macros* macro = findDef(name);
-    if (macro == nullptr)
-        return name;
+void PreProcessor::expand(char const* name, std::size_t n, int depth) {
+    mstring key;
+    key.set(name, n);
+    Macros* macro = findDef(key);
+    if (macro == nullptr) {
+        put(name, n);
+        return;
+    }
     if (depth >= kMaxMacroDepth) {
         error("recursion in macro", 0);
-        return mstring();
+        return;
     }
     // Unlike a line, a value knows no strings and no hex prefixes: only a
     // character behind a "0" is kept from starting an identifier.
-    mstring out;
     char prev = 0;
     char const* s = macro->m_value.c_str();
     char const* run = s;
     while (*s != '\0') {
         char c = *s;
         if (prev != '0' && isIdentStart(c)) {
-            append(out, run, s);
+            put(run, static_cast<size_t>(s - run));
             char const* start = s;
             while (isIdentChar(*s))
                 s++;
-            mstring inner;
-            inner.set(start, static_cast<unsigned long>(s - start));
-            out += ' ';
-            out += expand(inner, depth + 1);
-            out += ' ';
+            put(' ');
+            expand(start, static_cast<size_t>(s - start), depth + 1);
+            put(' ');
             prev = s[-1];
             run = s;
         } else {
@@ -241,8 +255,7 @@ mstring PreProcessor::expand(mstring const& name, int depth) {
             s++;
         }
     }
-    append(out, run, s);
-    return out;
+    put(run, static_cast<size_t>(s - run));
 }
 
 void PreProcessor::directive(mstring const& word, mstring const& arg) {

@@ -5,6 +5,8 @@
 // diagnostic of the grammar reports.
 #pragma once
 
+#include <cctype>
+#include <cstddef>
 #include <cstdio>
 
 #include "foundation/mstring.h"
@@ -12,6 +14,55 @@
 #include "foundation/sets.h"
 #include "foundation/ut.h"
 #include "frontend/diagnostics.h"
+
+// Character classes of the front end. ASCII answers from a table, as the
+// C library answers it in every locale; other bytes still ask the library,
+// which alone knows the current locale's view of them.
+namespace schema_chars {
+
+enum : unsigned char { kBlank = 1, kAlpha = 2, kIdentStart = 4, kIdentChar = 8 };
+
+struct Table {
+    unsigned char c[128];
+    constexpr Table() : c() {
+        for (int i = 0; i < 128; i++) {
+            unsigned char k = 0;
+            if (i == ' ' || (i >= '\t' && i <= '\r'))
+                k |= kBlank;
+            if ((i >= 'a' && i <= 'z') || (i >= 'A' && i <= 'Z'))
+                k |= kAlpha | kIdentStart | kIdentChar;
+            if (i == '_')
+                k |= kIdentStart | kIdentChar;
+            if (i >= '0' && i <= '9')
+                k |= kIdentChar;
+            c[i] = k;
+        }
+    }
+};
+
+inline constexpr Table kTable{};
+
+inline bool isBlank(char c) {
+    unsigned char u = static_cast<unsigned char>(c);
+    return u < 128 ? (kTable.c[u] & kBlank) != 0 : std::isspace(u) != 0;
+}
+inline bool isAlpha(char c) {
+    unsigned char u = static_cast<unsigned char>(c);
+    return u < 128 ? (kTable.c[u] & kAlpha) != 0 : std::isalpha(u) != 0;
+}
+inline bool isDigit(char c) { return c >= '0' && c <= '9'; }
+// A letter or '_'.
+inline bool isIdentStart(char c) {
+    unsigned char u = static_cast<unsigned char>(c);
+    return u < 128 ? (kTable.c[u] & kIdentStart) != 0 : std::isalpha(u) != 0;
+}
+// A letter, a digit or '_'.
+inline bool isIdentChar(char c) {
+    unsigned char u = static_cast<unsigned char>(c);
+    return u < 128 ? (kTable.c[u] & kIdentChar) != 0 : std::isalnum(u) != 0;
+}
+
+}  // namespace schema_chars
 
 class PreProcessor {
 public:
@@ -41,11 +92,10 @@ public:
     PreProcessor(PreProcessor const&) = delete;
     PreProcessor& operator=(PreProcessor const&) = delete;
 
-    // The next line. Empty with isEnd() set means the end of input; empty
-    // alone is a blank or skipped line.
-    mstring readLine();
-    mstring processLine(char const* text);
-    mstring expand(mstring const& name, int depth);
+    // The next line, valid until the next call. Empty with isEnd() set
+    // means the end of input; empty alone is a blank or skipped line.
+    char const* readLine();
+    char const* processLine(char const* text);
     Macros* findDef(mstring const& name);
     void removeDef(mstring const& name);
     void setLast();
@@ -69,6 +119,13 @@ public:
 private:
     // One directive line; every directive gives an empty line.
     void directive(mstring const& word, mstring const& arg);
+    // Puts the name of `n` characters at `name` on the output line, expanded
+    // if it is a macro.
+    void expand(char const* name, std::size_t n, int depth);
+    // Makes room for `n` characters on the output line, keeping those on it.
+    void reserve(std::size_t n);
+    void put(char const* from, std::size_t n);
+    void put(char c) { put(&c, 1); }
     void include(mstring const& arg);
 
     IErrReporter* m_reporter;
@@ -90,4 +147,9 @@ private:
     mvector<mstring> v_included;
     // The line buffer, made once rather than for every line.
     UT::Buf m_lineBuf;
+    // The expanded line, kept from line to line so that it is rarely
+    // allocated; NUL-terminated at m_outLen.
+    char* m_out = nullptr;
+    std::size_t m_outLen = 0;
+    std::size_t m_outCap = 0;
 };

@@ -1,5 +1,6 @@
 #include "host/zylcomp/analyzer.h"
 
+#include <cstddef>
 #include <cstring>
 
 #include "frontend/parser.h"
@@ -36,23 +37,74 @@ char const* const sqlWords[] = {
     "TTL_clock_time"
 };
 
-bool inList(char const* const* list, unsigned n, char const* word) {
-    // The first characters are compared before strcmp is called: most
-    // names differ from most words there.
-    for (unsigned i = 0; i < n; i++)
-        if (list[i][0] == word[0] && std::strcmp(list[i], word) == 0)
-            return true;
-    return false;
+// Both lists in one hash table, built once: a name is looked up by its
+// length and its first and last characters, and compared in full only
+// with the few words that share those.
+class WordTable {
+public:
+    WordTable() {
+        for (unsigned i = 0; i < kBuckets; i++)
+            m_head[i] = -1;
+        for (char const* w : schemaWords)
+            enter(w, false);
+        for (char const* w : sqlWords)
+            enter(w, true);
+    }
+
+    // Whether `word` is in the schema list, or (with `sql`) in the SQL list.
+    bool find(char const* word, bool sql) const {
+        std::size_t n = std::strlen(word);
+        if (n == 0)
+            return false;
+        for (int i = m_head[bucket(word, n)]; i >= 0; i = m_entries[i].next) {
+            Entry const& e = m_entries[i];
+            if (e.len == n && (sql || !e.sql) && std::memcmp(e.text, word, n) == 0)
+                return true;
+        }
+        return false;
+    }
+
+private:
+    static unsigned const kBuckets = 512;
+    static std::size_t const kWords = sizeof schemaWords / sizeof schemaWords[0] + sizeof sqlWords / sizeof sqlWords[0];
+
+    struct Entry {
+        char const* text;
+        std::size_t len;
+        bool sql;
+        int next;
+    };
+
+    static unsigned bucket(char const* w, std::size_t n) {
+        unsigned h = static_cast<unsigned>(n) * 31u + static_cast<unsigned char>(w[0]) * 7u +
+                     static_cast<unsigned char>(w[n - 1]) + static_cast<unsigned char>(w[n / 2]) * 131u;
+        return h % kBuckets;
+    }
+
+    void enter(char const* w, bool sql) {
+        Entry& e = m_entries[m_count];
+        e.text = w;
+        e.len = std::strlen(w);
+        e.sql = sql;
+        unsigned b = bucket(w, e.len);
+        e.next = m_head[b];
+        m_head[b] = static_cast<int>(m_count++);
+    }
+
+    int m_head[kBuckets];
+    Entry m_entries[kWords];
+    unsigned m_count = 0;
+};
+
+WordTable const& wordTable() {
+    static WordTable const table;
+    return table;
 }
 
 }  // namespace
 
 bool Analyzer::isReservedWord(mstring const& word) const {
-    if (inList(schemaWords, sizeof schemaWords / sizeof schemaWords[0], word.c_str()))
-        return true;
-    if (!m_sqlReservedWords)
-        return false;
-    return inList(sqlWords, sizeof sqlWords / sizeof sqlWords[0], word.c_str());
+    return wordTable().find(word.c_str(), m_sqlReservedWords);
 }
 
 void Analyzer::checkIsNotReserved(mstring const& word) {
