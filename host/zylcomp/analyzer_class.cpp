@@ -80,9 +80,9 @@ void Analyzer::addAutoid(Class& c) {
     f.m_position = static_cast<int>(c.v_field.size());
     f.m_containerStruct = &c;
     if (m_keepFieldOrder)
-        c.v_field.insert(m_schema.m_autoOid != 0 ? 1 : 0, f);
+        c.v_field.insert_moved(m_schema.m_autoOid != 0 ? 1 : 0, std::move(f));
     else
-        c.v_field.push_back(f);
+        c.v_field.push_back_moved(std::move(f));
 
     Index index;
     index.m_name = "autoid";

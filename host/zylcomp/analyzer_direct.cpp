@@ -74,14 +74,15 @@ void Analyzer::do_direct_field(Struct* s) {
     }
     markDirect(f, s);
 
-    // Later names share the first one's type and dimension.
+    // Later names share the first one's type and dimension: the record moves
+    // into the struct, and a further name starts again from what was stored.
     for (;;) {
         if (s->findField(name)) {
             error1("field #1 already defined", name);
             return;
         }
-        f.m_name = name;
-        s->v_field.push_back(f);
+        f.m_name = std::move(name);
+        s->v_field.push_back_moved(std::move(f));
         tok = m_parser->get();
         if (tok == ";")
             return;
@@ -89,6 +90,7 @@ void Analyzer::do_direct_field(Struct* s) {
             error("expected , or ;");
             return;
         }
+        f = s->v_field[static_cast<int>(s->v_field.size()) - 1];
         name = m_parser->getName();
         checkIsNotReserved(name);
     }

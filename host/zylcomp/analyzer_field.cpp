@@ -175,17 +175,20 @@ void Analyzer::do_field(Struct* s) {
     markDirect(f, s);
 
     // Every name of the statement is a copy of the same field: type,
-    // dimension, flags, number and position are shared.
+    // dimension, flags, number and position are shared. The record moves
+    // into the struct; a further name starts again from what was stored,
+    // without the initial values of the name before.
     for (;;) {
         if (s->findField(name)) {
             error1("field #1 already defined", name);
             return;
         }
-        f.m_name = name;
-        s->v_field.push_back(f);
+        f.m_name = std::move(name);
+        s->v_field.push_back_moved(std::move(f));
+        Field& stored = s->v_field[static_cast<int>(s->v_field.size()) - 1];
         tok = m_parser->get();
         if (tok == "=") {
-            readInitValues(s->v_field[static_cast<int>(s->v_field.size()) - 1]);
+            readInitValues(stored);
             tok = m_parser->get();
         }
         if (tok == ";")
@@ -194,6 +197,8 @@ void Analyzer::do_field(Struct* s) {
             error("expected , or ;");
             return;
         }
+        f = stored;
+        f.v_init = mvector<mstring>();
         name = m_parser->getName();
         checkIsNotReserved(name);
     }
@@ -260,6 +265,6 @@ void Analyzer::add_indicators(Struct* s) {
         if (s->v_field[static_cast<int>(i)].v_init.size() > 0)
             indicator.v_init.push_back("1");
         s->v_field[static_cast<int>(i)].m_indicator = indicator.m_position;
-        s->v_field.push_back(indicator);
+        s->v_field.push_back_moved(std::move(indicator));
     }
 }
