@@ -102,6 +102,8 @@ private:
 
     // True once an error was reported: for a reporter that returns.
     bool failed() const;
+    // m_parser->match of a fixed token.
+    bool match(char const* token);
 
     // Reports of the grammar and the finishing passes: current file and
     // line (the end of the text, for the passes), no position.

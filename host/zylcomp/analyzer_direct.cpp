@@ -10,7 +10,7 @@
 void Analyzer::do_direct_struct(bool packed) {
     mstring name = m_parser->getName();
     checkIsNotReserved(name);
-    m_parser->match("{");
+    match("{");
     HIComparable hold(new Struct());
     Struct* s = static_cast<Struct*>(hold.get());
     s->m_category = TC_DIRECT;
@@ -34,7 +34,7 @@ void Analyzer::do_direct_struct(bool packed) {
         if (tok.empty())
             return;  // end of input, already reported
     }
-    m_parser->match(";");
+    match(";");
     m_schema.m_types->add(hold);
 }
 
@@ -67,7 +67,7 @@ void Analyzer::do_direct_field(Struct* s) {
             if (size < 1 || size > 65535)
                 error("array size limits");
             f.m_arraySize = static_cast<int>(size);
-            m_parser->match("]");
+            match("]");
         } else {
             m_parser->takeBack(tok);
         }

@@ -2,7 +2,8 @@
 // and the indicator fields of nullable fields.
 #include "host/zylcomp/analyzer.h"
 
-#include "foundation/ut.h"
+#include <cstring>
+
 #include "frontend/parser.h"
 #include "frontend/preprocessor.h"
 
@@ -13,7 +14,7 @@ void Analyzer::readRefClass(Field& f) {
     mstring tok = m_parser->get();
     if (tok == "<") {
         f.m_refClassName = m_parser->get();
-        m_parser->match(">");
+        match(">");
     } else {
         m_parser->takeBack(tok);
     }
@@ -42,7 +43,7 @@ void Analyzer::readInitValues(Field& f) {
         return;
     }
 
-    m_parser->match("{");
+    match("{");
     int left = f.m_arraySize;
     for (;;) {
         mstring tok = m_parser->get();
@@ -53,7 +54,7 @@ void Analyzer::readInitValues(Field& f) {
         }
         f.v_init.push_back(tok);
         if (--left == 0) {
-            m_parser->match("}");
+            match("}");
             return;
         }
         tok = m_parser->get();
@@ -96,7 +97,7 @@ void Analyzer::do_field(Struct* s) {
     } else if (tok == "sequence") {
         if (!s->m_isClass)
             error("Sequence cannot be element of a struct");
-        m_parser->match("<");
+        match("<");
         m_usesSequences = true;
         f.m_typeName = "sequence";
         f.m_elemTypeName = getTypeName(precision);
@@ -118,20 +119,20 @@ void Analyzer::do_field(Struct* s) {
         name = m_parser->getName();
         checkIsNotReserved(name);
     } else if (tok == "vector") {
-        m_parser->match("<");
+        match("<");
         f.m_isVector = true;
         f.m_typeName = getTypeName(precision);
         f.m_precision = precision;
-        m_parser->match(">");
+        match(">");
         readRefClass(f);
         name = m_parser->getName();
         checkIsNotReserved(name);
     } else if (tok == "rectangle" || tok == "rect" || tok == "point") {
         bool rect = tok != "point";
-        m_parser->match("<");
+        match("<");
         f.m_typeName = getTypeName(precision);
         f.m_precision = precision;
-        m_parser->match(">");
+        match(">");
         f.m_isRect = rect;
         f.m_isPoint = !rect;
         name = m_parser->getName();
@@ -142,7 +143,7 @@ void Analyzer::do_field(Struct* s) {
         unsigned dim = m_parser->getNum();
         if (dim < 2 || dim > (rect ? 16u : 8u))
             error("dimension size limits");
-        m_parser->match("]");
+        match("]");
         // A rectangle holds two corners.
         f.m_arraySize = static_cast<int>(rect ? 2 * dim : dim);
     } else {
@@ -165,7 +166,7 @@ void Analyzer::do_field(Struct* s) {
             if ((size < 1 || size > 65535) && !(f.m_isBitmap && size <= 0))
                 error("array size limits");
             f.m_arraySize = size;
-            m_parser->match("]");
+            match("]");
         } else {
             m_parser->takeBack(tok);
             if (f.m_isBitmap)
@@ -211,7 +212,7 @@ mstring Analyzer::getTypeName(int& precision) {
     precision = -1;
 
     if (word == "numeric" || word == "decimal") {
-        m_parser->match("<");
+        match("<");
         unsigned width = m_parser->getNum();
         precision = 0;
         mstring tok = m_parser->get();
@@ -223,7 +224,7 @@ mstring Analyzer::getTypeName(int& precision) {
             error("decimal width not be larger than 19");
         if (precision > static_cast<int>(width))
             error("precision should be smaller than width");
-        m_parser->match(">");
+        match(">");
         return width < 3 ? "signed<1>" : width < 5 ? "signed<2>" : width < 10 ? "signed<4>" : "signed<8>";
     }
 
@@ -231,12 +232,29 @@ mstring Analyzer::getTypeName(int& precision) {
     if (word != "signed" && word != "unsigned" && !isChar && !isBinary && !isNchar)
         return word;  // a struct, enum or base type name; resolved later
 
-    m_parser->match("<");
+    match("<");
     unsigned n = m_parser->getNum();
-    m_parser->match(">");
+    match(">");
     if (!isChar && !isBinary && !isNchar && n != 1 && n != 2 && n != 4 && n != 8)
         error("numerical size must be 1,2,4 or 8");
-    mstring type = word + "<" + UT::n2s(n) + ">";
+    // "word<n>" written straight into one buffer: the word is one of the
+    // five above and n has at most ten digits.
+    char text[32];
+    std::size_t len = std::strlen(word.c_str());
+    std::memcpy(text, word.c_str(), len);
+    text[len++] = '<';
+    char digits[12];
+    int nd = 0;
+    for (unsigned rest = n;; rest /= 10) {
+        digits[nd++] = static_cast<char>('0' + rest % 10);
+        if (rest < 10)
+            break;
+    }
+    while (nd > 0)
+        text[len++] = digits[--nd];
+    text[len++] = '>';
+    text[len] = '\0';
+    mstring type(text);
 
     // Fixed-size character and byte types come into being on first use.
     if ((isChar || isBinary || isNchar) && m_schema.findType(type) == nullptr) {

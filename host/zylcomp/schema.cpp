@@ -83,9 +83,15 @@ Struct& Struct::operator=(Struct const& other) {
 }
 
 Field* Struct::findField(mstring const& name) {
-    for (unsigned i = 0; i < v_field.size(); i++)
-        if (v_field[i].m_name == name)
+    // Every field statement asks this over all fields before it: the first
+    // two characters are compared inline, strcmp only sees names that
+    // agree in them.
+    char const* key = name.c_str();
+    for (unsigned i = 0; i < v_field.size(); i++) {
+        char const* n = v_field[i].m_name.c_str();
+        if (n[0] == key[0] && (n[0] == '\0' || (n[1] == key[1] && (n[1] == '\0' || std::strcmp(n + 2, key + 2) == 0))))
             return &v_field[i];
+    }
     return nullptr;
 }
 
@@ -170,6 +176,11 @@ void Class::addSysField(char const* name, char const* type, bool hidden, char co
 void Class::addIndex(Index const& index) {
     indexNames.insert(index.m_name);
     v_index.push_back(index);
+}
+
+void Class::addIndex(Index&& index) {
+    indexNames.insert(index.m_name);
+    v_index.push_back_moved(std::move(index));
 }
 
 // ---------------------------------------------------------------------------
