@@ -10,17 +10,16 @@ mstring::mstring(char const* s) {
     std::memcpy(m_str, s, n + 1);
 }
 
-mstring::mstring(mstring const& other) {
+void mstring::copyFrom(mstring const& other) {
     char const* s = other.c_str();
     set(s, std::strlen(s));
 }
 
-mstring& mstring::operator=(mstring const& other) {
+void mstring::assignFrom(mstring const& other) {
     if (this != &other) {
         char const* s = other.c_str();
         set(s, std::strlen(s));
     }
-    return *this;
 }
 
 mstring& mstring::operator=(char const* s) {

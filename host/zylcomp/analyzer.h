@@ -133,6 +133,9 @@ private:
     std::uint16_t m_fieldCounter = 1;
     // Some field is a sequence.
     bool m_usesSequences = false;
+    // Direct structs entered into the type set: while there are none, no
+    // field type can be one, and markDirect need not look its type up.
+    int m_directTypes = 0;
     // Structs whose fields struct_finishStructFields is resolving: a struct
     // reached again through its own fields' types is left as it is.
     mvector<Struct*> m_finishing;

@@ -133,6 +133,8 @@ void Analyzer::copyOidStruct() {
     if (ref == nullptr)
         return;
     *ref = *oidType;
+    if (ref->m_isDirect)
+        m_directTypes++;
     ref->m_name = "ref";
     ref->m_category = TC_OID_REF;
 }

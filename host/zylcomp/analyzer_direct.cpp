@@ -35,7 +35,8 @@ void Analyzer::do_direct_struct(bool packed) {
             return;  // end of input, already reported
     }
     match(";");
-    m_schema.m_types->add(hold);
+    if (m_schema.m_types->add(hold))
+        m_directTypes++;
 }
 
 // direct_field -> type name ["[" size "]"] {"," name} ";"

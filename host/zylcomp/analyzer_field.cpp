@@ -21,7 +21,7 @@ void Analyzer::readRefClass(Field& f) {
 }
 
 void Analyzer::markDirect(Field& f, Struct* s) {
-    Struct* type = m_schema.findType(f.m_typeName);
+    Struct* type = m_directTypes > 0 ? m_schema.findType(f.m_typeName) : nullptr;
     f.m_isDirect = type != nullptr && type->m_isDirect;
     if (f.m_isDirect)
         s->m_hasDirect = true;
