@@ -68,8 +68,14 @@ public:
     std::uint64_t capacity() const { return m_cap; }
 
 private:
+    friend mstring operator+(mstring const& a, mstring const& b);
+    friend mstring operator+(mstring const& a, char const* b);
+    friend mstring operator+(char const* a, mstring const& b);
+
     void copyFrom(mstring const& other);
     void assignFrom(mstring const& other);
+    // a followed by b, in the block that set(a) and then add(b) would leave.
+    static mstring joined(char const* a, unsigned long na, char const* b, unsigned long nb);
 
     char* m_str = nullptr;
     std::uint64_t m_cap = 0;
