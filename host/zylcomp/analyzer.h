@@ -65,6 +65,10 @@ private:
     mstring getTypeName(int& precision);
     void add_indicators(Struct* s);
     void markDirect(Field& f, Struct* s);
+    // While a body is read, its fields' vector doubles its block instead of
+    // growing by one per field; once the body is complete, this gives it the
+    // exact block every other growth leaves (capacity equal to size).
+    void fitFieldVector(Struct& s);
 
     // Direct structures (analyzer_direct.cpp).
     void do_direct_struct(bool packed);

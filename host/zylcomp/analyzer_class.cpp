@@ -315,5 +315,6 @@ void Analyzer::do_class(bool compact, mplacement placement, bool local, bool dis
     match(";");
     if (!fitUpdatedBitmap(*c))
         return;
+    fitFieldVector(*c);
     m_schema.m_classes->add(hold);
 }

@@ -210,6 +210,7 @@ void Analyzer::do_struct() {
     }
     add_indicators(s);
     match(";");
+    fitFieldVector(*s);
     m_schema.m_types->add(hold);
 }
 

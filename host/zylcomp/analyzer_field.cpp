@@ -7,6 +7,30 @@
 #include "frontend/parser.h"
 #include "frontend/preprocessor.h"
 
+namespace {
+
+// Spare places for the fields still to come in a body; see fitFieldVector.
+void roomForOneMore(mvector<Field>& v) {
+    std::uint32_t const n = v.size();
+    if (n == v.capacity() && n >= 2) {
+        v.resize(2 * n);
+        v.resize(n);  // shrinking keeps the block and its places
+    }
+}
+
+}  // namespace
+
+void Analyzer::fitFieldVector(Struct& s) {
+    std::uint32_t const n = s.v_field.size();
+    if (s.v_field.capacity() == n)
+        return;
+    mvector<Field> exact;
+    exact.resize(n);
+    for (std::uint32_t i = 0; i < n; i++)
+        exact[static_cast<int>(i)] = std::move(s.v_field[static_cast<int>(i)]);
+    s.v_field = std::move(exact);
+}
+
 // The optional "<C>" behind ref and autoid_t names the class referred to.
 void Analyzer::readRefClass(Field& f) {
     if (f.m_typeName != "autoid_t" && f.m_typeName != "ref")
@@ -185,6 +209,7 @@ void Analyzer::do_field(Struct* s) {
             return;
         }
         f.m_name = std::move(name);
+        roomForOneMore(s->v_field);
         s->v_field.push_back_moved(std::move(f));
         Field& stored = s->v_field[static_cast<int>(s->v_field.size()) - 1];
         tok = m_parser->get();
@@ -283,6 +308,7 @@ void Analyzer::add_indicators(Struct* s) {
         if (s->v_field[static_cast<int>(i)].v_init.size() > 0)
             indicator.v_init.push_back("1");
         s->v_field[static_cast<int>(i)].m_indicator = indicator.m_position;
+        roomForOneMore(s->v_field);
         s->v_field.push_back_moved(std::move(indicator));
     }
 }
