@@ -10,17 +10,16 @@ mstring::mstring(char const* s) {
     std::memcpy(m_str, s, n + 1);
 }
 
-mstring::mstring(mstring const& other) {
+void mstring::copyFrom(mstring const& other) {
     char const* s = other.c_str();
     set(s, std::strlen(s));
 }
 
-mstring& mstring::operator=(mstring const& other) {
+void mstring::assignFrom(mstring const& other) {
     if (this != &other) {
         char const* s = other.c_str();
         set(s, std::strlen(s));
     }
-    return *this;
 }
 
 mstring& mstring::operator=(char const* s) {
@@ -93,25 +92,35 @@ unsigned mstring::length() const {
     return m_str ? static_cast<unsigned>(std::strlen(m_str)) : 0u;
 }
 
-mstring operator+(mstring const& a, mstring const& b) {
+// One block and each length counted once; the capacity is the one the two
+// steps set(a) and add(b) arrive at: b alone gets length + 100; after a
+// non-empty a, b fits the spare 100 bytes or the block is made for the
+// total + 200.
+mstring mstring::joined(char const* a, unsigned long na, char const* b, unsigned long nb) {
     mstring r;
-    r.set(a.c_str(), a.length());
-    r += b;
+    if (na == 0) {
+        r.set(b, nb);
+        return r;
+    }
+    unsigned long const total = na + nb;
+    r.m_cap = nb >= 100 ? total + 200 : na + 100;
+    r.m_str = new char[r.m_cap];
+    std::memcpy(r.m_str, a, na);
+    std::memcpy(r.m_str + na, b, nb);
+    r.m_str[total] = '\0';
     return r;
+}
+
+mstring operator+(mstring const& a, mstring const& b) {
+    return mstring::joined(a.c_str(), a.length(), b.c_str(), b.length());
 }
 
 mstring operator+(mstring const& a, char const* b) {
-    mstring r;
-    r.set(a.c_str(), a.length());
-    r += b;
-    return r;
+    return mstring::joined(a.c_str(), a.length(), b ? b : "", b ? std::strlen(b) : 0);
 }
 
 mstring operator+(char const* a, mstring const& b) {
-    mstring r;
-    r.set(a, std::strlen(a));
-    r += b;
-    return r;
+    return mstring::joined(a, std::strlen(a), b.c_str(), b.length());
 }
 
 bool operator<(mstring const& a, mstring const& b) { return std::strcmp(a.c_str(), b.c_str()) < 0; }

@@ -13,7 +13,12 @@ class mstring {
 public:
     mstring() = default;
     mstring(char const* s);  // NOLINT: implicit on purpose, texts mix freely
-    mstring(mstring const& other);
+    // Copying a null string leaves a null string: that case, the most common
+    // copy of all (records full of unset texts), is decided inline.
+    mstring(mstring const& other) {
+        if (other.m_str != nullptr)
+            copyFrom(other);
+    }
     // A move hands the block over and leaves the source null; only copies
     // go through set and its capacity rule. Moves and the destructor are
     // inline: vectors of records that hold strings run them by the thousand.
@@ -26,7 +31,11 @@ public:
             delete[] m_str;
     }
 
-    mstring& operator=(mstring const& other);
+    mstring& operator=(mstring const& other) {
+        if (other.m_str != nullptr || m_str != nullptr)
+            assignFrom(other);
+        return *this;
+    }
     mstring& operator=(mstring&& other) noexcept {
         if (this != &other) {
             if (m_str != nullptr)
@@ -59,6 +68,15 @@ public:
     std::uint64_t capacity() const { return m_cap; }
 
 private:
+    friend mstring operator+(mstring const& a, mstring const& b);
+    friend mstring operator+(mstring const& a, char const* b);
+    friend mstring operator+(char const* a, mstring const& b);
+
+    void copyFrom(mstring const& other);
+    void assignFrom(mstring const& other);
+    // a followed by b, in the block that set(a) and then add(b) would leave.
+    static mstring joined(char const* a, unsigned long na, char const* b, unsigned long nb);
+
     char* m_str = nullptr;
     std::uint64_t m_cap = 0;
 };

@@ -71,7 +71,20 @@ public:
         m_data[m_size - 1] = v;
     }
 
-    void insert(int pos, T const& v) {
+    // push_back and insert, growing the same way, but the new element takes
+    // over v's contents instead of copying them; v is left as a move leaves
+    // it. Named apart so that a temporary handed to push_back is still copied.
+    void push_back_moved(T&& v) {
+        resize(m_size + 1);
+        m_data[m_size - 1] = std::move(v);
+    }
+
+    void insert(int pos, T const& v) { insertWith(pos, v); }
+    void insert_moved(int pos, T&& v) { insertWith(pos, std::move(v)); }
+
+private:
+    template <class V>
+    void insertWith(int pos, V&& v) {
         if (m_size + 1 > m_cap) {
             // Growing: each old element is moved once, straight to its final
             // place, and not once into the new block and again up by one.
@@ -83,7 +96,7 @@ public:
                 block[i] = std::move(m_data[i]);
             for (std::uint32_t i = static_cast<std::uint32_t>(pos); i < m_size; i++)
                 block[i + 1] = std::move(m_data[i]);
-            block[pos] = v;
+            block[pos] = std::forward<V>(v);
             delete[] m_data;
             m_data = block;
             m_size = m_cap = n;
@@ -93,10 +106,9 @@ public:
         // Each place is overwritten right after it is read: moved, not copied.
         for (int i = static_cast<int>(m_size) - 1; i > pos; i--)
             m_data[i] = std::move(m_data[i - 1]);
-        m_data[pos] = v;
+        m_data[pos] = std::forward<V>(v);
     }
 
-private:
     void copyFrom(mvector const& other) {
         if (other.m_size == 0)
             return;

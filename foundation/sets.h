@@ -88,6 +88,11 @@ public:
     virtual bool add(HIComparable const& h) = 0;
     virtual HIComparable* find(HIComparable const& key) = 0;
     virtual HIComparable* find(IComparable const& key) = 0;
+    // Look-up without a key object: `compare(element, key)` answers below,
+    // at or above zero as the element orders before, equal to or after the
+    // key, in the same order as `less`.
+    using Compare = int (*)(IComparable const* element, void const* key);
+    virtual HIComparable* find(Compare compare, void const* key) = 0;
     virtual unsigned size() const = 0;
     virtual void remove(IComparable const& key) = 0;
     // A new cursor at the first element in order of insertion; the caller owns it.
@@ -102,18 +107,24 @@ public:
     bool add(HIComparable const& h) override;
     HIComparable* find(HIComparable const& key) override;
     HIComparable* find(IComparable const& key) override;
+    HIComparable* find(Compare compare, void const* key) override;
     unsigned size() const override;
     void remove(IComparable const& key) override;
     Pos* first() const override;
 
-    mvector<HIComparable> const& inOrder() const { return v_inOrder; }
+    // The element added i-th; i below size().
+    HIComparable const& inOrder(unsigned i) const { return v_inOrder[static_cast<int>(i)]; }
 
 private:
     // Index of the first element of the sorted view that is not less than key.
     unsigned lowerBound(IComparable const& key) const;
 
+    // Both views keep spare null places behind their elements: a set that
+    // grew its blocks by one element would copy itself on every add.
     mvector<HIComparable> v_inOrder;
     mvector<HIComparable> v_sorted;
+    unsigned m_inOrderCount = 0;
+    unsigned m_sortedCount = 0;
 };
 
 class PosImpl : public ISet::Pos {

@@ -65,6 +65,10 @@ private:
     mstring getTypeName(int& precision);
     void add_indicators(Struct* s);
     void markDirect(Field& f, Struct* s);
+    // While a body is read, its fields' vector doubles its block instead of
+    // growing by one per field; once the body is complete, this gives it the
+    // exact block every other growth leaves (capacity equal to size).
+    void fitFieldVector(Struct& s);
 
     // Direct structures (analyzer_direct.cpp).
     void do_direct_struct(bool packed);
@@ -102,6 +106,8 @@ private:
 
     // True once an error was reported: for a reporter that returns.
     bool failed() const;
+    // m_parser->match of a fixed token.
+    bool match(char const* token);
 
     // Reports of the grammar and the finishing passes: current file and
     // line (the end of the text, for the passes), no position.
@@ -131,6 +137,9 @@ private:
     std::uint16_t m_fieldCounter = 1;
     // Some field is a sequence.
     bool m_usesSequences = false;
+    // Direct structs entered into the type set: while there are none, no
+    // field type can be one, and markDirect need not look its type up.
+    int m_directTypes = 0;
     // Structs whose fields struct_finishStructFields is resolving: a struct
     // reached again through its own fields' types is left as it is.
     mvector<Struct*> m_finishing;

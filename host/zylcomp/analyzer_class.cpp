@@ -66,7 +66,7 @@ void Analyzer::addIotFields(Class& c) {
         for (char const* key : ix.keys)
             if (key)
                 index.addField(key);
-        c.addIndex(index);
+        c.addIndex(std::move(index));
     }
 }
 
@@ -80,9 +80,9 @@ void Analyzer::addAutoid(Class& c) {
     f.m_position = static_cast<int>(c.v_field.size());
     f.m_containerStruct = &c;
     if (m_keepFieldOrder)
-        c.v_field.insert(m_schema.m_autoOid != 0 ? 1 : 0, f);
+        c.v_field.insert_moved(m_schema.m_autoOid != 0 ? 1 : 0, std::move(f));
     else
-        c.v_field.push_back(f);
+        c.v_field.push_back_moved(std::move(f));
 
     Index index;
     index.m_name = "autoid";
@@ -93,7 +93,7 @@ void Analyzer::addAutoid(Class& c) {
     index.v_desc.push_back(false);
     index.v_nocase.push_back(false);
     index.v_collation.push_back(mstring());
-    c.addIndex(index);
+    c.addIndex(std::move(index));
 }
 
 // Sizes the updated_bitmap field from the number of fields n: one bit per
@@ -152,7 +152,7 @@ void Analyzer::do_class(bool compact, mplacement placement, bool local, bool dis
         SysIndex index("timestamp_idx@", IT_TREE, false);
         c->addSysField("timestamp@", "unsigned<8>", true, nullptr);
         index.addField("timestamp@");
-        c->addIndex(index);
+        c->addIndex(std::move(index));
     }
     if (iotType != IOT_NONE)
         addIotFields(*c);
@@ -178,7 +178,7 @@ void Analyzer::do_class(bool compact, mplacement placement, bool local, bool dis
             }
         }
     }
-    m_parser->match("{");
+    match("{");
     c->m_name = name;
     if (distributed && m_schema.m_autoOid == 0) {
         error1("Class #1 declared as distributed, but auto_oid undeclared", name);
@@ -263,7 +263,7 @@ void Analyzer::do_class(bool compact, mplacement placement, bool local, bool dis
             error("Invalid syntax");
 
         if (tok == "list" || tok == "sequences") {
-            m_parser->match(";");
+            match(";");
             if (c->m_hasList)
                 error("list already declared");
             c->m_hasList = true;
@@ -271,33 +271,33 @@ void Analyzer::do_class(bool compact, mplacement placement, bool local, bool dis
             Index list;
             list.m_name = "list_index_";
             list.m_unique = true;
-            c->addIndex(list);
+            c->addIndex(std::move(list));
         } else if (tok == "oid" || tok == "OID") {
             if (tok == "OID")
                 warning("OID is deprecated, use oid instead");
             if (c->m_hasOid)
                 error("oid already declared");
             c->m_hasOid = true;
-            m_parser->match(";");
+            match(";");
         } else if (tok == "autoid") {
             if (c->m_hasAutoid)
                 error("autoid already declared");
             c->m_hasAutoid = true;
-            m_parser->match("[");
+            match("[");
             c->m_autoidEstimate = static_cast<int>(m_parser->getNum());
-            m_parser->match("]");
+            match("]");
             if (c->m_autoidEstimate < 1)
                 error("estimated count value is not valid for the autoid");
-            m_parser->match(";");
+            match(";");
             addAutoid(*c);
         } else if (tok == "history") {
             // Read and dropped: m_hasHistory stays false, so no history
             // index is ever built.
             warning("History is not currently supported");
-            m_parser->match("[");
+            match("[");
             m_parser->getNum();
-            m_parser->match("]");
-            m_parser->match(";");
+            match("]");
+            match(";");
         } else if (tok == "event") {
             do_event(*c);
         } else if (tok == "TTL_count" || tok == "TTL_clock_time") {
@@ -312,8 +312,9 @@ void Analyzer::do_class(bool compact, mplacement placement, bool local, bool dis
     }
 
     add_indicators(c);
-    m_parser->match(";");
+    match(";");
     if (!fitUpdatedBitmap(*c))
         return;
+    fitFieldVector(*c);
     m_schema.m_classes->add(hold);
 }

@@ -133,6 +133,8 @@ void Analyzer::copyOidStruct() {
     if (ref == nullptr)
         return;
     *ref = *oidType;
+    if (ref->m_isDirect)
+        m_directTypes++;
     ref->m_name = "ref";
     ref->m_category = TC_OID_REF;
 }
@@ -145,7 +147,7 @@ void Analyzer::do_declare() {
         if (!m_schema.m_dbName.empty())
             error("database already declared");
         m_schema.m_dbName = m_parser->getName();
-        m_parser->match(";");
+        match(";");
         // From here a failed compile removes this database's output files.
         if (m_onDbName)
             m_onDbName->dbnameFound(m_schema.m_dbName);
@@ -156,13 +158,13 @@ void Analyzer::do_declare() {
             error("oid already declared");
         int precision;
         m_schema.m_idType = getTypeName(precision);
-        m_parser->match("[");
+        match("[");
         unsigned estimate = m_parser->getNum();
-        m_parser->match("]");
+        match("]");
         if (estimate == 0)
             error("oid estimated count value is not valid");
         m_schema.m_oidEstimate = static_cast<int>(estimate);
-        m_parser->match(";");
+        match(";");
         // A placeholder until the end of the text, when it becomes a copy
         // of the oid type.
         Struct* ref = new Struct();
@@ -174,13 +176,13 @@ void Analyzer::do_declare() {
         // Both keys say "HA"; the message table turns them into auto_oid.
         if (m_schema.m_autoOid != 0)
             error("duplicate HA [estimation]");
-        m_parser->match("[");
+        match("[");
         unsigned estimate = m_parser->getNum();
-        m_parser->match("]");
+        match("]");
         if (estimate == 0)
             error("HA estimated count value is not valid");
         m_schema.m_autoOid = static_cast<int>(estimate);
-        m_parser->match(";");
+        match(";");
     } else {
         error("invalid declare statement");
     }
@@ -190,7 +192,7 @@ void Analyzer::do_declare() {
 void Analyzer::do_struct() {
     mstring name = m_parser->getName();
     checkIsNotReserved(name);
-    m_parser->match("{");
+    match("{");
     HIComparable hold(new Struct());
     Struct* s = static_cast<Struct*>(hold.get());
     if (m_schema.findType(name)) {
@@ -207,7 +209,8 @@ void Analyzer::do_struct() {
             return;  // end of input, already reported
     }
     add_indicators(s);
-    m_parser->match(";");
+    match(";");
+    fitFieldVector(*s);
     m_schema.m_types->add(hold);
 }
 
@@ -219,7 +222,7 @@ void Analyzer::do_enum() {
         error1("type #1 already defined", name);
     HIComparable hold(new Enum(name));
     Enum* e = static_cast<Enum*>(hold.get());
-    m_parser->match("{");
+    match("{");
 
     // The implicit value counts positions and ignores explicit values:
     // in { A = 10, B } B is 1. Deliberate; do not make it continue from 10.
@@ -251,7 +254,7 @@ void Analyzer::do_enum() {
         e->v_elem.push_back(elem);
         count++;
     }
-    m_parser->match(";");
+    match(";");
 
     // Signed 16-bit limits even where the values would fit unsigned ones:
     // 40000 takes 4 bytes.
@@ -270,7 +273,7 @@ void Analyzer::do_calculator() {
     // The message carries its own line end.
     if (m_schema.m_hasCalculator)
         error("Each schema may have only one calculator.\n");
-    m_parser->match("{");
+    match("{");
     mstring tok = m_parser->get();
     // An empty list declares nothing and reads no ";": a ";" behind it is
     // then an unexpected token of the top level.
@@ -287,15 +290,15 @@ void Analyzer::do_calculator() {
             error1("class #1 doesn't exiests", entry.m_className);
         if (m_schema.m_calculatorClassNames.find(entry.m_className))
             error1("duplicate class #1 in calculator", entry.m_className);
-        m_parser->match("<");
+        match("<");
         entry.m_count = m_parser->getNum();
-        m_parser->match(">");
+        match(">");
         entries.push_back(entry);
         m_schema.m_calculatorClassNames.insert(entry.m_className);
 
         tok = m_parser->get();
         if (tok == "}") {
-            m_parser->match(";");
+            match(";");
             m_schema.v_calculator = entries;
             m_schema.m_hasCalculator = true;
             return;
@@ -315,16 +318,16 @@ void Analyzer::do_iot() {
     mstring kind = m_parser->get();
     if (kind == "server") {
         m_schema.m_iotLevel = 1;
-        m_parser->match(";");
+        match(";");
         m_schema.m_agentId = "1";
         return;
     }
     if (kind == "device") {
         m_schema.m_iotLevel = 65535;
     } else if (kind == "router") {
-        m_parser->match("<");
+        match("<");
         unsigned level = m_parser->getNum();
-        m_parser->match(">");
+        match(">");
         if (level < 2 || level > 65534)
             error2("Router level must be in interval #1 - #2", "2", "65534");
         m_schema.m_iotLevel = static_cast<std::uint16_t>(level);
@@ -339,5 +342,5 @@ void Analyzer::do_iot() {
     if (!UT::CVT::s2u8(agent.c_str(), &id))
         error("expected agent ID");
     m_schema.m_agentId = agent;
-    m_parser->match(";");
+    match(";");
 }

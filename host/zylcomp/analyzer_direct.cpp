@@ -10,7 +10,7 @@
 void Analyzer::do_direct_struct(bool packed) {
     mstring name = m_parser->getName();
     checkIsNotReserved(name);
-    m_parser->match("{");
+    match("{");
     HIComparable hold(new Struct());
     Struct* s = static_cast<Struct*>(hold.get());
     s->m_category = TC_DIRECT;
@@ -34,8 +34,9 @@ void Analyzer::do_direct_struct(bool packed) {
         if (tok.empty())
             return;  // end of input, already reported
     }
-    m_parser->match(";");
-    m_schema.m_types->add(hold);
+    match(";");
+    if (m_schema.m_types->add(hold))
+        m_directTypes++;
 }
 
 // direct_field -> type name ["[" size "]"] {"," name} ";"
@@ -67,21 +68,22 @@ void Analyzer::do_direct_field(Struct* s) {
             if (size < 1 || size > 65535)
                 error("array size limits");
             f.m_arraySize = static_cast<int>(size);
-            m_parser->match("]");
+            match("]");
         } else {
             m_parser->takeBack(tok);
         }
     }
     markDirect(f, s);
 
-    // Later names share the first one's type and dimension.
+    // Later names share the first one's type and dimension: the record moves
+    // into the struct, and a further name starts again from what was stored.
     for (;;) {
         if (s->findField(name)) {
             error1("field #1 already defined", name);
             return;
         }
-        f.m_name = name;
-        s->v_field.push_back(f);
+        f.m_name = std::move(name);
+        s->v_field.push_back_moved(std::move(f));
         tok = m_parser->get();
         if (tok == ";")
             return;
@@ -89,6 +91,7 @@ void Analyzer::do_direct_field(Struct* s) {
             error("expected , or ;");
             return;
         }
+        f = s->v_field[static_cast<int>(s->v_field.size()) - 1];
         name = m_parser->getName();
         checkIsNotReserved(name);
     }

@@ -7,7 +7,7 @@
 
 // event -> "event" "<" ("new"|"delete"|"delete_all"|"checkpoint"|"update"|field "update") ">" name ";"
 void Analyzer::do_event(Class& c) {
-    m_parser->match("<");
+    match("<");
     Event ev;
     mstring what = m_parser->get();
     if (what == "new") {
@@ -27,7 +27,7 @@ void Analyzer::do_event(Class& c) {
         }
         ev.m_kind = EV_UPDATE;
         ev.m_fieldName = what;
-        m_parser->match("update");
+        match("update");
         for (unsigned i = 0; i < c.v_event.size(); i++) {
             if (c.v_event[i].m_fieldName == what) {
                 error1("update #1 event already defined", what);
@@ -35,9 +35,9 @@ void Analyzer::do_event(Class& c) {
             }
         }
     }
-    m_parser->match(">");
+    match(">");
     ev.m_name = m_parser->getName();
-    m_parser->match(";");
+    match(";");
     // Event names are unique across the whole schema.
     if (m_schema.m_eventNames.find(ev.m_name)) {
         error1("event #1 already defined", ev.m_name);
@@ -86,6 +86,6 @@ void Analyzer::do_ttl(Class& c) {
     SysIndex index(indexName, IT_TREE, unique);
     c.addSysField(fieldName, "unsigned<8>", true, value.c_str());
     index.addField(fieldName);
-    c.addIndex(index);
-    m_parser->match(";");
+    c.addIndex(std::move(index));
+    match(";");
 }

@@ -2,9 +2,34 @@
 // and the indicator fields of nullable fields.
 #include "host/zylcomp/analyzer.h"
 
-#include "foundation/ut.h"
+#include <cstring>
+
 #include "frontend/parser.h"
 #include "frontend/preprocessor.h"
+
+namespace {
+
+// Spare places for the fields still to come in a body; see fitFieldVector.
+void roomForOneMore(mvector<Field>& v) {
+    std::uint32_t const n = v.size();
+    if (n == v.capacity() && n >= 2) {
+        v.resize(2 * n);
+        v.resize(n);  // shrinking keeps the block and its places
+    }
+}
+
+}  // namespace
+
+void Analyzer::fitFieldVector(Struct& s) {
+    std::uint32_t const n = s.v_field.size();
+    if (s.v_field.capacity() == n)
+        return;
+    mvector<Field> exact;
+    exact.resize(n);
+    for (std::uint32_t i = 0; i < n; i++)
+        exact[static_cast<int>(i)] = std::move(s.v_field[static_cast<int>(i)]);
+    s.v_field = std::move(exact);
+}
 
 // The optional "<C>" behind ref and autoid_t names the class referred to.
 void Analyzer::readRefClass(Field& f) {
@@ -13,14 +38,14 @@ void Analyzer::readRefClass(Field& f) {
     mstring tok = m_parser->get();
     if (tok == "<") {
         f.m_refClassName = m_parser->get();
-        m_parser->match(">");
+        match(">");
     } else {
         m_parser->takeBack(tok);
     }
 }
 
 void Analyzer::markDirect(Field& f, Struct* s) {
-    Struct* type = m_schema.findType(f.m_typeName);
+    Struct* type = m_directTypes > 0 ? m_schema.findType(f.m_typeName) : nullptr;
     f.m_isDirect = type != nullptr && type->m_isDirect;
     if (f.m_isDirect)
         s->m_hasDirect = true;
@@ -42,7 +67,7 @@ void Analyzer::readInitValues(Field& f) {
         return;
     }
 
-    m_parser->match("{");
+    match("{");
     int left = f.m_arraySize;
     for (;;) {
         mstring tok = m_parser->get();
@@ -53,7 +78,7 @@ void Analyzer::readInitValues(Field& f) {
         }
         f.v_init.push_back(tok);
         if (--left == 0) {
-            m_parser->match("}");
+            match("}");
             return;
         }
         tok = m_parser->get();
@@ -96,7 +121,7 @@ void Analyzer::do_field(Struct* s) {
     } else if (tok == "sequence") {
         if (!s->m_isClass)
             error("Sequence cannot be element of a struct");
-        m_parser->match("<");
+        match("<");
         m_usesSequences = true;
         f.m_typeName = "sequence";
         f.m_elemTypeName = getTypeName(precision);
@@ -118,20 +143,20 @@ void Analyzer::do_field(Struct* s) {
         name = m_parser->getName();
         checkIsNotReserved(name);
     } else if (tok == "vector") {
-        m_parser->match("<");
+        match("<");
         f.m_isVector = true;
         f.m_typeName = getTypeName(precision);
         f.m_precision = precision;
-        m_parser->match(">");
+        match(">");
         readRefClass(f);
         name = m_parser->getName();
         checkIsNotReserved(name);
     } else if (tok == "rectangle" || tok == "rect" || tok == "point") {
         bool rect = tok != "point";
-        m_parser->match("<");
+        match("<");
         f.m_typeName = getTypeName(precision);
         f.m_precision = precision;
-        m_parser->match(">");
+        match(">");
         f.m_isRect = rect;
         f.m_isPoint = !rect;
         name = m_parser->getName();
@@ -142,7 +167,7 @@ void Analyzer::do_field(Struct* s) {
         unsigned dim = m_parser->getNum();
         if (dim < 2 || dim > (rect ? 16u : 8u))
             error("dimension size limits");
-        m_parser->match("]");
+        match("]");
         // A rectangle holds two corners.
         f.m_arraySize = static_cast<int>(rect ? 2 * dim : dim);
     } else {
@@ -165,7 +190,7 @@ void Analyzer::do_field(Struct* s) {
             if ((size < 1 || size > 65535) && !(f.m_isBitmap && size <= 0))
                 error("array size limits");
             f.m_arraySize = size;
-            m_parser->match("]");
+            match("]");
         } else {
             m_parser->takeBack(tok);
             if (f.m_isBitmap)
@@ -175,17 +200,21 @@ void Analyzer::do_field(Struct* s) {
     markDirect(f, s);
 
     // Every name of the statement is a copy of the same field: type,
-    // dimension, flags, number and position are shared.
+    // dimension, flags, number and position are shared. The record moves
+    // into the struct; a further name starts again from what was stored,
+    // without the initial values of the name before.
     for (;;) {
         if (s->findField(name)) {
             error1("field #1 already defined", name);
             return;
         }
-        f.m_name = name;
-        s->v_field.push_back(f);
+        f.m_name = std::move(name);
+        roomForOneMore(s->v_field);
+        s->v_field.push_back_moved(std::move(f));
+        Field& stored = s->v_field[static_cast<int>(s->v_field.size()) - 1];
         tok = m_parser->get();
         if (tok == "=") {
-            readInitValues(s->v_field[static_cast<int>(s->v_field.size()) - 1]);
+            readInitValues(stored);
             tok = m_parser->get();
         }
         if (tok == ";")
@@ -194,6 +223,8 @@ void Analyzer::do_field(Struct* s) {
             error("expected , or ;");
             return;
         }
+        f = stored;
+        f.v_init = mvector<mstring>();
         name = m_parser->getName();
         checkIsNotReserved(name);
     }
@@ -206,7 +237,7 @@ mstring Analyzer::getTypeName(int& precision) {
     precision = -1;
 
     if (word == "numeric" || word == "decimal") {
-        m_parser->match("<");
+        match("<");
         unsigned width = m_parser->getNum();
         precision = 0;
         mstring tok = m_parser->get();
@@ -218,7 +249,7 @@ mstring Analyzer::getTypeName(int& precision) {
             error("decimal width not be larger than 19");
         if (precision > static_cast<int>(width))
             error("precision should be smaller than width");
-        m_parser->match(">");
+        match(">");
         return width < 3 ? "signed<1>" : width < 5 ? "signed<2>" : width < 10 ? "signed<4>" : "signed<8>";
     }
 
@@ -226,12 +257,29 @@ mstring Analyzer::getTypeName(int& precision) {
     if (word != "signed" && word != "unsigned" && !isChar && !isBinary && !isNchar)
         return word;  // a struct, enum or base type name; resolved later
 
-    m_parser->match("<");
+    match("<");
     unsigned n = m_parser->getNum();
-    m_parser->match(">");
+    match(">");
     if (!isChar && !isBinary && !isNchar && n != 1 && n != 2 && n != 4 && n != 8)
         error("numerical size must be 1,2,4 or 8");
-    mstring type = word + "<" + UT::n2s(n) + ">";
+    // "word<n>" written straight into one buffer: the word is one of the
+    // five above and n has at most ten digits.
+    char text[32];
+    std::size_t len = std::strlen(word.c_str());
+    std::memcpy(text, word.c_str(), len);
+    text[len++] = '<';
+    char digits[12];
+    int nd = 0;
+    for (unsigned rest = n;; rest /= 10) {
+        digits[nd++] = static_cast<char>('0' + rest % 10);
+        if (rest < 10)
+            break;
+    }
+    while (nd > 0)
+        text[len++] = digits[--nd];
+    text[len++] = '>';
+    text[len] = '\0';
+    mstring type(text);
 
     // Fixed-size character and byte types come into being on first use.
     if ((isChar || isBinary || isNchar) && m_schema.findType(type) == nullptr) {
@@ -260,6 +308,7 @@ void Analyzer::add_indicators(Struct* s) {
         if (s->v_field[static_cast<int>(i)].v_init.size() > 0)
             indicator.v_init.push_back("1");
         s->v_field[static_cast<int>(i)].m_indicator = indicator.m_position;
-        s->v_field.push_back(indicator);
+        roomForOneMore(s->v_field);
+        s->v_field.push_back_moved(std::move(indicator));
     }
 }

@@ -9,7 +9,7 @@
 // The estimate is there for hash indexes only, and mandatory for them.
 void Analyzer::do_index_declaration(Class& c, IndexType kind, bool unique, bool voluntary, bool userdef,
                                     bool thick, bool inclusive) {
-    m_parser->match("<");
+    match("<");
     Index idx;
     idx.m_type = kind;
     idx.m_unique = unique;
@@ -25,14 +25,14 @@ void Analyzer::do_index_declaration(Class& c, IndexType kind, bool unique, bool 
         error1("index #1 already defined", idx.m_name);
     c.indexNames.insert(idx.m_name);
     if (kind == IT_HASH) {
-        m_parser->match("[");
+        match("[");
         idx.ecount = static_cast<int>(m_parser->getNum());
-        m_parser->match("]");
+        match("]");
         if (idx.ecount < 1)
             error1("estimated count value is not valid for the hash index #1", idx.m_name);
     }
-    m_parser->match(";");
-    c.v_index.push_back(idx);
+    match(";");
+    c.v_index.push_back_moved(std::move(idx));
 }
 
 // keys -> "*" | key {"," key}
@@ -67,7 +67,7 @@ void Analyzer::do_indexFields(Index& idx, Class& c) {
             path += step;
             tok = m_parser->get();
         }
-        idx.v_fieldName.push_back(path);
+        idx.v_fieldName.push_back_moved(std::move(path));
 
         bool desc = false;
         bool nocase = false;
@@ -106,7 +106,7 @@ void Analyzer::do_indexFields(Index& idx, Class& c) {
                 coll->m_onlyTree = false;
             tok = m_parser->get();
         }
-        idx.v_collation.push_back(collation);
+        idx.v_collation.push_back_moved(std::move(collation));
 
         if (kind == IT_RTREE && tok != ">")
             error("rtree index specification error");

@@ -136,7 +136,7 @@ void Analyzer::addImplicitList(Class& c) {
     list.m_implicitList = true;
     list.m_type = m_keepFieldOrder ? IT_TREE : IT_LIST;
     c.m_hasList = true;
-    c.addIndex(list);
+    c.addIndex(std::move(list));
 }
 
 // Resolves one key part, a dotted path from the class down, into its

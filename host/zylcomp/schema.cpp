@@ -1,6 +1,8 @@
 #include "host/zylcomp/schema.h"
 
 #include <cassert>
+#include <cstring>
+#include <utility>
 
 // ---------------------------------------------------------------------------
 // Ordering: every set of the model is keyed by name.
@@ -81,9 +83,15 @@ Struct& Struct::operator=(Struct const& other) {
 }
 
 Field* Struct::findField(mstring const& name) {
-    for (unsigned i = 0; i < v_field.size(); i++)
-        if (v_field[i].m_name == name)
+    // Every field statement asks this over all fields before it: the first
+    // two characters are compared inline, strcmp only sees names that
+    // agree in them.
+    char const* key = name.c_str();
+    for (unsigned i = 0; i < v_field.size(); i++) {
+        char const* n = v_field[i].m_name.c_str();
+        if (n[0] == key[0] && (n[0] == '\0' || (n[1] == key[1] && (n[1] == '\0' || std::strcmp(n + 2, key + 2) == 0))))
             return &v_field[i];
+    }
     return nullptr;
 }
 
@@ -162,12 +170,17 @@ void Class::addSysField(char const* name, char const* type, bool hidden, char co
     f.m_position = static_cast<int>(v_field.size());
     if (initial != nullptr)
         f.v_init.push_back(initial);
-    v_field.push_back(f);
+    v_field.push_back_moved(std::move(f));
 }
 
 void Class::addIndex(Index const& index) {
     indexNames.insert(index.m_name);
     v_index.push_back(index);
+}
+
+void Class::addIndex(Index&& index) {
+    indexNames.insert(index.m_name);
+    v_index.push_back_moved(std::move(index));
 }
 
 // ---------------------------------------------------------------------------
@@ -213,31 +226,30 @@ Schema::~Schema() {
     delete m_types;
 }
 
-Struct* Schema::findType(mstring const& name) const {
-    Struct key;
-    key.m_name = name;
-    HIComparable* found = m_types->find(key);
-    return found ? static_cast<Struct*>(found->get()) : nullptr;
+// The look-ups compare the name straight against each element's name, in
+// the order `less` keeps: no key record (and no copy of the name) is built.
+namespace {
+
+template <class T>
+int compareName(IComparable const* element, void const* key) {
+    return std::strcmp(static_cast<T const*>(element)->m_name.c_str(), static_cast<char const*>(key));
 }
 
-Class* Schema::findClass(mstring const& name) const {
-    Class key;
-    key.m_name = name;
-    HIComparable* found = m_classes->find(key);
-    return found ? static_cast<Class*>(found->get()) : nullptr;
+template <class T>
+T* findNamed(ISet* set, mstring const& name) {
+    HIComparable* found = set->find(&compareName<T>, name.c_str());
+    return found ? static_cast<T*>(found->get()) : nullptr;
 }
 
-Enum* Schema::findEnum(mstring const& name) const {
-    Enum key(name);
-    HIComparable* found = m_enums->find(key);
-    return found ? static_cast<Enum*>(found->get()) : nullptr;
-}
+}  // namespace
 
-Collation* Schema::findCollation(mstring const& name) const {
-    Collation key(name);
-    HIComparable* found = m_collations->find(key);
-    return found ? static_cast<Collation*>(found->get()) : nullptr;
-}
+Struct* Schema::findType(mstring const& name) const { return findNamed<Struct>(m_types, name); }
+
+Class* Schema::findClass(mstring const& name) const { return findNamed<Class>(m_classes, name); }
+
+Enum* Schema::findEnum(mstring const& name) const { return findNamed<Enum>(m_enums, name); }
+
+Collation* Schema::findCollation(mstring const& name) const { return findNamed<Collation>(m_collations, name); }
 
 bool Schema::enumNameToInteger(mstring const& name, long* out) {
     if (!m_enumValueNames.find(name))

@@ -373,8 +373,10 @@ public:
     // Appends a field the compiler makes itself. No field number, no
     // duplicate test; `initial` null means no initial value.
     void addSysField(char const* name, char const* type, bool hidden, char const* initial);
-    // Appends a copy; finding duplicates is the caller's job.
+    // Appends a copy, or takes the index over; finding duplicates is the
+    // caller's job.
     void addIndex(Index const& index);
+    void addIndex(Index&& index);
     void dump(IOutStream& out, int indent) const;
 
     int m_code = 0;  // class code, given by the layout pass

@@ -79,7 +79,7 @@ SysIoTDelClass::SysIoTDelClass(Schema const& schema, bool persistent) {
     if (toAgent)
         ts.addField("dst_agent_id");
     ts.addField("timestamp");
-    addIndex(ts);
+    addIndex(std::move(ts));
     if (router)
         addIndex(sysIndex("id_idx", IT_HASH, true, {"src_agent_id", "db_id", "object_id"}));
 }
