@@ -5,6 +5,18 @@
 #include "foundation/ut.h"
 #include "frontend/diagnostics.h"
 
+IOutStream& IOutStream::write(char const* s, size_t n) {
+    mstring text;
+    text.set(s, n);
+    return *this << text;
+}
+
+IOutStream& ZylOFstream::write(char const* s, size_t n) {
+    if (m_file && n > 0)
+        std::fwrite(s, 1, n, m_file);
+    return *this;
+}
+
 IOutStream& ZylOFstream::operator<<(mstring const& s) {
     if (m_file && s.ptr())
         std::fputs(s.ptr(), m_file);
@@ -119,8 +131,9 @@ IOutStream& MemOstringstream::operator<<(unsigned long v) {
 }
 
 IOutStream& MemOstringstream::operator<<(char c) {
-    char buf[2] = {c, '\0'};
-    append(buf);
+    // A NUL is an empty C string: it adds nothing.
+    if (!m_ended && c != '\0')
+        m_text += c;
     return *this;
 }
 
@@ -128,6 +141,20 @@ IOutStream& MemOstringstream::operator<<(long long v) {
     char buf[24];
     append(UT::decimal(v, buf));
     return *this;
+}
+
+IOutStream& MemOstringstream::write(char const* s, size_t n) {
+    if (!m_ended)
+        m_text.append(s, n);
+    return *this;
+}
+
+void MemOstringstream::moveTextTo(IOutStream& target) {
+    m_ended = true;
+    // No NUL ever enters the text (every piece is a C string), so the
+    // whole of it is what retstr() would give.
+    target.write(m_text.data(), m_text.size());
+    std::string().swap(m_text);
 }
 
 mstring MemOstringstream::retstr() {
