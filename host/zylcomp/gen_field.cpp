@@ -78,9 +78,12 @@ void GenOutput::output(Struct& s, Class* c) {
 Subst GenOutput::fieldSubst(Struct& s, Class* c, Field const& f) const {
     FldLayout const& large = *f.m_largeLayout;
     FldLayout const& compact = *f.m_compactLayout;
-    mstring const offU = text(large.m_offset);
-    mstring const offC = text(compact.m_offset);
-    mstring const fn = UT::n2s(f.m_fieldNo);
+    // Texts of the two layouts' own offsets: each stays as it is until the
+    // same offset is asked for its text again.
+    char const* const offU = static_cast<mstring const&>(large.m_offset).c_str();
+    char const* const offC = static_cast<mstring const&>(compact.m_offset).c_str();
+    char buf[24];
+    char const* const fn = UT::decimal(static_cast<long long>(f.m_fieldNo), buf);
     bool const same = large.m_offset == compact.m_offset;
     std::uint32_t e = NO_EVENT;
     if (c != nullptr) {
@@ -89,26 +92,33 @@ Subst GenOutput::fieldSubst(Struct& s, Class* c, Field const& f) const {
             e = c->getClassUpdateEvent();
     }
     Struct const& t = *f.m_struct;
+    char const* const name = s.m_name.c_str();
     Subst v;
     v.set("db", m_schema->m_dbName)
-        .set("h", s.m_name)
+        .set("h", name)
         .set("hpp", hppClass(s.m_name))
         .set("field", f.m_name)
-        .set("cf", s.m_name + "_" + f.m_name)
+        .set("cf", {name, "_", f.m_name.c_str()})
         .set("fn", fn)
         .set("off_u", offU)
         .set("off_c", offC)
-        .set("loc", same ? offU + ", " + fn : offU + ", " + offC + ", " + fn)
+        .set("loc", same ? std::initializer_list<char const*>{offU, ", ", fn}
+                         : std::initializer_list<char const*>{offU, ", ", offC, ", ", fn})
         .set("sfx", same ? "" : "2")
         .set("ix", c != nullptr && c->fieldIsIndexed(f) ? "1" : "0")
-        .set("ev", e != NO_EVENT ? "_ev" : "")
-        .set("evarg", e != NO_EVENT ? mstring(", ") + UT::n2s(e) : mstring())
-        .set("size", text(large.m_size))
+        .set("ev", e != NO_EVENT ? "_ev" : "");
+    if (e != NO_EVENT) {
+        char ebuf[24];
+        v.set("evarg", {", ", UT::decimal(static_cast<unsigned long long>(e), ebuf)});
+    } else {
+        v.set("evarg", "");
+    }
+    v.set("size", static_cast<mstring const&>(large.m_size))
         .set("t", t.m_category == TC_STRUCT || t.m_category == TC_DIRECT ? t.m_name : t.m_cType);
     if (c != nullptr) {
         // Columns are read in the format the class stores its objects in.
         FldLayout const& stored = c->m_compact ? compact : large;
-        v.set("code", classCode(*c)).set("off", text(stored.m_offset));
+        v.set("code", classCode(*c)).set("off", static_cast<mstring const&>(stored.m_offset));
     }
     return v;
 }
@@ -128,25 +138,39 @@ void GenOutput::declareIndicator(Struct& s, Field const& f) {
 }
 
 void GenOutput::writeFieldRows(Struct& s, Field const& f, Subst& v, FieldRow const* rows, unsigned n) {
+    // Each text is filled into a buffer that the next row reuses.
+    std::string head;
+    std::string body;
+    std::string member;
+    std::string forward;
     for (unsigned i = 0; i < n; i++) {
         FieldRow const& row = rows[i];
         if (!row.when)
             continue;
-        v.set("op", row.op).set("args", v.fill(row.args));
-        mstring body;
+        v.set("op", row.op).setFilled("args", row.args);
+        body.clear();
         if (row.kind == FieldRow::kWhole) {
-            body = v.fill(row.body);
+            v.fillTo(body, row.body);
         } else {
-            body = "{";
+            body += '{';
             if (f.m_isNullable && row.kind == FieldRow::kRead)
-                body += v.fill(kReadIndicator);
+                v.fillTo(body, kReadIndicator);
             if (f.m_isNullable && row.kind == FieldRow::kWrite)
-                body += v.fill(kWriteIndicator);
-            body += v.fill(row.body) + "\n}\n\n";
+                v.fillTo(body, kWriteIndicator);
+            v.fillTo(body, row.body);
+            body += "\n}\n\n";
         }
-        writeCFunction(functionHead(s.m_name + "_" + f.m_name + row.op, v.fill(row.params), s.m_outputWidth), body);
-        if (row.member != nullptr)
-            writeCppMember(row.memberDecl, hppClass(s.m_name), v.fill(row.member), v.fill(row.forward));
+        head.clear();
+        appendHead(head, {s.m_name.c_str(), "_", f.m_name.c_str(), row.op}, s.m_outputWidth);
+        v.fillTo(head, row.params);
+        writeCFunction(head, body);
+        if (row.member != nullptr) {
+            member.clear();
+            v.fillTo(member, row.member);
+            forward.clear();
+            v.fillTo(forward, row.forward);
+            writeCppMember(row.memberDecl, hppClass(s.m_name), member, forward);
+        }
     }
 }
 

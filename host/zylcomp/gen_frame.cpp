@@ -240,12 +240,31 @@ void GenOutput::outConstant(IOutStream* out, mstring const& name, int value) {
     *out << "#define " << name << " " << value << "\n";
 }
 
+void GenOutput::appendHead(std::string& out, std::initializer_list<char const*> name, int nameWidth) const {
+    // The widths pad as UT::adjust does: blanks up to the width, none past it.
+    auto pad = [&out](size_t from, int width) {
+        size_t const have = out.size() - from;
+        if (width > 0 && have < static_cast<size_t>(width))
+            out.append(static_cast<size_t>(width) - have, ' ');
+    };
+    if (!m_outOfLine)
+        out += "ZYL_TARGET_INLINE ";
+    size_t const ret = out.size();
+    out += "ZYL_RET";
+    pad(ret, m_retTypeWidth);
+    out += ' ';
+    size_t const start = out.size();
+    if (m_dllSpec)
+        out += "ZYL_DLL_SPEC ";
+    for (char const* piece : name)
+        out += piece;
+    pad(start, nameWidth);
+}
+
 mstring GenOutput::functionHead(mstring const& name, mstring const& params, int nameWidth) const {
     // Joined in a std::string: a chain of + would make a string per piece.
-    std::string head = m_outOfLine ? "" : "ZYL_TARGET_INLINE ";
-    head += UT::adjust("ZYL_RET", m_retTypeWidth).c_str();
-    head += ' ';
-    head += MF(name, nameWidth).c_str();
+    std::string head;
+    appendHead(head, {name.c_str()}, nameWidth);
     head += params.c_str();
     mstring result;
     result.set(head.data(), head.size());
@@ -264,10 +283,33 @@ void GenOutput::writeCFunction(mstring const& head, mstring const& body, IOutStr
     *bodyOut << body;
 }
 
+void GenOutput::writeCFunction(std::string const& head, std::string const& body) {
+    m_proto->write(head);
+    *m_protoEnd << ";";
+    *m_proto << "\n";
+    m_body->write(body);
+}
+
 void GenOutput::writeCppMember(char const* decl, mstring const& scope, mstring const& member,
                                mstring const& body) {
     *m_hpp << decl << member << ";\n";
     *m_hppInline << "inline  ZYL_RET " << scope << "::" << member << "\n" << body << "\n}\n\n";
+}
+
+void GenOutput::writeCppMember(char const* decl, mstring const& scope, std::string const& member,
+                               std::string const& body) {
+    std::string text = decl;
+    text += member;
+    text += ";\n";
+    m_hpp->write(text);
+    text.assign("inline  ZYL_RET ");
+    text += scope.c_str();
+    text += "::";
+    text += member;
+    text += '\n';
+    text += body;
+    text += "\n}\n\n";
+    m_hppInline->write(text);
 }
 
 mstring GenOutput::classCode(Class const& c) const {
@@ -275,7 +317,7 @@ mstring GenOutput::classCode(Class const& c) const {
     return m_classCodeOrigin ? mstring("dict.class_code_origin + ") + code : code;
 }
 
-mstring hppClass(mstring const& name) { return name; }
+mstring const& hppClass(mstring const& name) { return name; }
 
 mstring A(mstring const& name, mstring const& value) {
     mstring v;
@@ -336,36 +378,74 @@ void StrParams::setup() {
 // ---------------------------------------------------------------------------
 // Templates of generated text
 
-int Subst::find(char const* name, unsigned long n) const {
-    // The first characters are compared before strncmp is called.
-    for (unsigned i = 0; i < m_count; i++) {
-        char const* have = v_name[static_cast<int>(i)].c_str();
-        if (have[0] == name[0] && std::strncmp(have, name, n) == 0 && have[n] == '\0')
-            return static_cast<int>(i);
+Subst::Subst() {
+    for (int& b : m_bucket)
+        b = -1;
+    // Room for the names and values of a field's templates from the start.
+    v_slot.reserve(40);
+    m_values.reserve(1024);
+}
+
+unsigned Subst::keyOf(char const* name, size_t n) {
+    unsigned char const first = static_cast<unsigned char>(name[0]);
+    unsigned char const last = static_cast<unsigned char>(name[n - 1]);
+    return static_cast<unsigned>(n) << 16 | static_cast<unsigned>(first) << 8 | last;
+}
+
+int Subst::find(char const* name, size_t n) const {
+    unsigned const key = keyOf(name, n);
+    for (int i = m_bucket[bucketOf(key)]; i >= 0; i = v_slot[static_cast<size_t>(i)].next) {
+        Slot const& slot = v_slot[static_cast<size_t>(i)];
+        if (slot.key == key && std::memcmp(slot.name, name, n) == 0)
+            return i;
     }
     return -1;
 }
 
-Subst& Subst::set(char const* name, mstring value) {
-    int i = find(name, std::strlen(name));
+Subst& Subst::setText(char const* name, char const* value, size_t n) {
+    size_t const nameLen = std::strlen(name);
+    int i = find(name, nameLen);
     if (i < 0) {
-        if (m_count == v_name.size()) {
-            v_name.resize(m_count + 16);
-            v_value.resize(m_count + 16);
-        }
-        i = static_cast<int>(m_count++);
-        v_name[i] = name;
+        unsigned const key = keyOf(name, nameLen);
+        unsigned const bucket = bucketOf(key);
+        i = static_cast<int>(v_slot.size());
+        v_slot.push_back(Slot{name, key, m_bucket[bucket], 0, 0, 0});
+        m_bucket[bucket] = i;
     }
-    v_value[i] = std::move(value);
+    Slot& slot = v_slot[static_cast<size_t>(i)];
+    if (n > slot.room) {
+        // A longer value than the place takes gets a new place at the end.
+        slot.off = static_cast<unsigned>(m_values.size());
+        slot.room = static_cast<unsigned>(n);
+        m_values.append(value, n);
+    } else {
+        m_values.replace(slot.off, n, value, n);
+    }
+    slot.len = static_cast<unsigned>(n);
     return *this;
 }
 
-mstring Subst::fill(char const* text) const {
-    // Built in a std::string and copied once: an mstring would scan all of
-    // the text again for every piece added. Room for the template and a
-    // few values from the start, so that it seldom grows.
-    std::string out;
-    out.reserve(std::strlen(text) + 256);
+Subst& Subst::set(char const* name, std::initializer_list<char const*> pieces) {
+    m_scratch.clear();
+    for (char const* piece : pieces)
+        m_scratch += piece;
+    return setText(name, m_scratch.data(), m_scratch.size());
+}
+
+Subst& Subst::setNum(char const* name, long long value) {
+    char buf[24];
+    return set(name, UT::decimal(value, buf));
+}
+
+Subst& Subst::setFilled(char const* name, char const* text) {
+    // Filled apart first: the value may be drawn on while it is filled.
+    m_scratch.clear();
+    fillTo(m_scratch, text);
+    return setText(name, m_scratch.data(), m_scratch.size());
+}
+
+void Subst::fillTo(std::string& out, char const* text) const {
+    char const* values = m_values.data();
     char const* p = text;
     while (*p != '\0') {
         char const* brace = std::strchr(p, '{');
@@ -380,14 +460,30 @@ mstring Subst::fill(char const* text) const {
             end++;
         int found = -1;
         if (*end == '}' && end > p + 1)
-            found = find(p + 1, static_cast<unsigned long>(end - p - 1));
+            found = find(p + 1, static_cast<size_t>(end - p - 1));
         if (found >= 0) {
-            out += v_value[found].c_str();
+            Slot const& slot = v_slot[static_cast<size_t>(found)];
+            out.append(values + slot.off, slot.len);
             p = end + 1;
         } else {
             out += *p++;
         }
     }
+}
+
+void Subst::fillTo(IOutStream& out, char const* text) const {
+    std::string filled;
+    filled.reserve(std::strlen(text) + 256);
+    fillTo(filled, text);
+    out.write(filled);
+}
+
+mstring Subst::fill(char const* text) const {
+    // Built in a std::string and copied once: an mstring would scan all of
+    // the text again for every piece added.
+    std::string out;
+    out.reserve(std::strlen(text) + 256);
+    fillTo(out, text);
     mstring result;
     result.set(out.data(), out.size());
     return result;

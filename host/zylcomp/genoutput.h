@@ -13,7 +13,11 @@
 // write to them without testing.
 #pragma once
 
+#include <cstring>
+#include <initializer_list>
+#include <string>
 #include <unordered_set>
+#include <vector>
 
 #include "foundation/mstring.h"
 #include "foundation/mvector.h"
@@ -113,6 +117,9 @@ protected:
     // The common head of a generated C function: "{inl}{ret} {name}{params}",
     // the return type padded to m_retTypeWidth, the name to `nameWidth`.
     mstring functionHead(mstring const& name, mstring const& params, int nameWidth) const;
+    // The same head up to the parameters appended to `out`, the name joined
+    // of `name`; the caller appends the parameters.
+    void appendHead(std::string& out, std::initializer_list<char const*> name, int nameWidth) const;
     // One generated C function through the routing streams; `body` brings
     // its own braces and trailing line ends.
     void writeCFunction(mstring const& head, mstring const& body);
@@ -120,10 +127,12 @@ protected:
     // whatever the mode.
     void writeCFunction(mstring const& head, mstring const& body, IOutStream* proto, IOutStream* protoEnd,
                         IOutStream* bodyOut);
+    void writeCFunction(std::string const& head, std::string const& body);
     // One member of a C++ wrapper: "{decl}{member};" in the class body in
     // m_hpp, and "inline  ZYL_RET {scope}::{member}" with `body` (which
     // opens the brace; the closing one is added) in m_hppInline.
     void writeCppMember(char const* decl, mstring const& scope, mstring const& member, mstring const& body);
+    void writeCppMember(char const* decl, mstring const& scope, std::string const& member, std::string const& body);
     // A class code as function bodies pass it: relative to the dictionary's
     // origin when the job asks for relative codes.
     mstring classCode(Class const& c) const;
@@ -292,7 +301,7 @@ private:
 
 // The name class `name` bears in the C++ text; every class reference in
 // the .hpp passes through here.
-mstring hppClass(mstring const& name);
+mstring const& hppClass(mstring const& name);
 
 // The constant of Sequence.Type in the Java declarations for the elements
 // of the runtime's sequence family `suffix` ("int4", "char"); empty for a
@@ -305,20 +314,54 @@ bool indexIsHidden(Index const& idx);
 
 // Fills the {name} places of a template of generated text. Only names that
 // were set are replaced, so the braces of C text pass through.
+//
+// Names are literals and kept by address. The values live in one buffer
+// that the Subst owns, each in a place that a shorter later value reuses:
+// a template's names are set by the dozen and reset row after row, and a
+// string of their own for each would cost a heap block every time.
 class Subst {
 public:
-    Subst& set(char const* name, mstring value);
+    Subst();
+    Subst(Subst&&) = default;
+    Subst& operator=(Subst&&) = default;
+    Subst(Subst const&) = delete;
+    Subst& operator=(Subst const&) = delete;
+
+    Subst& set(char const* name, char const* value) { return setText(name, value, std::strlen(value)); }
+    Subst& set(char const* name, mstring const& value) { return set(name, value.c_str()); }
+    // The value joined of `pieces`.
+    Subst& set(char const* name, std::initializer_list<char const*> pieces);
+    Subst& setNum(char const* name, long long value);
+    // The value is `text` filled with the values as they stand.
+    Subst& setFilled(char const* name, char const* text);
+    Subst& setText(char const* name, char const* value, size_t n);
+
     mstring fill(char const* text) const;
+    // Appends `text`, filled, to `out`.
+    void fillTo(std::string& out, char const* text) const;
+    // Writes `text`, filled, to `out`.
+    void fillTo(IOutStream& out, char const* text) const;
 
 private:
-    // The place of the name of `n` characters at `name`, or -1.
-    int find(char const* name, unsigned long n) const;
+    struct Slot {
+        char const* name;
+        unsigned key;   // length, first and last character of the name
+        int next;       // the next slot of the same bucket, or -1
+        unsigned off;   // the value's place in m_values
+        unsigned len;
+        unsigned room;  // the length the place can take
+    };
+    static unsigned keyOf(char const* name, size_t n);
+    static unsigned bucketOf(unsigned key) { return (key ^ (key >> 8) ^ (key >> 16)) & (kBuckets - 1); }
+    // The slot of the name of `n` characters at `name`, or -1.
+    int find(char const* name, size_t n) const;
 
-    // Places up to m_count are in use: the vectors grow sixteen places at a
-    // time, since a template's names are set by the dozen, one by one.
-    mvector<mstring> v_name;
-    mvector<mstring> v_value;
-    unsigned m_count = 0;
+    static constexpr unsigned kBuckets = 32;
+    int m_bucket[kBuckets];
+    std::vector<Slot> v_slot;
+    std::string m_values;
+    // Where setFilled fills before the value is stored.
+    std::string m_scratch;
 };
 
 // One attribute of the schema dump: {name}="{value}" and a blank, with the
