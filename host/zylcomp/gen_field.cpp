@@ -118,7 +118,14 @@ Subst GenOutput::fieldSubst(Struct& s, Class* c, Field const& f) const {
     if (c != nullptr) {
         // Columns are read in the format the class stores its objects in.
         FldLayout const& stored = c->m_compact ? compact : large;
-        v.set("code", classCode(*c)).set("off", static_cast<mstring const&>(stored.m_offset));
+        // {code} as classCode gives it.
+        char cbuf[24];
+        char const* const code = UT::decimal(static_cast<long long>(c->m_code), cbuf);
+        if (m_classCodeOrigin)
+            v.set("code", {"dict.class_code_origin + ", code});
+        else
+            v.set("code", code);
+        v.set("off", static_cast<mstring const&>(stored.m_offset));
     }
     return v;
 }
@@ -139,10 +146,10 @@ void GenOutput::declareIndicator(Struct& s, Field const& f) {
 
 void GenOutput::writeFieldRows(Struct& s, Field const& f, Subst& v, FieldRow const* rows, unsigned n) {
     // Each text is filled into a buffer that the next row reuses.
-    std::string head;
-    std::string body;
-    std::string member;
-    std::string forward;
+    std::string& head = m_rowHead;
+    std::string& body = m_rowBody;
+    std::string& member = m_rowMember;
+    std::string& forward = m_rowForward;
     for (unsigned i = 0; i < n; i++) {
         FieldRow const& row = rows[i];
         if (!row.when)

@@ -2,7 +2,6 @@
 // text that opens and closes every file, and the helpers all sections use.
 #include <unistd.h>
 
-#include <cctype>
 #include <cstring>
 #include <string>
 #include <utility>
@@ -285,8 +284,8 @@ void GenOutput::writeCFunction(mstring const& head, mstring const& body, IOutStr
 
 void GenOutput::writeCFunction(std::string const& head, std::string const& body) {
     m_proto->write(head);
-    *m_protoEnd << ";";
-    *m_proto << "\n";
+    m_protoEnd->write(";", 1);
+    m_proto->write("\n", 1);
     m_body->write(body);
 }
 
@@ -298,7 +297,8 @@ void GenOutput::writeCppMember(char const* decl, mstring const& scope, mstring c
 
 void GenOutput::writeCppMember(char const* decl, mstring const& scope, std::string const& member,
                                std::string const& body) {
-    std::string text = decl;
+    std::string& text = m_memberText;
+    text.assign(decl);
     text += member;
     text += ";\n";
     m_hpp->write(text);
@@ -382,37 +382,49 @@ Subst::Subst() {
     for (int& b : m_bucket)
         b = -1;
     // Room for the names and values of a field's templates from the start.
-    v_slot.reserve(40);
-    m_values.reserve(1024);
+    v_slot.reserve(24);
+    m_values.reserve(512);
 }
 
-unsigned Subst::keyOf(char const* name, size_t n) {
-    unsigned char const first = static_cast<unsigned char>(name[0]);
-    unsigned char const last = static_cast<unsigned char>(name[n - 1]);
-    return static_cast<unsigned>(n) << 16 | static_cast<unsigned>(first) << 8 | last;
+namespace {
+
+// A letter, a digit or '_', as isalnum of the "C" locale the compiler runs
+// in, without a library call per character.
+inline bool isNameChar(char ch) {
+    return (ch >= 'a' && ch <= 'z') || (ch >= 'A' && ch <= 'Z') || (ch >= '0' && ch <= '9') || ch == '_';
 }
+
+}  // namespace
 
 int Subst::find(char const* name, size_t n) const {
     unsigned const key = keyOf(name, n);
     for (int i = m_bucket[bucketOf(key)]; i >= 0; i = v_slot[static_cast<size_t>(i)].next) {
         Slot const& slot = v_slot[static_cast<size_t>(i)];
-        if (slot.key == key && std::memcmp(slot.name, name, n) == 0)
+        if (slot.key != key)
+            continue;
+        // Length, first and last character agree: compare the middle.
+        size_t k = 1;
+        while (k + 1 < n && slot.name[k] == name[k])
+            k++;
+        if (k + 1 >= n)
             return i;
     }
     return -1;
 }
 
-Subst& Subst::setText(char const* name, char const* value, size_t n) {
-    size_t const nameLen = std::strlen(name);
-    int i = find(name, nameLen);
+Subst::Slot& Subst::slotOf(char const* name, size_t n) {
+    int i = find(name, n);
     if (i < 0) {
-        unsigned const key = keyOf(name, nameLen);
+        unsigned const key = keyOf(name, n);
         unsigned const bucket = bucketOf(key);
         i = static_cast<int>(v_slot.size());
         v_slot.push_back(Slot{name, key, m_bucket[bucket], 0, 0, 0});
         m_bucket[bucket] = i;
     }
-    Slot& slot = v_slot[static_cast<size_t>(i)];
+    return v_slot[static_cast<size_t>(i)];
+}
+
+Subst& Subst::store(Slot& slot, char const* value, size_t n) {
     if (n > slot.room) {
         // A longer value than the place takes gets a new place at the end.
         slot.off = static_cast<unsigned>(m_values.size());
@@ -426,10 +438,26 @@ Subst& Subst::setText(char const* name, char const* value, size_t n) {
 }
 
 Subst& Subst::set(char const* name, std::initializer_list<char const*> pieces) {
-    m_scratch.clear();
+    Slot& slot = slotOf(name, std::strlen(name));
+    size_t n = 0;
     for (char const* piece : pieces)
-        m_scratch += piece;
-    return setText(name, m_scratch.data(), m_scratch.size());
+        n += std::strlen(piece);
+    if (n > slot.room) {
+        slot.off = static_cast<unsigned>(m_values.size());
+        slot.room = static_cast<unsigned>(n);
+        for (char const* piece : pieces)
+            m_values += piece;
+    } else {
+        // The pieces are never the Subst's own values: they are copied in place.
+        char* to = &m_values[slot.off];
+        for (char const* piece : pieces) {
+            size_t const len = std::strlen(piece);
+            std::memcpy(to, piece, len);
+            to += len;
+        }
+    }
+    slot.len = static_cast<unsigned>(n);
+    return *this;
 }
 
 Subst& Subst::setNum(char const* name, long long value) {
@@ -456,7 +484,7 @@ void Subst::fillTo(std::string& out, char const* text) const {
         out.append(p, static_cast<size_t>(brace - p));
         p = brace;
         char const* end = p + 1;
-        while (std::isalnum(static_cast<unsigned char>(*end)) || *end == '_')
+        while (isNameChar(*end))
             end++;
         int found = -1;
         if (*end == '}' && end > p + 1)
@@ -472,10 +500,9 @@ void Subst::fillTo(std::string& out, char const* text) const {
 }
 
 void Subst::fillTo(IOutStream& out, char const* text) const {
-    std::string filled;
-    filled.reserve(std::strlen(text) + 256);
-    fillTo(filled, text);
-    out.write(filled);
+    m_filled.clear();
+    fillTo(m_filled, text);
+    out.write(m_filled);
 }
 
 mstring Subst::fill(char const* text) const {

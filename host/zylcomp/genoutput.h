@@ -36,6 +36,7 @@ class Subst;
 class StrParams;
 struct FieldRow;
 struct AccessRow;
+struct IndexRow;
 
 class GenOutput {
 public:
@@ -221,6 +222,8 @@ protected:
     // Index API (gen_index.cpp): the search functions of one index and
     // its nested C++ class.
     void outputIndex(Class& c, Index& idx);
+    // One function of an index, "{ix}{op}", and its static member in `scope`.
+    void writeIndexRow(IndexRow const& row, mstring const& ix, mstring const& scope, int width, Subst& v);
 
     // Java and C# bindings (gen_bindings.cpp). The declaration of a class:
     // its head, which opens its Java file, before the fields, its end after
@@ -288,6 +291,14 @@ protected:
     // The C++ property members of the struct being written; its wrapper's
     // constructor points them at the object.
     mvector<mstring> v_cppProperty;
+    // Buffers a function's texts are filled into, kept from one function to
+    // the next so that their room is made once: the rows of every field
+    // (writeFieldRows) and a C++ member's two texts (writeCppMember).
+    std::string m_rowHead;
+    std::string m_rowBody;
+    std::string m_rowMember;
+    std::string m_rowForward;
+    std::string m_memberText;
 
 private:
     // Opens `name` in the output directory into `slot` and records it.
@@ -327,6 +338,7 @@ public:
     Subst(Subst const&) = delete;
     Subst& operator=(Subst const&) = delete;
 
+    // Inline, so that the length of a literal name is known when compiled.
     Subst& set(char const* name, char const* value) { return setText(name, value, std::strlen(value)); }
     Subst& set(char const* name, mstring const& value) { return set(name, value.c_str()); }
     // The value joined of `pieces`.
@@ -334,7 +346,9 @@ public:
     Subst& setNum(char const* name, long long value);
     // The value is `text` filled with the values as they stand.
     Subst& setFilled(char const* name, char const* text);
-    Subst& setText(char const* name, char const* value, size_t n);
+    Subst& setText(char const* name, char const* value, size_t n) {
+        return store(slotOf(name, std::strlen(name)), value, n);
+    }
 
     mstring fill(char const* text) const;
     // Appends `text`, filled, to `out`.
@@ -351,10 +365,18 @@ private:
         unsigned len;
         unsigned room;  // the length the place can take
     };
-    static unsigned keyOf(char const* name, size_t n);
+    static unsigned keyOf(char const* name, size_t n) {
+        unsigned char const first = static_cast<unsigned char>(name[0]);
+        unsigned char const last = static_cast<unsigned char>(name[n - 1]);
+        return static_cast<unsigned>(n) << 16 | static_cast<unsigned>(first) << 8 | last;
+    }
     static unsigned bucketOf(unsigned key) { return (key ^ (key >> 8) ^ (key >> 16)) & (kBuckets - 1); }
     // The slot of the name of `n` characters at `name`, or -1.
     int find(char const* name, size_t n) const;
+    // The slot of the name, made when it is new.
+    Slot& slotOf(char const* name, size_t n);
+    // Gives the slot the value of `n` characters at `value`.
+    Subst& store(Slot& slot, char const* value, size_t n);
 
     static constexpr unsigned kBuckets = 32;
     int m_bucket[kBuckets];
@@ -362,6 +384,9 @@ private:
     std::string m_values;
     // Where setFilled fills before the value is stored.
     std::string m_scratch;
+    // Where a text for a stream is filled; it keeps its room from one
+    // text to the next.
+    mutable std::string m_filled;
 };
 
 // One attribute of the schema dump: {name}="{value}" and a blank, with the
