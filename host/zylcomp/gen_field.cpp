@@ -80,8 +80,10 @@ Subst GenOutput::fieldSubst(Struct& s, Class* c, Field const& f) const {
     FldLayout const& compact = *f.m_compactLayout;
     // Texts of the two layouts' own offsets: each stays as it is until the
     // same offset is asked for its text again.
-    char const* const offU = static_cast<mstring const&>(large.m_offset).c_str();
-    char const* const offC = static_cast<mstring const&>(compact.m_offset).c_str();
+    char ubuf[24];
+    char cbuf[24];
+    char const* const offU = textOf(large.m_offset, ubuf);
+    char const* const offC = textOf(compact.m_offset, cbuf);
     char buf[24];
     char const* const fn = UT::decimal(static_cast<long long>(f.m_fieldNo), buf);
     bool const same = large.m_offset == compact.m_offset;
@@ -113,19 +115,20 @@ Subst GenOutput::fieldSubst(Struct& s, Class* c, Field const& f) const {
     } else {
         v.set("evarg", "");
     }
-    v.set("size", static_cast<mstring const&>(large.m_size))
+    char sbuf[24];
+    v.set("size", textOf(large.m_size, sbuf))
         .set("t", t.m_category == TC_STRUCT || t.m_category == TC_DIRECT ? t.m_name : t.m_cType);
     if (c != nullptr) {
         // Columns are read in the format the class stores its objects in.
         FldLayout const& stored = c->m_compact ? compact : large;
         // {code} as classCode gives it.
-        char cbuf[24];
-        char const* const code = UT::decimal(static_cast<long long>(c->m_code), cbuf);
+        char kbuf[24];
+        char const* const code = UT::decimal(static_cast<long long>(c->m_code), kbuf);
         if (m_classCodeOrigin)
             v.set("code", {"dict.class_code_origin + ", code});
         else
             v.set("code", code);
-        v.set("off", static_cast<mstring const&>(stored.m_offset));
+        v.set("off", textOf(stored.m_offset, kbuf));
     }
     return v;
 }
@@ -197,7 +200,8 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
     // Top-n functions exist for indexed fields of classes with sequences;
     // the C++ properties have their own way to the data.
     bool const top = s.m_hasSequences && f.m_isIndexed && !m_cppProperties;
-    mstring const cf = s.m_name + "_" + f.m_name;
+    // Only the top functions take the name apart from the Subst.
+    mstring const cf = top ? s.m_name + "_" + f.m_name : mstring();
     switch (category) {
     case TC_NSTRING: {
         FieldRow const get[] = {
@@ -360,19 +364,19 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
 void GenOutput::outputScalarField(Struct& s, Class* c, Field& f, Subst& v) {
     Struct const& t = *f.m_struct;
     int const size = t.m_layout.large.m_size.m_num;
-    mstring family;
+    char const* family = "";
     if (t.m_name == "boolean")
         family = "bit";
     else if (size == 1 || size == 2 || size == 4 || size == 8)
-        family = mstring("b") + UT::n2s(size);
+        family = size == 1 ? "b1" : size == 2 ? "b2" : size == 4 ? "b4" : "b8";
     else
         IErrReporter::panic(mstring("illegal size of scalar field ") + f.m_name + ": " + UT::n2s(size), false);
     bool const isEnum = f.m_enum != nullptr;
-    v.set("getter", mstring("zyl_w_") + family + "_get")
-        .set("putter", mstring("zyl_w_") + family + "_put")
+    v.set("getter", {"zyl_w_", family, "_get"})
+        .set("putter", {"zyl_w_", family, "_put"})
         .set("int", isEnum ? enum_int_type(size) : mstring())
-        .set("b", UT::n2s(size))
-        .set("p", UT::n2s(f.m_precision));
+        .setNum("b", size)
+        .setNum("p", f.m_precision);
 
     bool const numeric = f.m_precision >= 0;
     if (numeric) {

@@ -430,8 +430,9 @@ Subst& Subst::store(Slot& slot, char const* value, size_t n) {
         slot.off = static_cast<unsigned>(m_values.size());
         slot.room = static_cast<unsigned>(n);
         m_values.append(value, n);
-    } else {
-        m_values.replace(slot.off, n, value, n);
+    } else if (n > 0) {
+        // The place is big enough: copied over the old value where it stands.
+        std::memmove(&m_values[slot.off], value, n);
     }
     slot.len = static_cast<unsigned>(n);
     return *this;
@@ -474,27 +475,31 @@ Subst& Subst::setFilled(char const* name, char const* text) {
 
 void Subst::fillTo(std::string& out, char const* text) const {
     char const* values = m_values.data();
+    // `run` is where the text not yet copied begins: a brace that is no
+    // place of a set name stays in the run, so C text is copied in pieces
+    // as long as the stretches between the places.
+    char const* run = text;
     char const* p = text;
-    while (*p != '\0') {
+    for (;;) {
         char const* brace = std::strchr(p, '{');
         if (brace == nullptr) {
-            out += p;
-            break;
+            out.append(run, static_cast<size_t>(p - run) + std::strlen(p));
+            return;
         }
-        out.append(p, static_cast<size_t>(brace - p));
-        p = brace;
-        char const* end = p + 1;
+        char const* end = brace + 1;
         while (isNameChar(*end))
             end++;
         int found = -1;
-        if (*end == '}' && end > p + 1)
-            found = find(p + 1, static_cast<size_t>(end - p - 1));
+        if (*end == '}' && end > brace + 1)
+            found = find(brace + 1, static_cast<size_t>(end - brace - 1));
         if (found >= 0) {
+            out.append(run, static_cast<size_t>(brace - run));
             Slot const& slot = v_slot[static_cast<size_t>(found)];
             out.append(values + slot.off, slot.len);
-            p = end + 1;
+            run = end + 1;
+            p = run;
         } else {
-            out += *p++;
+            p = brace + 1;
         }
     }
 }
