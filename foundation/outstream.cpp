@@ -103,9 +103,14 @@ mstring ZylOstringstream::retstr() {
     return result;
 }
 
-void MemOstringstream::append(char const* s) {
-    if (!m_ended && s)
-        m_text += s;
+void MemOstringstream::append(char const* s, size_t n) {
+    if (m_ended || n == 0)
+        return;
+    if (v_block.empty() || v_block.back().size() + n > v_block.back().capacity()) {
+        v_block.emplace_back();
+        v_block.back().reserve(n > kBlock ? n : kBlock);
+    }
+    v_block.back().append(s, n);
 }
 
 IOutStream& MemOstringstream::operator<<(mstring const& s) {
@@ -132,8 +137,8 @@ IOutStream& MemOstringstream::operator<<(unsigned long v) {
 
 IOutStream& MemOstringstream::operator<<(char c) {
     // A NUL is an empty C string: it adds nothing.
-    if (!m_ended && c != '\0')
-        m_text += c;
+    if (c != '\0')
+        append(&c, 1);
     return *this;
 }
 
@@ -144,22 +149,28 @@ IOutStream& MemOstringstream::operator<<(long long v) {
 }
 
 IOutStream& MemOstringstream::write(char const* s, size_t n) {
-    if (!m_ended)
-        m_text.append(s, n);
+    append(s, n);
     return *this;
 }
 
 void MemOstringstream::moveTextTo(IOutStream& target) {
     m_ended = true;
     // No NUL ever enters the text (every piece is a C string), so the
-    // whole of it is what retstr() would give.
-    target.write(m_text.data(), m_text.size());
-    std::string().swap(m_text);
+    // whole of it is what retstr() would give. Each block goes as soon as
+    // it is written.
+    for (std::string& block : v_block) {
+        target.write(block.data(), block.size());
+        std::string().swap(block);
+    }
+    v_block.clear();
 }
 
 mstring MemOstringstream::retstr() {
     m_ended = true;
-    return mstring(m_text.c_str());
+    std::string text;
+    for (std::string const& block : v_block)
+        text += block;
+    return mstring(text.c_str());
 }
 
 DupStream::~DupStream() {

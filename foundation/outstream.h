@@ -4,7 +4,9 @@
 #pragma once
 
 #include <cstdio>
+#include <cstring>
 #include <string>
+#include <vector>
 
 #include "foundation/mstring.h"
 
@@ -110,9 +112,17 @@ public:
     void moveTextTo(IOutStream& target) override;
 
 private:
-    void append(char const* s);
+    void append(char const* s) {
+        if (s != nullptr)
+            append(s, std::strlen(s));
+    }
+    void append(char const* s, size_t n);
 
-    std::string m_text;  // std::string: the text grows by many small pieces
+    // The text in blocks of about kBlock bytes, filled one after the other:
+    // a text of tens of megabytes grows without being copied to ever larger
+    // blocks, and is never held twice while it grows.
+    static constexpr size_t kBlock = size_t{1} << 20;
+    std::vector<std::string> v_block;
     bool m_ended = false;
 };
 
