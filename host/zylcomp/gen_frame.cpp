@@ -74,10 +74,14 @@ void GenOutput::createStreams(bool udf, bool coll) {
         m_proto = IOutStream::createDupStream(m_h, m_c, false);
         m_protoEnd = IOutStream::createWrapStream(m_h);
         m_body = IOutStream::createWrapStream(m_c);
+        m_protoFile = m_h;
+        m_defFile = m_c;
     } else {
         m_proto = IOutStream::createWrapStream(m_h);
         m_protoEnd = IOutStream::createNullStream();
         m_body = IOutStream::createWrapStream(m_h);
+        m_protoFile = nullptr;
+        m_defFile = m_h;
     }
 
     if (m_genCpp) {
@@ -271,7 +275,25 @@ mstring GenOutput::functionHead(mstring const& name, mstring const& params, int 
 }
 
 void GenOutput::writeCFunction(mstring const& head, mstring const& body) {
-    writeCFunction(head, body, m_proto, m_protoEnd, m_body);
+    if (m_defFile != nullptr)
+        writeCFunction(head.c_str(), std::strlen(head.c_str()), body.c_str(), std::strlen(body.c_str()));
+    else
+        writeCFunction(head, body, m_proto, m_protoEnd, m_body);
+}
+
+void GenOutput::writeCFunction(char const* head, size_t headLen, char const* body, size_t bodyLen) {
+    // What the routing streams would give each file: the prototype file
+    // gets "{head};\n", the definition file "{head}\n{body}".
+    std::string& text = m_functionText;
+    if (m_protoFile != nullptr) {
+        text.assign(head, headLen);
+        text += ";\n";
+        m_protoFile->write(text);
+    }
+    text.assign(head, headLen);
+    text += '\n';
+    text.append(body, bodyLen);
+    m_defFile->write(text);
 }
 
 void GenOutput::writeCFunction(mstring const& head, mstring const& body, IOutStream* proto, IOutStream* protoEnd,
@@ -283,6 +305,10 @@ void GenOutput::writeCFunction(mstring const& head, mstring const& body, IOutStr
 }
 
 void GenOutput::writeCFunction(std::string const& head, std::string const& body) {
+    if (m_defFile != nullptr) {
+        writeCFunction(head.data(), head.size(), body.data(), body.size());
+        return;
+    }
     m_proto->write(head);
     m_protoEnd->write(";", 1);
     m_proto->write("\n", 1);

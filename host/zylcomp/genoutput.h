@@ -129,6 +129,7 @@ protected:
     void writeCFunction(mstring const& head, mstring const& body, IOutStream* proto, IOutStream* protoEnd,
                         IOutStream* bodyOut);
     void writeCFunction(std::string const& head, std::string const& body);
+    void writeCFunction(char const* head, size_t headLen, char const* body, size_t bodyLen);
     // One member of a C++ wrapper: "{decl}{member};" in the class body in
     // m_hpp, and "inline  ZYL_RET {scope}::{member}" with `body` (which
     // opens the brace; the closing one is added) in m_hppInline.
@@ -299,6 +300,14 @@ protected:
     std::string m_rowMember;
     std::string m_rowForward;
     std::string m_memberText;
+    // The files the routing streams of createStreams lead to, so that
+    // writeCFunction can write each file's part of a function at once: out
+    // of line the prototype to {db}.h and the definition to {db}.c, inline
+    // the definition alone to {db}.h (m_protoFile null). Both null when
+    // the routing streams are not those (a derived createStreams).
+    IOutStream* m_protoFile = nullptr;
+    IOutStream* m_defFile = nullptr;
+    std::string m_functionText;
 
 private:
     // Opens `name` in the output directory into `slot` and records it.
