@@ -221,8 +221,10 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
              kMember, "{field}_put(const nchar_t * src, uint2 len)", kForward, "src, len"},
         };
         writeFieldRows(s, f, v, rest, 2);
-        *m_cs << v.fill("\t[Encoding(\"UTF-16\")]\n\tpublic string {field};\n");
-        *m_java << v.fill("\t@Encoding(\"UTF-16\")\n\tpublic String {field};\n");
+        if (m_genCs)
+            v.fillTo(*m_cs, "\t[Encoding(\"UTF-16\")]\n\tpublic string {field};\n");
+        if (m_genJava)
+            v.fillTo(*m_java, "\t@Encoding(\"UTF-16\")\n\tpublic String {field};\n");
         break;
     }
     case TC_STRING:
@@ -244,8 +246,10 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
              kMember, "{field}_put(const char * src, uint2 len)", kForward, "src, len"},
         };
         writeFieldRows(s, f, v, rest, 2);
-        *m_cs << v.fill("\tpublic string {field};\n");
-        *m_java << v.fill("\tpublic String {field};\n");
+        if (m_genCs)
+            v.fillTo(*m_cs, "\tpublic string {field};\n");
+        if (m_genJava)
+            v.fillTo(*m_java, "\tpublic String {field};\n");
         break;
     }
     case TC_NCHARS: {
@@ -263,8 +267,10 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
              kMember, "{field}_put( const nchar_t * src, uint2 len )", kForward, "src, len"},
         };
         writeFieldRows(s, f, v, put, 1);
-        *m_cs << v.fill("\t[Encoding(\"UTF-16\")]\n\t[Dimension({size})]\n\tpublic string {field};\n");
-        *m_java << v.fill("\t@Encoding(\"UTF-16\")\n\t@Dimension({size})\n\tpublic String {field};\n");
+        if (m_genCs)
+            v.fillTo(*m_cs, "\t[Encoding(\"UTF-16\")]\n\t[Dimension({size})]\n\tpublic string {field};\n");
+        if (m_genJava)
+            v.fillTo(*m_java, "\t@Encoding(\"UTF-16\")\n\t@Dimension({size})\n\tpublic String {field};\n");
         break;
     }
     case TC_CHARS:
@@ -286,8 +292,10 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
              kMember, "{field}_put( const char * src, uint2 len )", kForward, "src, len"},
         };
         writeFieldRows(s, f, v, put, 1);
-        *m_cs << v.fill("\t[Dimension({size})]\n\tpublic string {field};\n");
-        *m_java << v.fill("\t@Dimension({size})\n\tpublic String {field};\n");
+        if (m_genCs)
+            v.fillTo(*m_cs, "\t[Dimension({size})]\n\tpublic string {field};\n");
+        if (m_genJava)
+            v.fillTo(*m_java, "\t@Dimension({size})\n\tpublic String {field};\n");
         break;
     }
     case TC_STRUCT:
@@ -301,8 +309,10 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
              kMember, "{field}_write( {t} & s )", kForward, "&s"},
         };
         writeFieldRows(s, f, v, rows, 2);
-        *m_cs << v.fill("\tpublic {t} {field};\n");
-        *m_java << v.fill("\tpublic {t} {field};\n");
+        if (m_genCs)
+            v.fillTo(*m_cs, "\tpublic {t} {field};\n");
+        if (m_genJava)
+            v.fillTo(*m_java, "\tpublic {t} {field};\n");
         break;
     }
     case TC_BLOB: {
@@ -325,8 +335,10 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
              kMember, "{field}_append( const void * src, uint4 nbytes )", kForward, "src, nbytes"},
         };
         writeFieldRows(s, f, v, rows, 4);
-        *m_cs << v.fill("\t[Blob]\n\tpublic byte[] {field};\n");
-        *m_java << v.fill("\t@Blob\n\tpublic byte[] {field};\n");
+        if (m_genCs)
+            v.fillTo(*m_cs, "\t[Blob]\n\tpublic byte[] {field};\n");
+        if (m_genJava)
+            v.fillTo(*m_java, "\t@Blob\n\tpublic byte[] {field};\n");
         break;
     }
     case TC_OID_REF: {
@@ -340,8 +352,10 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
              kMember, "{field}_put( {db}_oid & src )", kForward, "&src"},
         };
         writeFieldRows(s, f, v, rows, 2);
-        *m_cs << v.fill("\tpublic ulong {field};\n");
-        *m_java << v.fill("\tpublic long {field};\n");
+        if (m_genCs)
+            v.fillTo(*m_cs, "\tpublic ulong {field};\n");
+        if (m_genJava)
+            v.fillTo(*m_java, "\tpublic long {field};\n");
         break;
     }
     case TC_SCALAR:

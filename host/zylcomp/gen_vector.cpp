@@ -264,6 +264,8 @@ void GenOutput::outputElementField(Struct& s, Class* c, Field& f, bool vector) {
         .set("encjava", wide ? "\t@Encoding(\"UTF-16\")\n" : "")
         .set("cstype", structs ? t.m_name : ref ? "ulong" : "string")
         .set("jtype", structs ? t.m_name : ref ? "long" : "String");
-    *m_cs << v.fill("{enccs}{dimcs}\tpublic {cstype}[] {field};\n");
-    *m_java << v.fill("{encjava}{dimjava}\tpublic {jtype}[] {field};\n");
+    if (m_genCs)
+        v.fillTo(*m_cs, "{enccs}{dimcs}\tpublic {cstype}[] {field};\n");
+    if (m_genJava)
+        v.fillTo(*m_java, "{encjava}{dimjava}\tpublic {jtype}[] {field};\n");
 }
