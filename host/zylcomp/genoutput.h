@@ -151,6 +151,10 @@ protected:
     // Class API (gen_class.cpp).
     // Creation, deletion, allocation settings, checkpoint, oid functions, _pack.
     void outputClassApi(Class& c);
+    // One function of the class API, "{class}{suffix}", and its C++ member
+    // unless `member` is null; the body gets its closing brace.
+    void writeApiRow(Class& c, Subst& v, char const* suffix, char const* params, char const* body,
+                     char const* memberDecl, char const* member, char const* memberBody);
     // Fields, cursors and indexes of a class.
     void output(Class& c);
     // The version walk a history index gives instead of a search API.
