@@ -5,6 +5,18 @@
 #include "foundation/ut.h"
 #include "frontend/diagnostics.h"
 
+IOutStream& IOutStream::write(char const* s, size_t n) {
+    mstring text;
+    text.set(s, n);
+    return *this << text;
+}
+
+IOutStream& ZylOFstream::write(char const* s, size_t n) {
+    if (m_file && n > 0)
+        std::fwrite(s, 1, n, m_file);
+    return *this;
+}
+
 IOutStream& ZylOFstream::operator<<(mstring const& s) {
     if (m_file && s.ptr())
         std::fputs(s.ptr(), m_file);
@@ -91,9 +103,14 @@ mstring ZylOstringstream::retstr() {
     return result;
 }
 
-void MemOstringstream::append(char const* s) {
-    if (!m_ended && s)
-        m_text += s;
+void MemOstringstream::append(char const* s, size_t n) {
+    if (m_ended || n == 0)
+        return;
+    if (v_block.empty() || v_block.back().size() + n > v_block.back().capacity()) {
+        v_block.emplace_back();
+        v_block.back().reserve(n > kBlock ? n : kBlock);
+    }
+    v_block.back().append(s, n);
 }
 
 IOutStream& MemOstringstream::operator<<(mstring const& s) {
@@ -119,8 +136,9 @@ IOutStream& MemOstringstream::operator<<(unsigned long v) {
 }
 
 IOutStream& MemOstringstream::operator<<(char c) {
-    char buf[2] = {c, '\0'};
-    append(buf);
+    // A NUL is an empty C string: it adds nothing.
+    if (c != '\0')
+        append(&c, 1);
     return *this;
 }
 
@@ -130,9 +148,29 @@ IOutStream& MemOstringstream::operator<<(long long v) {
     return *this;
 }
 
+IOutStream& MemOstringstream::write(char const* s, size_t n) {
+    append(s, n);
+    return *this;
+}
+
+void MemOstringstream::moveTextTo(IOutStream& target) {
+    m_ended = true;
+    // No NUL ever enters the text (every piece is a C string), so the
+    // whole of it is what retstr() would give. Each block goes as soon as
+    // it is written.
+    for (std::string& block : v_block) {
+        target.write(block.data(), block.size());
+        std::string().swap(block);
+    }
+    v_block.clear();
+}
+
 mstring MemOstringstream::retstr() {
     m_ended = true;
-    return mstring(m_text.c_str());
+    std::string text;
+    for (std::string const& block : v_block)
+        text += block;
+    return mstring(text.c_str());
 }
 
 DupStream::~DupStream() {

@@ -4,7 +4,9 @@
 #pragma once
 
 #include <cstdio>
+#include <cstring>
 #include <string>
+#include <vector>
 
 #include "foundation/mstring.h"
 
@@ -19,6 +21,13 @@ public:
     virtual IOutStream& operator<<(long long v) = 0;
     virtual bool good() = 0;
     virtual mstring retstr() { return mstring(); }
+    // `n` characters at `s`, none of them NUL: text whose length is known
+    // already is not measured again.
+    virtual IOutStream& write(char const* s, size_t n);
+    IOutStream& write(std::string const& s) { return write(s.data(), s.size()); }
+    // Ends writing as retstr() does and writes the collected text to
+    // `target`, without making a copy of it where the stream can.
+    virtual void moveTextTo(IOutStream& target) { target << retstr(); }
 
     // Plain ints and unsigneds would be ambiguous between the overloads above.
     IOutStream& operator<<(int v) { return *this << static_cast<long>(v); }
@@ -45,6 +54,8 @@ public:
     IOutStream& operator<<(char c) override;
     IOutStream& operator<<(long long v) override;
     using IOutStream::operator<<;
+    IOutStream& write(char const* s, size_t n) override;
+    using IOutStream::write;
     bool good() override { return m_file != nullptr; }
     void close();
     // Gives the file a write buffer of `size` bytes, which the stream owns.
@@ -68,6 +79,8 @@ public:
     IOutStream& operator<<(char c) override { m_stream << c; return *this; }
     IOutStream& operator<<(long long v) override { m_stream << v; return *this; }
     using IOutStream::operator<<;
+    IOutStream& write(char const* s, size_t n) override { m_stream.write(s, n); return *this; }
+    using IOutStream::write;
     bool good() override { return true; }
     // Ends writing for good and reads the collected text back.
     mstring retstr() override;
@@ -90,13 +103,26 @@ public:
     IOutStream& operator<<(char c) override;
     IOutStream& operator<<(long long v) override;
     using IOutStream::operator<<;
+    IOutStream& write(char const* s, size_t n) override;
+    using IOutStream::write;
     bool good() override { return true; }
     mstring retstr() override;
+    // Hands the text over whole and lets its memory go; a later retstr()
+    // gives an empty text.
+    void moveTextTo(IOutStream& target) override;
 
 private:
-    void append(char const* s);
+    void append(char const* s) {
+        if (s != nullptr)
+            append(s, std::strlen(s));
+    }
+    void append(char const* s, size_t n);
 
-    std::string m_text;  // std::string: the text grows by many small pieces
+    // The text in blocks of about kBlock bytes, filled one after the other:
+    // a text of tens of megabytes grows without being copied to ever larger
+    // blocks, and is never held twice while it grows.
+    static constexpr size_t kBlock = size_t{1} << 20;
+    std::vector<std::string> v_block;
     bool m_ended = false;
 };
 
@@ -109,6 +135,8 @@ public:
     IOutStream& operator<<(char) override { return *this; }
     IOutStream& operator<<(long long) override { return *this; }
     using IOutStream::operator<<;
+    IOutStream& write(char const*, size_t) override { return *this; }
+    using IOutStream::write;
     bool good() override { return true; }
 };
 
@@ -123,6 +151,8 @@ public:
     IOutStream& operator<<(char c) override { *m_target << c; return *this; }
     IOutStream& operator<<(long long v) override { *m_target << v; return *this; }
     using IOutStream::operator<<;
+    IOutStream& write(char const* s, size_t n) override { m_target->write(s, n); return *this; }
+    using IOutStream::write;
     bool good() override { return m_target->good(); }
 
 private:
@@ -141,6 +171,12 @@ public:
     IOutStream& operator<<(char c) override { *m_first << c; *m_second << c; return *this; }
     IOutStream& operator<<(long long v) override { *m_first << v; *m_second << v; return *this; }
     using IOutStream::operator<<;
+    IOutStream& write(char const* s, size_t n) override {
+        m_first->write(s, n);
+        m_second->write(s, n);
+        return *this;
+    }
+    using IOutStream::write;
     bool good() override { return m_first->good() && m_second->good(); }
 
 private:

@@ -19,12 +19,26 @@ mstring format(char const* fmt, A... args) {
 }  // namespace
 
 char* UT::decimal(unsigned long long v, char (&buf)[24]) {
+    // Two digits a step: numbers are written by the hundred thousand.
+    static char const pairs[] =
+        "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+        "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+        "8081828384858687888990919293949596979899";
     char* p = buf + sizeof buf - 1;
     *p = '\0';
-    do {
-        *--p = static_cast<char>('0' + v % 10);
-        v /= 10;
-    } while (v != 0);
+    while (v >= 100) {
+        unsigned const r = static_cast<unsigned>(v % 100);
+        v /= 100;
+        *--p = pairs[2 * r + 1];
+        *--p = pairs[2 * r];
+    }
+    if (v >= 10) {
+        unsigned const r = static_cast<unsigned>(v);
+        *--p = pairs[2 * r + 1];
+        *--p = pairs[2 * r];
+    } else {
+        *--p = static_cast<char>('0' + v);
+    }
     return p;
 }
 

@@ -206,8 +206,11 @@ void GenOutput::outputClassEnd(Class&) {
 
 void GenOutput::outputScalarBinding(Field const& f) {
     Struct const& t = *f.m_struct;
-    *m_cs << "\tpublic " << csType(t) << " " << f.m_name << ";\n";
-    *m_java << "\tpublic " << UT::mapJavaType(t.m_cType, t.m_name, false) << " " << f.m_name << ";\n";
+    // The type names are looked up only for a binding that is written.
+    if (m_genCs)
+        *m_cs << "\tpublic " << csType(t) << " " << f.m_name << ";\n";
+    if (m_genJava)
+        *m_java << "\tpublic " << UT::mapJavaType(t.m_cType, t.m_name, false) << " " << f.m_name << ";\n";
 }
 
 void GenOutput::outputElementBinding(Field const& f) {
@@ -217,8 +220,10 @@ void GenOutput::outputElementBinding(Field const& f) {
         *m_cs << "\t[Dimension(" << f.m_arraySize << ")]\n";
         *m_java << "\t@Dimension(" << f.m_arraySize << ")\n";
     }
-    *m_cs << "\tpublic " << csType(t) << "[] " << f.m_name << ";\n";
-    *m_java << "\tpublic " << UT::mapJavaType(t.m_cType, t.m_name, false) << "[] " << f.m_name << ";\n";
+    if (m_genCs)
+        *m_cs << "\tpublic " << csType(t) << "[] " << f.m_name << ";\n";
+    if (m_genJava)
+        *m_java << "\tpublic " << UT::mapJavaType(t.m_cType, t.m_name, false) << "[] " << f.m_name << ";\n";
 }
 
 void GenOutput::outputSequenceBinding(Field const& f, mstring const& suffix, int elemSize) {

@@ -32,6 +32,27 @@ char const* const kStaticMember = "  static ZYL_RET ";
 
 bool indexIsHidden(Index const& idx) { return idx.m_isSystem; }
 
+void GenOutput::writeApiRow(Class& c, Subst& v, char const* suffix, char const* params, char const* body,
+                            char const* memberDecl, char const* member, char const* memberBody) {
+    // Filled into the buffers the field rows use.
+    std::string& head = m_rowHead;
+    std::string& text = m_rowBody;
+    head.clear();
+    appendHead(head, {c.m_name.c_str(), suffix}, c.m_outputWidth);
+    v.fillTo(head, params);
+    text.clear();
+    v.fillTo(text, body);
+    text += "\n}\n\n";
+    writeCFunction(head, text);
+    if (member == nullptr)
+        return;
+    m_rowMember.clear();
+    v.fillTo(m_rowMember, member);
+    m_rowForward.clear();
+    v.fillTo(m_rowForward, memberBody);
+    writeCppMember(memberDecl, hppClass(c.m_name), m_rowMember, m_rowForward);
+}
+
 void GenOutput::outputClassApi(Class& c) {
     mstring const& db = m_schema->m_dbName;
     // Objects are stored in the compact format when the class asks for it.
@@ -88,11 +109,9 @@ void GenOutput::outputClassApi(Class& c) {
         if (!row.when)
             continue;
         bool withEvent = row.bodyEv != nullptr && row.event != NO_EVENT;
-        v.set("e", UT::n2s(row.event));
-        writeCFunction(functionHead(c.m_name + row.suffix, v.fill(row.params), c.m_outputWidth),
-                       v.fill(withEvent ? row.bodyEv : row.body) + "\n}\n\n");
-        if (row.member != nullptr)
-            writeCppMember(row.memberDecl, hppClass(c.m_name), v.fill(row.member), v.fill(row.memberBody));
+        v.setNum("e", row.event);
+        writeApiRow(c, v, row.suffix, row.params, withEvent ? row.bodyEv : row.body, row.memberDecl, row.member,
+                    row.memberBody);
     }
 }
 
@@ -121,9 +140,7 @@ void GenOutput::output(Class& c) {
     for (ApiRow const& row : rows) {
         if (!row.when)
             continue;
-        writeCFunction(functionHead(c.m_name + row.suffix, v.fill(row.params), c.m_outputWidth),
-                       v.fill(row.body) + "\n}\n\n");
-        writeCppMember(row.memberDecl, hppClass(c.m_name), v.fill(row.member), v.fill(row.memberBody));
+        writeApiRow(c, v, row.suffix, row.params, row.body, row.memberDecl, row.member, row.memberBody);
     }
 
     for (unsigned i = 0; i < c.v_index.size(); i++) {

@@ -140,7 +140,9 @@ void GenOutput::output() {
     if (!m_csNamespace.empty())
         *m_cs << "}\n";
     // The wrappers' definitions follow all class bodies.
-    *m_hpp << m_hppInline->retstr() << "\n";
+    // Moved, not copied: the text is the largest the generator holds.
+    m_hppInline->moveTextTo(*m_hpp);
+    *m_hpp << "\n";
 }
 
 bool GenOutput::outputEnums() {

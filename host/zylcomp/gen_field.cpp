@@ -78,9 +78,14 @@ void GenOutput::output(Struct& s, Class* c) {
 Subst GenOutput::fieldSubst(Struct& s, Class* c, Field const& f) const {
     FldLayout const& large = *f.m_largeLayout;
     FldLayout const& compact = *f.m_compactLayout;
-    mstring const offU = text(large.m_offset);
-    mstring const offC = text(compact.m_offset);
-    mstring const fn = UT::n2s(f.m_fieldNo);
+    // Texts of the two layouts' own offsets: each stays as it is until the
+    // same offset is asked for its text again.
+    char ubuf[24];
+    char cbuf[24];
+    char const* const offU = textOf(large.m_offset, ubuf);
+    char const* const offC = textOf(compact.m_offset, cbuf);
+    char buf[24];
+    char const* const fn = UT::decimal(static_cast<long long>(f.m_fieldNo), buf);
     bool const same = large.m_offset == compact.m_offset;
     std::uint32_t e = NO_EVENT;
     if (c != nullptr) {
@@ -89,26 +94,41 @@ Subst GenOutput::fieldSubst(Struct& s, Class* c, Field const& f) const {
             e = c->getClassUpdateEvent();
     }
     Struct const& t = *f.m_struct;
+    char const* const name = s.m_name.c_str();
     Subst v;
     v.set("db", m_schema->m_dbName)
-        .set("h", s.m_name)
+        .set("h", name)
         .set("hpp", hppClass(s.m_name))
         .set("field", f.m_name)
-        .set("cf", s.m_name + "_" + f.m_name)
+        .set("cf", {name, "_", f.m_name.c_str()})
         .set("fn", fn)
         .set("off_u", offU)
         .set("off_c", offC)
-        .set("loc", same ? offU + ", " + fn : offU + ", " + offC + ", " + fn)
+        .set("loc", same ? std::initializer_list<char const*>{offU, ", ", fn}
+                         : std::initializer_list<char const*>{offU, ", ", offC, ", ", fn})
         .set("sfx", same ? "" : "2")
         .set("ix", c != nullptr && c->fieldIsIndexed(f) ? "1" : "0")
-        .set("ev", e != NO_EVENT ? "_ev" : "")
-        .set("evarg", e != NO_EVENT ? mstring(", ") + UT::n2s(e) : mstring())
-        .set("size", text(large.m_size))
+        .set("ev", e != NO_EVENT ? "_ev" : "");
+    if (e != NO_EVENT) {
+        char ebuf[24];
+        v.set("evarg", {", ", UT::decimal(static_cast<unsigned long long>(e), ebuf)});
+    } else {
+        v.set("evarg", "");
+    }
+    char sbuf[24];
+    v.set("size", textOf(large.m_size, sbuf))
         .set("t", t.m_category == TC_STRUCT || t.m_category == TC_DIRECT ? t.m_name : t.m_cType);
     if (c != nullptr) {
         // Columns are read in the format the class stores its objects in.
         FldLayout const& stored = c->m_compact ? compact : large;
-        v.set("code", classCode(*c)).set("off", text(stored.m_offset));
+        // {code} as classCode gives it.
+        char kbuf[24];
+        char const* const code = UT::decimal(static_cast<long long>(c->m_code), kbuf);
+        if (m_classCodeOrigin)
+            v.set("code", {"dict.class_code_origin + ", code});
+        else
+            v.set("code", code);
+        v.set("off", textOf(stored.m_offset, kbuf));
     }
     return v;
 }
@@ -128,25 +148,39 @@ void GenOutput::declareIndicator(Struct& s, Field const& f) {
 }
 
 void GenOutput::writeFieldRows(Struct& s, Field const& f, Subst& v, FieldRow const* rows, unsigned n) {
+    // Each text is filled into a buffer that the next row reuses.
+    std::string& head = m_rowHead;
+    std::string& body = m_rowBody;
+    std::string& member = m_rowMember;
+    std::string& forward = m_rowForward;
     for (unsigned i = 0; i < n; i++) {
         FieldRow const& row = rows[i];
         if (!row.when)
             continue;
-        v.set("op", row.op).set("args", v.fill(row.args));
-        mstring body;
+        v.set("op", row.op).setFilled("args", row.args);
+        body.clear();
         if (row.kind == FieldRow::kWhole) {
-            body = v.fill(row.body);
+            v.fillTo(body, row.body);
         } else {
-            body = "{";
+            body += '{';
             if (f.m_isNullable && row.kind == FieldRow::kRead)
-                body += v.fill(kReadIndicator);
+                v.fillTo(body, kReadIndicator);
             if (f.m_isNullable && row.kind == FieldRow::kWrite)
-                body += v.fill(kWriteIndicator);
-            body += v.fill(row.body) + "\n}\n\n";
+                v.fillTo(body, kWriteIndicator);
+            v.fillTo(body, row.body);
+            body += "\n}\n\n";
         }
-        writeCFunction(functionHead(s.m_name + "_" + f.m_name + row.op, v.fill(row.params), s.m_outputWidth), body);
-        if (row.member != nullptr)
-            writeCppMember(row.memberDecl, hppClass(s.m_name), v.fill(row.member), v.fill(row.forward));
+        head.clear();
+        appendHead(head, {s.m_name.c_str(), "_", f.m_name.c_str(), row.op}, s.m_outputWidth);
+        v.fillTo(head, row.params);
+        writeCFunction(head, body);
+        if (row.member != nullptr) {
+            member.clear();
+            v.fillTo(member, row.member);
+            forward.clear();
+            v.fillTo(forward, row.forward);
+            writeCppMember(row.memberDecl, hppClass(s.m_name), member, forward);
+        }
     }
 }
 
@@ -166,7 +200,8 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
     // Top-n functions exist for indexed fields of classes with sequences;
     // the C++ properties have their own way to the data.
     bool const top = s.m_hasSequences && f.m_isIndexed && !m_cppProperties;
-    mstring const cf = s.m_name + "_" + f.m_name;
+    // Only the top functions take the name apart from the Subst.
+    mstring const cf = top ? s.m_name + "_" + f.m_name : mstring();
     switch (category) {
     case TC_NSTRING: {
         FieldRow const get[] = {
@@ -186,8 +221,10 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
              kMember, "{field}_put(const nchar_t * src, uint2 len)", kForward, "src, len"},
         };
         writeFieldRows(s, f, v, rest, 2);
-        *m_cs << v.fill("\t[Encoding(\"UTF-16\")]\n\tpublic string {field};\n");
-        *m_java << v.fill("\t@Encoding(\"UTF-16\")\n\tpublic String {field};\n");
+        if (m_genCs)
+            v.fillTo(*m_cs, "\t[Encoding(\"UTF-16\")]\n\tpublic string {field};\n");
+        if (m_genJava)
+            v.fillTo(*m_java, "\t@Encoding(\"UTF-16\")\n\tpublic String {field};\n");
         break;
     }
     case TC_STRING:
@@ -209,8 +246,10 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
              kMember, "{field}_put(const char * src, uint2 len)", kForward, "src, len"},
         };
         writeFieldRows(s, f, v, rest, 2);
-        *m_cs << v.fill("\tpublic string {field};\n");
-        *m_java << v.fill("\tpublic String {field};\n");
+        if (m_genCs)
+            v.fillTo(*m_cs, "\tpublic string {field};\n");
+        if (m_genJava)
+            v.fillTo(*m_java, "\tpublic String {field};\n");
         break;
     }
     case TC_NCHARS: {
@@ -228,8 +267,10 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
              kMember, "{field}_put( const nchar_t * src, uint2 len )", kForward, "src, len"},
         };
         writeFieldRows(s, f, v, put, 1);
-        *m_cs << v.fill("\t[Encoding(\"UTF-16\")]\n\t[Dimension({size})]\n\tpublic string {field};\n");
-        *m_java << v.fill("\t@Encoding(\"UTF-16\")\n\t@Dimension({size})\n\tpublic String {field};\n");
+        if (m_genCs)
+            v.fillTo(*m_cs, "\t[Encoding(\"UTF-16\")]\n\t[Dimension({size})]\n\tpublic string {field};\n");
+        if (m_genJava)
+            v.fillTo(*m_java, "\t@Encoding(\"UTF-16\")\n\t@Dimension({size})\n\tpublic String {field};\n");
         break;
     }
     case TC_CHARS:
@@ -251,8 +292,10 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
              kMember, "{field}_put( const char * src, uint2 len )", kForward, "src, len"},
         };
         writeFieldRows(s, f, v, put, 1);
-        *m_cs << v.fill("\t[Dimension({size})]\n\tpublic string {field};\n");
-        *m_java << v.fill("\t@Dimension({size})\n\tpublic String {field};\n");
+        if (m_genCs)
+            v.fillTo(*m_cs, "\t[Dimension({size})]\n\tpublic string {field};\n");
+        if (m_genJava)
+            v.fillTo(*m_java, "\t@Dimension({size})\n\tpublic String {field};\n");
         break;
     }
     case TC_STRUCT:
@@ -266,8 +309,10 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
              kMember, "{field}_write( {t} & s )", kForward, "&s"},
         };
         writeFieldRows(s, f, v, rows, 2);
-        *m_cs << v.fill("\tpublic {t} {field};\n");
-        *m_java << v.fill("\tpublic {t} {field};\n");
+        if (m_genCs)
+            v.fillTo(*m_cs, "\tpublic {t} {field};\n");
+        if (m_genJava)
+            v.fillTo(*m_java, "\tpublic {t} {field};\n");
         break;
     }
     case TC_BLOB: {
@@ -290,8 +335,10 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
              kMember, "{field}_append( const void * src, uint4 nbytes )", kForward, "src, nbytes"},
         };
         writeFieldRows(s, f, v, rows, 4);
-        *m_cs << v.fill("\t[Blob]\n\tpublic byte[] {field};\n");
-        *m_java << v.fill("\t@Blob\n\tpublic byte[] {field};\n");
+        if (m_genCs)
+            v.fillTo(*m_cs, "\t[Blob]\n\tpublic byte[] {field};\n");
+        if (m_genJava)
+            v.fillTo(*m_java, "\t@Blob\n\tpublic byte[] {field};\n");
         break;
     }
     case TC_OID_REF: {
@@ -305,8 +352,10 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
              kMember, "{field}_put( {db}_oid & src )", kForward, "&src"},
         };
         writeFieldRows(s, f, v, rows, 2);
-        *m_cs << v.fill("\tpublic ulong {field};\n");
-        *m_java << v.fill("\tpublic long {field};\n");
+        if (m_genCs)
+            v.fillTo(*m_cs, "\tpublic ulong {field};\n");
+        if (m_genJava)
+            v.fillTo(*m_java, "\tpublic long {field};\n");
         break;
     }
     case TC_SCALAR:
@@ -329,19 +378,19 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
 void GenOutput::outputScalarField(Struct& s, Class* c, Field& f, Subst& v) {
     Struct const& t = *f.m_struct;
     int const size = t.m_layout.large.m_size.m_num;
-    mstring family;
+    char const* family = "";
     if (t.m_name == "boolean")
         family = "bit";
     else if (size == 1 || size == 2 || size == 4 || size == 8)
-        family = mstring("b") + UT::n2s(size);
+        family = size == 1 ? "b1" : size == 2 ? "b2" : size == 4 ? "b4" : "b8";
     else
         IErrReporter::panic(mstring("illegal size of scalar field ") + f.m_name + ": " + UT::n2s(size), false);
     bool const isEnum = f.m_enum != nullptr;
-    v.set("getter", mstring("zyl_w_") + family + "_get")
-        .set("putter", mstring("zyl_w_") + family + "_put")
+    v.set("getter", {"zyl_w_", family, "_get"})
+        .set("putter", {"zyl_w_", family, "_put"})
         .set("int", isEnum ? enum_int_type(size) : mstring())
-        .set("b", UT::n2s(size))
-        .set("p", UT::n2s(f.m_precision));
+        .setNum("b", size)
+        .setNum("p", f.m_precision);
 
     bool const numeric = f.m_precision >= 0;
     if (numeric) {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "foundation/mstring.h"
+#include "foundation/ut.h"
 #include "host/zylcomp/fsize.h"
 
 // One function of a field: the C function, and its C++ member unless
@@ -30,6 +31,11 @@ struct FieldRow {
 namespace fieldtext {
 
 inline mstring text(FSize const& v) { return static_cast<mstring const&>(v); }
+// The same text without a string made for it: a plain number is written
+// into `buf`, an expression is the size's own text.
+inline char const* textOf(FSize const& v, char (&buf)[24]) {
+    return v.is_str() ? static_cast<mstring const&>(v).c_str() : UT::decimal(static_cast<long long>(v.m_num), buf);
+}
 
 inline constexpr char const* kMember = "  ZYL_RET ";
 inline constexpr char const* kStaticMember = "  static ZYL_RET ";

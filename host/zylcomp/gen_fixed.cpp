@@ -52,18 +52,22 @@ bool seenBefore(std::unordered_set<Struct const*>& done, Struct const& s) { retu
 
 // The values the templates of one fixed field draw on. {n} is the length of
 // a character field in its own units, {dim} the dimension of an array.
-Subst fixedFieldSubst(Struct const& s, Field const& f) {
+// Every name is set each time, so one Subst serves field after field.
+void fixedFieldSubst(Subst& v, Struct const& s, Field const& f) {
     Struct const& t = *f.m_struct;
     int bytes = t.m_layout.compact.m_size.m_num;
-    Subst v;
     v.set("s", s.m_name)
         .set("field", f.m_name)
         .set("t", t.m_name)
         .set("ctype", t.m_cType)
-        .set("n", UT::n2s(t.m_category == TC_NCHARS ? bytes / 2 : bytes))
-        .set("dim", f.m_isArray ? mstring("[") + UT::n2s(f.m_arraySize) + "]" : mstring())
-        .set("count", UT::n2s(f.m_arraySize));
-    return v;
+        .setNum("n", t.m_category == TC_NCHARS ? bytes / 2 : bytes)
+        .setNum("count", f.m_arraySize);
+    if (f.m_isArray) {
+        char buf[24];
+        v.set("dim", {"[", UT::decimal(static_cast<long long>(f.m_arraySize), buf), "]"});
+    } else {
+        v.set("dim", "");
+    }
 }
 
 }  // namespace
@@ -78,24 +82,25 @@ void GenOutput::genFixedStruct(Struct& s) {
     }
 
     *m_h << "typedef struct " << s.m_name << "_fixed_ {\n";
+    Subst v;
     for (unsigned i = 0; i < s.v_field.size(); i++) {
         Field const& f = s.v_field[static_cast<int>(i)];
         if (!isFixedField(f))
             continue;
-        Subst v = fixedFieldSubst(s, f);
+        fixedFieldSubst(v, s, f);
         switch (f.m_struct->m_category) {
         case TC_SCALAR:
-            *m_h << v.fill("  {ctype} {field}{dim};\n");
+            v.fillTo(*m_h, "  {ctype} {field}{dim};\n");
             break;
         case TC_CHARS:
         case TC_BINARY:
-            *m_h << v.fill("  char {field}[{n}];\n");
+            v.fillTo(*m_h, "  char {field}[{n}];\n");
             break;
         case TC_NCHARS:
-            *m_h << v.fill("  nchar_t {field}[{n}];\n");
+            v.fillTo(*m_h, "  nchar_t {field}[{n}];\n");
             break;
         default:  // a struct
-            *m_h << v.fill("  {t}_fixed {field};\n");
+            v.fillTo(*m_h, "  {t}_fixed {field};\n");
             break;
         }
     }
@@ -115,58 +120,71 @@ void GenOutput::outputFixed(Struct& s) {
     // Each field adds one link to both chains. A link that may meet a null
     // value (a nullable field, or a struct that may hold one) lets it pass
     // and remembers it in has_nulls_, so the remaining fields are still read.
-    mstring locals;
-    mstring getChain;
-    mstring putChain;
+    // The texts grow link by link: std::string, so that adding a link does
+    // not scan the chain built so far.
+    std::string locals;
+    std::string getChain;
+    std::string putChain;
+    std::string get;
+    std::string put;
+    Subst v;
     for (unsigned i = 0; i < s.v_field.size(); i++) {
         Field const& f = s.v_field[static_cast<int>(i)];
         if (!isFixedField(f))
             continue;
-        Subst v = fixedFieldSubst(s, f);
+        fixedFieldSubst(v, s, f);
         char const* join = getChain.empty() ? "\n    " : "\n    && ";
         getChain += join;
         putChain += join;
-        mstring get;
-        mstring put;
+        get.clear();
+        put.clear();
         if (f.m_struct->m_category == TC_STRUCT) {
             // The nested object is reached through a handle of its own.
-            locals += v.fill("  {t} {field};\n");
-            getChain += v.fill("(((rc_ = {s}_{field}_read_handle(handle_, &{field})) == ZYL_S_OK"
+            v.fillTo(locals, "  {t} {field};\n");
+            v.fillTo(getChain, "(((rc_ = {s}_{field}_read_handle(handle_, &{field})) == ZYL_S_OK"
                                " && (rc_ = {t}_fixed_get(&{field}, &dst_->{field})) == ZYL_S_OK)"
                                " || (has_nulls_ = rc_) == ZYL_S_NULL_VALUE)");
-            putChain += v.fill("(rc_ = {s}_{field}_write_handle(handle_, &{field})) == ZYL_S_OK"
+            v.fillTo(putChain, "(rc_ = {s}_{field}_write_handle(handle_, &{field})) == ZYL_S_OK"
                                " && (rc_ = {t}_fixed_put(&{field}, &src_->{field})) == ZYL_S_OK");
             continue;
         }
         if (f.m_isRect || f.m_isPoint) {
-            get = v.fill("{s}_{field}_get(handle_, dst_->{field})");
-            put = v.fill("{s}_{field}_put(handle_, src_->{field})");
+            v.fillTo(get, "{s}_{field}_get(handle_, dst_->{field})");
+            v.fillTo(put, "{s}_{field}_put(handle_, src_->{field})");
         } else if (f.m_isArray) {
-            get = v.fill("{s}_{field}_get_range(handle_, 0, {count}, dst_->{field})");
-            put = v.fill("{s}_{field}_put_range(handle_, 0, {count}, src_->{field})");
+            v.fillTo(get, "{s}_{field}_get_range(handle_, 0, {count}, dst_->{field})");
+            v.fillTo(put, "{s}_{field}_put_range(handle_, 0, {count}, src_->{field})");
         } else if (f.m_struct->m_category == TC_SCALAR) {
-            get = v.fill("{s}_{field}_get(handle_, &dst_->{field})");
-            put = v.fill("{s}_{field}_put(handle_, src_->{field})");
+            v.fillTo(get, "{s}_{field}_get(handle_, &dst_->{field})");
+            v.fillTo(put, "{s}_{field}_put(handle_, src_->{field})");
         } else {
-            get = v.fill("{s}_{field}_get(handle_, dst_->{field}, {n})");
-            put = v.fill("{s}_{field}_put(handle_, src_->{field}, {n})");
+            v.fillTo(get, "{s}_{field}_get(handle_, dst_->{field}, {n})");
+            v.fillTo(put, "{s}_{field}_put(handle_, src_->{field}, {n})");
         }
         if (f.m_isNullable)
-            getChain += "((rc_ = " + get + ") == ZYL_S_OK || (has_nulls_ = rc_) == ZYL_S_NULL_VALUE)";
+            getChain.append("((rc_ = ").append(get).append(") == ZYL_S_OK || (has_nulls_ = rc_) == ZYL_S_NULL_VALUE)");
         else
-            getChain += "(rc_ = " + get + ") == ZYL_S_OK";
-        putChain += "(rc_ = " + put + ") == ZYL_S_OK";
+            getChain.append("(rc_ = ").append(get).append(") == ZYL_S_OK");
+        putChain.append("(rc_ = ").append(put).append(") == ZYL_S_OK");
     }
 
-    Subst v;
     v.set("s", s.m_name);
-    writeCFunction(functionHead(s.m_name + "_fixed_get", v.fill(" ( {s} *handle_, {s}_fixed* dst_ )"),
-                                s.m_outputWidth),
-                   "{ ZYL_RET rc_ = ZYL_S_OK, has_nulls_ = ZYL_S_OK;\n" + locals + "  return" + getChain +
-                       "\n  ? has_nulls_ : rc_;\n}\n\n");
-    writeCFunction(functionHead(s.m_name + "_fixed_put", v.fill(" ( {s} *handle_, {s}_fixed const* src_ )"),
-                                s.m_outputWidth),
-                   "{ ZYL_RET rc_;\n" + locals + "  return" + putChain + "\n  ? ZYL_S_OK : rc_;\n}\n\n");
+    std::string head;
+    std::string body;
+    appendHead(head, {s.m_name.c_str(), "_fixed_get"}, s.m_outputWidth);
+    v.fillTo(head, " ( {s} *handle_, {s}_fixed* dst_ )");
+    body.append("{ ZYL_RET rc_ = ZYL_S_OK, has_nulls_ = ZYL_S_OK;\n")
+        .append(locals)
+        .append("  return")
+        .append(getChain)
+        .append("\n  ? has_nulls_ : rc_;\n}\n\n");
+    writeCFunction(head, body);
+    head.clear();
+    body.clear();
+    appendHead(head, {s.m_name.c_str(), "_fixed_put"}, s.m_outputWidth);
+    v.fillTo(head, " ( {s} *handle_, {s}_fixed const* src_ )");
+    body.append("{ ZYL_RET rc_;\n").append(locals).append("  return").append(putChain).append("\n  ? ZYL_S_OK : rc_;\n}\n\n");
+    writeCFunction(head, body);
 }
 
 // The stored image of a direct struct is this C type, laid out by the C

@@ -2,7 +2,6 @@
 // text that opens and closes every file, and the helpers all sections use.
 #include <unistd.h>
 
-#include <cctype>
 #include <cstring>
 #include <string>
 #include <utility>
@@ -75,10 +74,14 @@ void GenOutput::createStreams(bool udf, bool coll) {
         m_proto = IOutStream::createDupStream(m_h, m_c, false);
         m_protoEnd = IOutStream::createWrapStream(m_h);
         m_body = IOutStream::createWrapStream(m_c);
+        m_protoFile = m_h;
+        m_defFile = m_c;
     } else {
         m_proto = IOutStream::createWrapStream(m_h);
         m_protoEnd = IOutStream::createNullStream();
         m_body = IOutStream::createWrapStream(m_h);
+        m_protoFile = nullptr;
+        m_defFile = m_h;
     }
 
     if (m_genCpp) {
@@ -240,12 +243,31 @@ void GenOutput::outConstant(IOutStream* out, mstring const& name, int value) {
     *out << "#define " << name << " " << value << "\n";
 }
 
+void GenOutput::appendHead(std::string& out, std::initializer_list<char const*> name, int nameWidth) const {
+    // The widths pad as UT::adjust does: blanks up to the width, none past it.
+    auto pad = [&out](size_t from, int width) {
+        size_t const have = out.size() - from;
+        if (width > 0 && have < static_cast<size_t>(width))
+            out.append(static_cast<size_t>(width) - have, ' ');
+    };
+    if (!m_outOfLine)
+        out += "ZYL_TARGET_INLINE ";
+    size_t const ret = out.size();
+    out += "ZYL_RET";
+    pad(ret, m_retTypeWidth);
+    out += ' ';
+    size_t const start = out.size();
+    if (m_dllSpec)
+        out += "ZYL_DLL_SPEC ";
+    for (char const* piece : name)
+        out += piece;
+    pad(start, nameWidth);
+}
+
 mstring GenOutput::functionHead(mstring const& name, mstring const& params, int nameWidth) const {
     // Joined in a std::string: a chain of + would make a string per piece.
-    std::string head = m_outOfLine ? "" : "ZYL_TARGET_INLINE ";
-    head += UT::adjust("ZYL_RET", m_retTypeWidth).c_str();
-    head += ' ';
-    head += MF(name, nameWidth).c_str();
+    std::string head;
+    appendHead(head, {name.c_str()}, nameWidth);
     head += params.c_str();
     mstring result;
     result.set(head.data(), head.size());
@@ -253,7 +275,25 @@ mstring GenOutput::functionHead(mstring const& name, mstring const& params, int 
 }
 
 void GenOutput::writeCFunction(mstring const& head, mstring const& body) {
-    writeCFunction(head, body, m_proto, m_protoEnd, m_body);
+    if (m_defFile != nullptr)
+        writeCFunction(head.c_str(), std::strlen(head.c_str()), body.c_str(), std::strlen(body.c_str()));
+    else
+        writeCFunction(head, body, m_proto, m_protoEnd, m_body);
+}
+
+void GenOutput::writeCFunction(char const* head, size_t headLen, char const* body, size_t bodyLen) {
+    // What the routing streams would give each file: the prototype file
+    // gets "{head};\n", the definition file "{head}\n{body}".
+    std::string& text = m_functionText;
+    if (m_protoFile != nullptr) {
+        text.assign(head, headLen);
+        text += ";\n";
+        m_protoFile->write(text);
+    }
+    text.assign(head, headLen);
+    text += '\n';
+    text.append(body, bodyLen);
+    m_defFile->write(text);
 }
 
 void GenOutput::writeCFunction(mstring const& head, mstring const& body, IOutStream* proto, IOutStream* protoEnd,
@@ -264,10 +304,38 @@ void GenOutput::writeCFunction(mstring const& head, mstring const& body, IOutStr
     *bodyOut << body;
 }
 
+void GenOutput::writeCFunction(std::string const& head, std::string const& body) {
+    if (m_defFile != nullptr) {
+        writeCFunction(head.data(), head.size(), body.data(), body.size());
+        return;
+    }
+    m_proto->write(head);
+    m_protoEnd->write(";", 1);
+    m_proto->write("\n", 1);
+    m_body->write(body);
+}
+
 void GenOutput::writeCppMember(char const* decl, mstring const& scope, mstring const& member,
                                mstring const& body) {
     *m_hpp << decl << member << ";\n";
     *m_hppInline << "inline  ZYL_RET " << scope << "::" << member << "\n" << body << "\n}\n\n";
+}
+
+void GenOutput::writeCppMember(char const* decl, mstring const& scope, std::string const& member,
+                               std::string const& body) {
+    std::string& text = m_memberText;
+    text.assign(decl);
+    text += member;
+    text += ";\n";
+    m_hpp->write(text);
+    text.assign("inline  ZYL_RET ");
+    text += scope.c_str();
+    text += "::";
+    text += member;
+    text += '\n';
+    text += body;
+    text += "\n}\n\n";
+    m_hppInline->write(text);
 }
 
 mstring GenOutput::classCode(Class const& c) const {
@@ -275,7 +343,7 @@ mstring GenOutput::classCode(Class const& c) const {
     return m_classCodeOrigin ? mstring("dict.class_code_origin + ") + code : code;
 }
 
-mstring hppClass(mstring const& name) { return name; }
+mstring const& hppClass(mstring const& name) { return name; }
 
 mstring A(mstring const& name, mstring const& value) {
     mstring v;
@@ -336,58 +404,144 @@ void StrParams::setup() {
 // ---------------------------------------------------------------------------
 // Templates of generated text
 
-int Subst::find(char const* name, unsigned long n) const {
-    // The first characters are compared before strncmp is called.
-    for (unsigned i = 0; i < m_count; i++) {
-        char const* have = v_name[static_cast<int>(i)].c_str();
-        if (have[0] == name[0] && std::strncmp(have, name, n) == 0 && have[n] == '\0')
-            return static_cast<int>(i);
+Subst::Subst() {
+    for (int& b : m_bucket)
+        b = -1;
+    // Room for the names and values of a field's templates from the start.
+    v_slot.reserve(24);
+    m_values.reserve(512);
+}
+
+namespace {
+
+// A letter, a digit or '_', as isalnum of the "C" locale the compiler runs
+// in, without a library call per character.
+inline bool isNameChar(char ch) {
+    return (ch >= 'a' && ch <= 'z') || (ch >= 'A' && ch <= 'Z') || (ch >= '0' && ch <= '9') || ch == '_';
+}
+
+}  // namespace
+
+int Subst::find(char const* name, size_t n) const {
+    unsigned const key = keyOf(name, n);
+    for (int i = m_bucket[bucketOf(key)]; i >= 0; i = v_slot[static_cast<size_t>(i)].next) {
+        Slot const& slot = v_slot[static_cast<size_t>(i)];
+        if (slot.key != key)
+            continue;
+        // Length, first and last character agree: compare the middle.
+        size_t k = 1;
+        while (k + 1 < n && slot.name[k] == name[k])
+            k++;
+        if (k + 1 >= n)
+            return i;
     }
     return -1;
 }
 
-Subst& Subst::set(char const* name, mstring value) {
-    int i = find(name, std::strlen(name));
+Subst::Slot& Subst::slotOf(char const* name, size_t n) {
+    int i = find(name, n);
     if (i < 0) {
-        if (m_count == v_name.size()) {
-            v_name.resize(m_count + 16);
-            v_value.resize(m_count + 16);
-        }
-        i = static_cast<int>(m_count++);
-        v_name[i] = name;
+        unsigned const key = keyOf(name, n);
+        unsigned const bucket = bucketOf(key);
+        i = static_cast<int>(v_slot.size());
+        v_slot.push_back(Slot{name, key, m_bucket[bucket], 0, 0, 0});
+        m_bucket[bucket] = i;
     }
-    v_value[i] = std::move(value);
+    return v_slot[static_cast<size_t>(i)];
+}
+
+Subst& Subst::store(Slot& slot, char const* value, size_t n) {
+    if (n > slot.room) {
+        // A longer value than the place takes gets a new place at the end.
+        slot.off = static_cast<unsigned>(m_values.size());
+        slot.room = static_cast<unsigned>(n);
+        m_values.append(value, n);
+    } else if (n > 0) {
+        // The place is big enough: copied over the old value where it stands.
+        std::memmove(&m_values[slot.off], value, n);
+    }
+    slot.len = static_cast<unsigned>(n);
     return *this;
+}
+
+Subst& Subst::set(char const* name, std::initializer_list<char const*> pieces) {
+    Slot& slot = slotOf(name, std::strlen(name));
+    size_t n = 0;
+    for (char const* piece : pieces)
+        n += std::strlen(piece);
+    if (n > slot.room) {
+        slot.off = static_cast<unsigned>(m_values.size());
+        slot.room = static_cast<unsigned>(n);
+        for (char const* piece : pieces)
+            m_values += piece;
+    } else {
+        // The pieces are never the Subst's own values: they are copied in place.
+        char* to = &m_values[slot.off];
+        for (char const* piece : pieces) {
+            size_t const len = std::strlen(piece);
+            std::memcpy(to, piece, len);
+            to += len;
+        }
+    }
+    slot.len = static_cast<unsigned>(n);
+    return *this;
+}
+
+Subst& Subst::setNum(char const* name, long long value) {
+    char buf[24];
+    return set(name, UT::decimal(value, buf));
+}
+
+Subst& Subst::setFilled(char const* name, char const* text) {
+    // Filled apart first: the value may be drawn on while it is filled.
+    m_scratch.clear();
+    fillTo(m_scratch, text);
+    return setText(name, m_scratch.data(), m_scratch.size());
+}
+
+void Subst::fillTo(std::string& out, char const* text) const {
+    char const* values = m_values.data();
+    // `run` is where the text not yet copied begins: a brace that is no
+    // place of a set name stays in the run, so C text is copied in pieces
+    // as long as the stretches between the places.
+    char const* run = text;
+    char const* p = text;
+    for (;;) {
+        char const* brace = std::strchr(p, '{');
+        if (brace == nullptr) {
+            out.append(run, static_cast<size_t>(p - run) + std::strlen(p));
+            return;
+        }
+        char const* end = brace + 1;
+        while (isNameChar(*end))
+            end++;
+        int found = -1;
+        if (*end == '}' && end > brace + 1)
+            found = find(brace + 1, static_cast<size_t>(end - brace - 1));
+        if (found >= 0) {
+            out.append(run, static_cast<size_t>(brace - run));
+            Slot const& slot = v_slot[static_cast<size_t>(found)];
+            out.append(values + slot.off, slot.len);
+            run = end + 1;
+            p = run;
+        } else {
+            p = brace + 1;
+        }
+    }
+}
+
+void Subst::fillTo(IOutStream& out, char const* text) const {
+    m_filled.clear();
+    fillTo(m_filled, text);
+    out.write(m_filled);
 }
 
 mstring Subst::fill(char const* text) const {
     // Built in a std::string and copied once: an mstring would scan all of
-    // the text again for every piece added. Room for the template and a
-    // few values from the start, so that it seldom grows.
+    // the text again for every piece added.
     std::string out;
     out.reserve(std::strlen(text) + 256);
-    char const* p = text;
-    while (*p != '\0') {
-        char const* brace = std::strchr(p, '{');
-        if (brace == nullptr) {
-            out += p;
-            break;
-        }
-        out.append(p, static_cast<size_t>(brace - p));
-        p = brace;
-        char const* end = p + 1;
-        while (std::isalnum(static_cast<unsigned char>(*end)) || *end == '_')
-            end++;
-        int found = -1;
-        if (*end == '}' && end > p + 1)
-            found = find(p + 1, static_cast<unsigned long>(end - p - 1));
-        if (found >= 0) {
-            out += v_value[found].c_str();
-            p = end + 1;
-        } else {
-            out += *p++;
-        }
-    }
+    fillTo(out, text);
     mstring result;
     result.set(out.data(), out.size());
     return result;

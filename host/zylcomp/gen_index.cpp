@@ -15,8 +15,6 @@
 #include "host/zylcomp/genoutput.h"
 #include "host/zylcomp/schema.h"
 
-namespace {
-
 // One function of an index: the C function, and its static member in the
 // nested C++ class unless `member` is null.
 struct IndexRow {
@@ -31,6 +29,8 @@ struct IndexRow {
     // member's own (the system's text defines search_any as search_all).
     char const* definedAs = nullptr;
 };
+
+namespace {
 
 char const* const kStaticMember = "    static ZYL_RET ";
 
@@ -65,6 +65,44 @@ mstring unopened(mstring const& list) {
 }
 
 }  // namespace
+
+void GenOutput::writeIndexRow(IndexRow const& row, mstring const& ix, mstring const& scope, int width, Subst& v) {
+    // The texts are filled into the buffers the field rows use too.
+    std::string& head = m_rowHead;
+    std::string& body = m_rowBody;
+    std::string& member = m_rowMember;
+    std::string& forward = m_rowForward;
+    head.clear();
+    appendHead(head, {ix.c_str(), row.op}, width);
+    v.fillTo(head, row.params);
+    body.clear();
+    v.fillTo(body, row.body);
+    if (!row.closed)
+        body += "\n}\n\n";
+    writeCFunction(head, body);
+    if (row.member == nullptr)
+        return;
+    member.clear();
+    v.fillTo(member, row.member);
+    forward.clear();
+    v.fillTo(forward, row.forward);
+    if (row.definedAs == nullptr) {
+        writeCppMember(kStaticMember, scope, member, forward);
+        return;
+    }
+    // Deliberately kept: the definition collides with the real one of that
+    // name, and C++ refuses the wrapper.
+    *m_hpp << kStaticMember;
+    m_hpp->write(member);
+    *m_hpp << ";\n";
+    *m_hppInline << "inline  ZYL_RET " << scope << "::" << row.definedAs;
+    size_t const params = member.find('(');
+    if (params != std::string::npos)
+        m_hppInline->write(member.data() + params, member.size() - params);
+    *m_hppInline << "\n";
+    m_hppInline->write(forward);
+    *m_hppInline << "\n}\n\n";
+}
 
 void GenOutput::outputIndex(Class& c, Index& idx) {
     IndexType const type = idx.m_type;
@@ -145,6 +183,7 @@ void GenOutput::outputIndex(Class& c, Index& idx) {
         v.set("ctype", f.m_struct->m_cType).set("rect", f.m_name + "_key_0");
     }
 
+    mstring const scope = hppClass(c.m_name) + "::" + idx.m_name;
     *m_hpp << "\n  class " << idx.m_name << kindComment(list ? IT_LIST : type) << "\n  { public: \n";
 
     if (type == IT_HASH) {
@@ -172,12 +211,8 @@ void GenOutput::outputIndex(Class& c, Index& idx) {
              "return ret_; "},
         };
         for (IndexRow const& row : rows) {
-            if (!row.when)
-                continue;
-            writeCFunction(functionHead(ix + row.op, v.fill(row.params), c.m_outputWidth),
-                           v.fill(row.body) + "\n}\n\n");
-            writeCppMember(kStaticMember, hppClass(c.m_name) + "::" + idx.m_name, v.fill(row.member),
-                           v.fill(row.forward));
+            if (row.when)
+                writeIndexRow(row, ix, scope, c.m_outputWidth, v);
         }
         *m_hpp << "  }; // " << idx.m_name << "\n";
         return;
@@ -275,25 +310,9 @@ void GenOutput::outputIndex(Class& c, Index& idx) {
          "exact_match( zyl_trans_h t_, zyl_cursor_h c_{F}{bits} )",
          "{ return {db}::{ix}_exact_match(t_, c_{A}{bitsArg}); "},
     };
-    mstring const scope = hppClass(c.m_name) + "::" + idx.m_name;
     for (IndexRow const& row : rows) {
-        if (!row.when)
-            continue;
-        writeCFunction(functionHead(ix + row.op, v.fill(row.params), c.m_outputWidth),
-                       v.fill(row.body) + (row.closed ? "" : "\n}\n\n"));
-        if (row.member == nullptr)
-            continue;
-        if (row.definedAs == nullptr) {
-            writeCppMember(kStaticMember, scope, v.fill(row.member), v.fill(row.forward));
-        } else {
-            // Deliberately kept: the definition collides with the real one
-            // of that name, and C++ refuses the wrapper.
-            mstring const member = v.fill(row.member);
-            char const* params = std::strchr(member.c_str(), '(');
-            *m_hpp << kStaticMember << member << ";\n";
-            *m_hppInline << "inline  ZYL_RET " << scope << "::" << row.definedAs << params << "\n"
-                         << v.fill(row.forward) << "\n}\n\n";
-        }
+        if (row.when)
+            writeIndexRow(row, ix, scope, c.m_outputWidth, v);
     }
     *m_hpp << "  }; // " << idx.m_name << "\n";
 }

@@ -87,14 +87,19 @@ void GenOutput::outputElementField(Struct& s, Class* c, Field& f, bool vector) {
 
     Subst v = fieldSubst(s, c, f);
     // {size} is the element's size here, not the field's.
-    v.set("size", text(t.m_layout.large.m_size))
+    char sbuf[24];
+    char const* const size = textOf(t.m_layout.large.m_size, sbuf);
+    v.set("size", size)
         .set("pfx", vector ? "zyl_w_v_" : "zyl_w_va_")
         .set("fam", familyName(fam))
         .set("ch", wide ? "nchar_t" : "char")
         .set("int", isEnum ? enum_int_type(elemSize) : mstring())
-        .set("dim", UT::n2s(f.m_arraySize));
+        .setNum("dim", f.m_arraySize);
     // Families whose elements have a size of their own pass it on.
-    v.set("esz", simple || chars || ref ? mstring(", ") + text(t.m_layout.large.m_size) : mstring());
+    if (simple || chars || ref)
+        v.set("esz", {", ", size});
+    else
+        v.set("esz", "");
 
     FieldRow const rows[] = {
         {vector, FieldRow::kRead, "_size", " ( {h} *handle, /*OUT*/ uint2 *result )",
@@ -259,6 +264,8 @@ void GenOutput::outputElementField(Struct& s, Class* c, Field& f, bool vector) {
         .set("encjava", wide ? "\t@Encoding(\"UTF-16\")\n" : "")
         .set("cstype", structs ? t.m_name : ref ? "ulong" : "string")
         .set("jtype", structs ? t.m_name : ref ? "long" : "String");
-    *m_cs << v.fill("{enccs}{dimcs}\tpublic {cstype}[] {field};\n");
-    *m_java << v.fill("{encjava}{dimjava}\tpublic {jtype}[] {field};\n");
+    if (m_genCs)
+        v.fillTo(*m_cs, "{enccs}{dimcs}\tpublic {cstype}[] {field};\n");
+    if (m_genJava)
+        v.fillTo(*m_java, "{encjava}{dimjava}\tpublic {jtype}[] {field};\n");
 }

@@ -65,4 +65,6 @@ void GenOutput::close() {
         delete *s;
         *s = nullptr;
     }
+    m_protoFile = nullptr;
+    m_defFile = nullptr;
 }

@@ -13,7 +13,11 @@
 // write to them without testing.
 #pragma once
 
+#include <cstring>
+#include <initializer_list>
+#include <string>
 #include <unordered_set>
+#include <vector>
 
 #include "foundation/mstring.h"
 #include "foundation/mvector.h"
@@ -32,6 +36,7 @@ class Subst;
 class StrParams;
 struct FieldRow;
 struct AccessRow;
+struct IndexRow;
 
 class GenOutput {
 public:
@@ -113,6 +118,9 @@ protected:
     // The common head of a generated C function: "{inl}{ret} {name}{params}",
     // the return type padded to m_retTypeWidth, the name to `nameWidth`.
     mstring functionHead(mstring const& name, mstring const& params, int nameWidth) const;
+    // The same head up to the parameters appended to `out`, the name joined
+    // of `name`; the caller appends the parameters.
+    void appendHead(std::string& out, std::initializer_list<char const*> name, int nameWidth) const;
     // One generated C function through the routing streams; `body` brings
     // its own braces and trailing line ends.
     void writeCFunction(mstring const& head, mstring const& body);
@@ -120,10 +128,13 @@ protected:
     // whatever the mode.
     void writeCFunction(mstring const& head, mstring const& body, IOutStream* proto, IOutStream* protoEnd,
                         IOutStream* bodyOut);
+    void writeCFunction(std::string const& head, std::string const& body);
+    void writeCFunction(char const* head, size_t headLen, char const* body, size_t bodyLen);
     // One member of a C++ wrapper: "{decl}{member};" in the class body in
     // m_hpp, and "inline  ZYL_RET {scope}::{member}" with `body` (which
     // opens the brace; the closing one is added) in m_hppInline.
     void writeCppMember(char const* decl, mstring const& scope, mstring const& member, mstring const& body);
+    void writeCppMember(char const* decl, mstring const& scope, std::string const& member, std::string const& body);
     // A class code as function bodies pass it: relative to the dictionary's
     // origin when the job asks for relative codes.
     mstring classCode(Class const& c) const;
@@ -140,6 +151,10 @@ protected:
     // Class API (gen_class.cpp).
     // Creation, deletion, allocation settings, checkpoint, oid functions, _pack.
     void outputClassApi(Class& c);
+    // One function of the class API, "{class}{suffix}", and its C++ member
+    // unless `member` is null; the body gets its closing brace.
+    void writeApiRow(Class& c, Subst& v, char const* suffix, char const* params, char const* body,
+                     char const* memberDecl, char const* member, char const* memberBody);
     // Fields, cursors and indexes of a class.
     void output(Class& c);
     // The version walk a history index gives instead of a search API.
@@ -212,6 +227,8 @@ protected:
     // Index API (gen_index.cpp): the search functions of one index and
     // its nested C++ class.
     void outputIndex(Class& c, Index& idx);
+    // One function of an index, "{ix}{op}", and its static member in `scope`.
+    void writeIndexRow(IndexRow const& row, mstring const& ix, mstring const& scope, int width, Subst& v);
 
     // Java and C# bindings (gen_bindings.cpp). The declaration of a class:
     // its head, which opens its Java file, before the fields, its end after
@@ -279,6 +296,22 @@ protected:
     // The C++ property members of the struct being written; its wrapper's
     // constructor points them at the object.
     mvector<mstring> v_cppProperty;
+    // Buffers a function's texts are filled into, kept from one function to
+    // the next so that their room is made once: the rows of every field
+    // (writeFieldRows) and a C++ member's two texts (writeCppMember).
+    std::string m_rowHead;
+    std::string m_rowBody;
+    std::string m_rowMember;
+    std::string m_rowForward;
+    std::string m_memberText;
+    // The files the routing streams of createStreams lead to, so that
+    // writeCFunction can write each file's part of a function at once: out
+    // of line the prototype to {db}.h and the definition to {db}.c, inline
+    // the definition alone to {db}.h (m_protoFile null). Both null when
+    // the routing streams are not those (a derived createStreams).
+    IOutStream* m_protoFile = nullptr;
+    IOutStream* m_defFile = nullptr;
+    std::string m_functionText;
 
 private:
     // Opens `name` in the output directory into `slot` and records it.
@@ -292,7 +325,7 @@ private:
 
 // The name class `name` bears in the C++ text; every class reference in
 // the .hpp passes through here.
-mstring hppClass(mstring const& name);
+mstring const& hppClass(mstring const& name);
 
 // The constant of Sequence.Type in the Java declarations for the elements
 // of the runtime's sequence family `suffix` ("int4", "char"); empty for a
@@ -305,20 +338,68 @@ bool indexIsHidden(Index const& idx);
 
 // Fills the {name} places of a template of generated text. Only names that
 // were set are replaced, so the braces of C text pass through.
+//
+// Names are literals and kept by address. The values live in one buffer
+// that the Subst owns, each in a place that a shorter later value reuses:
+// a template's names are set by the dozen and reset row after row, and a
+// string of their own for each would cost a heap block every time.
 class Subst {
 public:
-    Subst& set(char const* name, mstring value);
+    Subst();
+    Subst(Subst&&) = default;
+    Subst& operator=(Subst&&) = default;
+    Subst(Subst const&) = delete;
+    Subst& operator=(Subst const&) = delete;
+
+    // Inline, so that the length of a literal name is known when compiled.
+    Subst& set(char const* name, char const* value) { return setText(name, value, std::strlen(value)); }
+    Subst& set(char const* name, mstring const& value) { return set(name, value.c_str()); }
+    // The value joined of `pieces`.
+    Subst& set(char const* name, std::initializer_list<char const*> pieces);
+    Subst& setNum(char const* name, long long value);
+    // The value is `text` filled with the values as they stand.
+    Subst& setFilled(char const* name, char const* text);
+    Subst& setText(char const* name, char const* value, size_t n) {
+        return store(slotOf(name, std::strlen(name)), value, n);
+    }
+
     mstring fill(char const* text) const;
+    // Appends `text`, filled, to `out`.
+    void fillTo(std::string& out, char const* text) const;
+    // Writes `text`, filled, to `out`.
+    void fillTo(IOutStream& out, char const* text) const;
 
 private:
-    // The place of the name of `n` characters at `name`, or -1.
-    int find(char const* name, unsigned long n) const;
+    struct Slot {
+        char const* name;
+        unsigned key;   // length, first and last character of the name
+        int next;       // the next slot of the same bucket, or -1
+        unsigned off;   // the value's place in m_values
+        unsigned len;
+        unsigned room;  // the length the place can take
+    };
+    static unsigned keyOf(char const* name, size_t n) {
+        unsigned char const first = static_cast<unsigned char>(name[0]);
+        unsigned char const last = static_cast<unsigned char>(name[n - 1]);
+        return static_cast<unsigned>(n) << 16 | static_cast<unsigned>(first) << 8 | last;
+    }
+    static unsigned bucketOf(unsigned key) { return (key ^ (key >> 8) ^ (key >> 16)) & (kBuckets - 1); }
+    // The slot of the name of `n` characters at `name`, or -1.
+    int find(char const* name, size_t n) const;
+    // The slot of the name, made when it is new.
+    Slot& slotOf(char const* name, size_t n);
+    // Gives the slot the value of `n` characters at `value`.
+    Subst& store(Slot& slot, char const* value, size_t n);
 
-    // Places up to m_count are in use: the vectors grow sixteen places at a
-    // time, since a template's names are set by the dozen, one by one.
-    mvector<mstring> v_name;
-    mvector<mstring> v_value;
-    unsigned m_count = 0;
+    static constexpr unsigned kBuckets = 32;
+    int m_bucket[kBuckets];
+    std::vector<Slot> v_slot;
+    std::string m_values;
+    // Where setFilled fills before the value is stored.
+    std::string m_scratch;
+    // Where a text for a stream is filled; it keeps its room from one
+    // text to the next.
+    mutable std::string m_filled;
 };
 
 // One attribute of the schema dump: {name}="{value}" and a blank, with the
