@@ -190,6 +190,7 @@ void Analyzer::do_class(bool compact, mplacement placement, bool local, bool dis
     bool inclusive = false, prefixSeen = false;
     auto indexDone = [&]() { unique = nonunique = voluntary = userdef = thick = inclusive = prefixSeen = false; };
 
+    beginBody(*c);
     // Each member's first word is looked at where it stands: a field
     // statement reads it again as its type name.
     for (;;) {

@@ -204,6 +204,7 @@ void Analyzer::do_struct() {
     s->m_name = name;
     // The name enters the type set only after the body, so a struct cannot
     // name itself as a field type here.
+    beginBody(*s);
     // A field statement reads its first word again as its type name.
     for (Parser::Token tok = m_parser->peek(); !tok.is("}"); tok = m_parser->peek()) {
         bool const atEnd = tok.empty();

@@ -20,6 +20,16 @@ void roomForOneMore(mvector<Field>& v) {
 
 }  // namespace
 
+void Analyzer::beginBody(Struct& s) {
+    mvector<Field> block = std::move(m_spareFields);
+    // Shrinking keeps the places; what is left in them was moved out.
+    block.resize(0);
+    std::uint32_t const n = s.v_field.size();
+    for (std::uint32_t i = 0; i < n; i++)
+        block.push_back_moved(std::move(s.v_field[static_cast<int>(i)]));
+    s.v_field = std::move(block);
+}
+
 void Analyzer::fitFieldVector(Struct& s) {
     std::uint32_t const n = s.v_field.size();
     if (s.v_field.capacity() == n)
@@ -28,6 +38,8 @@ void Analyzer::fitFieldVector(Struct& s) {
     exact.resize(n);
     for (std::uint32_t i = 0; i < n; i++)
         exact[static_cast<int>(i)] = std::move(s.v_field[static_cast<int>(i)]);
+    // The emptied places serve the next body.
+    m_spareFields = std::move(s.v_field);
     s.v_field = std::move(exact);
 }
 
