@@ -116,6 +116,37 @@ int Parser::cut() {
     return start;
 }
 
+bool Parser::lineToken(int* start, int* len) {
+    if (m_peeked) {
+        m_peeked = false;
+        *start = m_peekStart;
+        *len = m_peekLen;
+        return true;
+    }
+    if (!fillLine())
+        return false;
+    *start = cut();
+    *len = m_pos - *start;
+    return true;
+}
+
+Parser::Token Parser::pop() {
+    unsigned n = v_takenBack.size();
+    m_spent = std::move(v_takenBack[n - 1]);
+    v_takenBack.resize(n - 1);
+    char const* s = m_spent.c_str();
+    return Token{s, static_cast<unsigned>(std::strlen(s))};
+}
+
+void Parser::keepPeeked() {
+    if (!m_peeked)
+        return;
+    m_peeked = false;
+    mstring token;
+    token.set(m_text + m_peekStart, static_cast<unsigned long>(m_peekLen));
+    v_takenBack.insert_moved(0, std::move(token));
+}
+
 mstring Parser::get() {
     unsigned n = v_takenBack.size();
     if (n > 0) {
@@ -126,32 +157,66 @@ mstring Parser::get() {
     }
     // The token is measured first and copied once, not grown by a
     // character at a time.
-    if (!fillLine())
-        return mstring();
-    int const start = cut();
+    int start = 0;
+    int len = 0;
     mstring token;
-    token.set(m_text + start, static_cast<unsigned long>(m_pos - start));
+    if (lineToken(&start, &len))
+        token.set(m_text + start, static_cast<unsigned long>(len));
     return token;
+}
+
+Parser::Token Parser::next() {
+    if (v_takenBack.size() > 0)
+        return pop();
+    int start = 0;
+    int len = 0;
+    if (!lineToken(&start, &len))
+        return Token{"", 0};
+    return Token{m_text + start, static_cast<unsigned>(len)};
+}
+
+Parser::Token Parser::peek() {
+    unsigned n = v_takenBack.size();
+    if (n > 0) {
+        char const* s = v_takenBack[n - 1].c_str();
+        return Token{s, static_cast<unsigned>(std::strlen(s))};
+    }
+    if (!m_peeked) {
+        // At the end of the input nothing is kept: reading again finds the
+        // end again, and reports nothing more.
+        if (!fillLine())
+            return Token{"", 0};
+        m_peekStart = cut();
+        m_peekLen = m_pos - m_peekStart;
+        m_peeked = true;
+    }
+    return Token{m_text + m_peekStart, static_cast<unsigned>(m_peekLen)};
+}
+
+void Parser::skip() {
+    if (v_takenBack.size() > 0)
+        pop();
+    else
+        m_peeked = false;
 }
 
 void Parser::takeBack(mstring const& token) { v_takenBack.push_back(token); }
 
+void Parser::takeBack(mstring&& token) { v_takenBack.push_back_moved(std::move(token)); }
+
 bool Parser::match(mstring const& expected) {
     // The token read from the line is compared where it stands: it is
     // dropped right after, so no string is made for it.
-    bool same;
-    if (v_takenBack.size() > 0) {
-        same = get() == expected;
-    } else if (!fillLine()) {
-        same = expected.empty();
-    } else {
-        int const start = cut();
-        size_t const n = static_cast<size_t>(m_pos - start);
-        char const* e = expected.c_str();
-        same = std::strncmp(e, m_text + start, n) == 0 && e[n] == '\0';
-    }
+    bool same = next().is(expected.c_str());
     if (!same)
         m_pp.error1("expected #1", expected, m_pos);
+    return same;
+}
+
+bool Parser::match(char const* expected) {
+    bool same = next().is(expected);
+    if (!same)
+        m_pp.error1("expected #1", mstring(expected), m_pos);
     return same;
 }
 
@@ -161,12 +226,13 @@ mstring Parser::getName() {
     mstring token;
     size_t len = 0;
     bool const fromLine = v_takenBack.size() == 0;
+    int start = 0;
+    int cutLen = 0;
     if (!fromLine) {
         token = get();
         len = std::strlen(token.c_str());
-    } else if (fillLine()) {
-        int const start = cut();
-        len = static_cast<size_t>(m_pos - start);
+    } else if (lineToken(&start, &cutLen)) {
+        len = static_cast<size_t>(cutLen);
         token.set(m_text + start, static_cast<unsigned long>(len));
     }
     char const* s = token.c_str();
@@ -190,9 +256,10 @@ mstring Parser::getName() {
 
 unsigned Parser::getNumEx(bool optional) {
     // A plain decimal number read from the line needs no string.
-    if (v_takenBack.size() == 0 && fillLine()) {
-        int const start = cut();
-        size_t const len = static_cast<size_t>(m_pos - start);
+    int start = 0;
+    int cutLen = 0;
+    if (v_takenBack.size() == 0 && lineToken(&start, &cutLen)) {
+        size_t const len = static_cast<size_t>(cutLen);
         long value = 0;
         if (plainDecimal(m_text + start, len, &value))
             return static_cast<unsigned>(value);
@@ -236,6 +303,9 @@ int Parser::getSigned() {
 }
 
 mstring Parser::getQuotedString() {
+    // This reader passes over the tokens put back and may read the next
+    // line: a token only peeked at must not stay pointing into this one.
+    keepPeeked();
     mstring result;
     if (!fillLine())
         return result;

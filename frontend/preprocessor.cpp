@@ -24,6 +24,21 @@ using schema_chars::isBlank;
 using schema_chars::isIdentChar;
 using schema_chars::isIdentStart;
 
+// The characters a line copies as they are, whatever stands before them,
+// and that leave nothing for the next one to look at: ASCII other than
+// the NUL, the double quote, the zero and the start of an identifier.
+struct PlainTable {
+    bool c[256];
+    constexpr PlainTable() : c() {
+        for (int i = 1; i < 128; i++)
+            c[i] = i != '"' && i != '0' && !((i >= 'a' && i <= 'z') || (i >= 'A' && i <= 'Z') || i == '_');
+    }
+};
+
+constexpr PlainTable kPlain{};
+
+inline bool isPlain(char c) { return kPlain.c[static_cast<unsigned char>(c)]; }
+
 }  // namespace
 
 PreProcessor::PreProcessor(FILE* f, mstring const& fileName, IErrReporter* reporter, mstring const& includeDir,
@@ -161,6 +176,15 @@ char const* PreProcessor::processLine(char const* text) {
     char prev = 0;
     char const* s = text;
     while (*s != '\0') {
+        // A run of plain characters, taken in one loop: none of them is a
+        // '0', so the character behind the run sees no '0' before it.
+        if (prev != '0' && isPlain(*s)) {
+            do
+                *o++ = *s++;
+            while (isPlain(*s));
+            prev = s[-1];
+            continue;
+        }
         char c = *s;
         if (prev == '0' && c != '"') {
             if (c == 'x' || c == 'X') {

@@ -42,16 +42,7 @@ void Analyzer::error4(char const* key, mstring const& p1, mstring const& p2, mst
     m_parser->pp().error4(key, p1, p2, p3, p4, 0);
 }
 
-// Parser::match takes an mstring: the punctuation the grammar expects again
-// and again is made once, not at every call.
-bool Analyzer::match(char const* token) {
-    static mstring const common[] = {";", "<", ">", "[", "]", "{", "}"};
-    if (token[0] != '\0' && token[1] == '\0')
-        for (mstring const& t : common)
-            if (t[0] == token[0])
-                return m_parser->match(t);
-    return m_parser->match(mstring(token));
-}
+bool Analyzer::match(char const* token) { return m_parser->match(token); }
 
 bool Analyzer::failed() const { return m_parser->pp().reporter()->wasError(); }
 

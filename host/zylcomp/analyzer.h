@@ -69,6 +69,9 @@ private:
     // growing by one per field; once the body is complete, this gives it the
     // exact block every other growth leaves (capacity equal to size).
     void fitFieldVector(Struct& s);
+    // Before a body is read: its fields' vector takes over the block the
+    // body before left behind, with the fields it already holds.
+    void beginBody(Struct& s);
 
     // Direct structures (analyzer_direct.cpp).
     void do_direct_struct(bool packed);
@@ -140,6 +143,9 @@ private:
     // Direct structs entered into the type set: while there are none, no
     // field type can be one, and markDirect need not look its type up.
     int m_directTypes = 0;
+    // The block of places the last body was read into, kept for the next
+    // one: a body then grows its vector only when it outgrows them all.
+    mvector<Field> m_spareFields;
     // Structs whose fields struct_finishStructFields is resolving: a struct
     // reached again through its own fields' types is left as it is.
     mvector<Struct*> m_finishing;

@@ -190,33 +190,43 @@ void Analyzer::do_class(bool compact, mplacement placement, bool local, bool dis
     bool inclusive = false, prefixSeen = false;
     auto indexDone = [&]() { unique = nonunique = voluntary = userdef = thick = inclusive = prefixSeen = false; };
 
+    beginBody(*c);
+    // Each member's first word is looked at where it stands: a field
+    // statement reads it again as its type name.
     for (;;) {
-        mstring tok = m_parser->get();
-        if (tok == "}")
+        Parser::Token tok = m_parser->peek();
+        if (tok.is("}")) {
+            m_parser->skip();
             break;
-        if (tok == "userdef") {
+        }
+        if (tok.is("userdef")) {
+            m_parser->skip();
             prefixSeen = userdef = true;
             if (thick)
                 error("'thick' contradicts with 'userdef' keyword.");
             continue;
         }
-        if (tok == "voluntary") {
+        if (tok.is("voluntary")) {
+            m_parser->skip();
             prefixSeen = voluntary = true;
             continue;
         }
-        if (tok == "unique") {
+        if (tok.is("unique")) {
+            m_parser->skip();
             if (nonunique)
                 error("'nonunique' keyword was already defined.");
             prefixSeen = unique = true;
             continue;
         }
-        if (tok == "nonunique") {
+        if (tok.is("nonunique")) {
+            m_parser->skip();
             if (unique)
                 error("'unique' keyword was already defined.");
             prefixSeen = nonunique = true;
             continue;
         }
-        if (tok == "thick") {
+        if (tok.is("thick")) {
+            m_parser->skip();
             if (unique)
                 error("'thick' contradicts with 'unique' keyword.");
             if (userdef)
@@ -224,32 +234,37 @@ void Analyzer::do_class(bool compact, mplacement placement, bool local, bool dis
             prefixSeen = thick = true;
             continue;
         }
-        if (tok == "inclusive") {
+        if (tok.is("inclusive")) {
+            m_parser->skip();
             // Deliberately not a prefix of its own: "inclusive" before a
             // field is no error, and it stays set for the next index.
             inclusive = true;
             continue;
         }
-        if (tok == "tree" || tok == "kdtree" || tok == "rtree") {
-            IndexType kind = tok == "tree" ? IT_TREE : tok == "kdtree" ? IT_KDTREE : IT_RTREE;
+        if (tok.is("tree") || tok.is("kdtree") || tok.is("rtree")) {
+            IndexType kind = tok.is("tree") ? IT_TREE : tok.is("kdtree") ? IT_KDTREE : IT_RTREE;
+            m_parser->skip();
             do_index_declaration(*c, kind, unique, voluntary, userdef, thick, inclusive);
             indexDone();
             continue;
         }
-        if (tok == "trigram") {
+        if (tok.is("trigram")) {
+            m_parser->skip();
             // Always thick and inclusive; the prefixes are ignored.
             do_index_declaration(*c, IT_TRIGRAM, false, false, false, true, true);
             indexDone();
             continue;
         }
-        if (tok == "patricia") {
+        if (tok.is("patricia")) {
+            m_parser->skip();
             if (c->m_persistent)
                 error("Patricia index available only for transient classes.");
             do_index_declaration(*c, IT_PATRICIA, unique, voluntary, userdef, thick, inclusive);
             indexDone();
             continue;
         }
-        if (tok == "hash") {
+        if (tok.is("hash")) {
+            m_parser->skip();
             if (voluntary)
                 error("Hash indeces can not be voluntary");
             if (c->m_persistent)
@@ -262,24 +277,29 @@ void Analyzer::do_class(bool compact, mplacement placement, bool local, bool dis
         if (prefixSeen)
             error("Invalid syntax");
 
-        if (tok == "list" || tok == "sequences") {
+        if (tok.is("list") || tok.is("sequences")) {
+            bool const sequences = tok.is("sequences");
+            m_parser->skip();
             match(";");
             if (c->m_hasList)
                 error("list already declared");
             c->m_hasList = true;
-            c->m_listSequences = tok == "sequences";
+            c->m_listSequences = sequences;
             Index list;
             list.m_name = "list_index_";
             list.m_unique = true;
             c->addIndex(std::move(list));
-        } else if (tok == "oid" || tok == "OID") {
-            if (tok == "OID")
+        } else if (tok.is("oid") || tok.is("OID")) {
+            bool const upper = tok.is("OID");
+            m_parser->skip();
+            if (upper)
                 warning("OID is deprecated, use oid instead");
             if (c->m_hasOid)
                 error("oid already declared");
             c->m_hasOid = true;
             match(";");
-        } else if (tok == "autoid") {
+        } else if (tok.is("autoid")) {
+            m_parser->skip();
             if (c->m_hasAutoid)
                 error("autoid already declared");
             c->m_hasAutoid = true;
@@ -290,7 +310,8 @@ void Analyzer::do_class(bool compact, mplacement placement, bool local, bool dis
                 error("estimated count value is not valid for the autoid");
             match(";");
             addAutoid(*c);
-        } else if (tok == "history") {
+        } else if (tok.is("history")) {
+            m_parser->skip();
             // Read and dropped: m_hasHistory stays false, so no history
             // index is ever built.
             warning("History is not currently supported");
@@ -298,15 +319,17 @@ void Analyzer::do_class(bool compact, mplacement placement, bool local, bool dis
             m_parser->getNum();
             match("]");
             match(";");
-        } else if (tok == "event") {
+        } else if (tok.is("event")) {
+            m_parser->skip();
             do_event(*c);
-        } else if (tok == "TTL_count" || tok == "TTL_clock_time") {
-            m_parser->takeBack(tok);
+        } else if (tok.is("TTL_count") || tok.is("TTL_clock_time")) {
+            // The statement reads its first word itself.
             do_ttl(*c);
         } else {
-            m_parser->takeBack(tok);
+            // So does a field statement.
+            bool const atEnd = tok.empty();
             do_field(c);
-            if (tok.empty())
+            if (atEnd)
                 return;  // end of input, already reported
         }
     }

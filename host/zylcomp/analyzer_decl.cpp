@@ -35,23 +35,25 @@ void Analyzer::analyze() {
     bool distributed = false;
     bool prefixSeen = false;
 
-    for (mstring tok = m_parser->get(); !tok.empty(); tok = m_parser->get()) {
+    // The statement words are only compared: they are looked at where they
+    // stand.
+    for (Parser::Token tok = m_parser->next(); !tok.empty(); tok = m_parser->next()) {
         // Class prefixes. "compact", "local" and "distributed" may repeat;
         // there is no word that undoes "compact".
-        if (tok == "local") {
+        if (tok.is("local")) {
             if (distributed)
                 error("'local' contradicts with 'distributed' keyword.");
             local = prefixSeen = true;
             continue;
         }
-        if (tok == "distributed" || tok == "distrib") {
+        if (tok.is("distributed") || tok.is("distrib")) {
             if (local)
                 error("'local' contradicts with 'distributed' keyword.");
             distributed = prefixSeen = true;
             continue;
         }
-        if (tok == "uptable" || tok == "downtable") {
-            bool up = tok == "uptable";
+        if (tok.is("uptable") || tok.is("downtable")) {
+            bool up = tok.is("uptable");
             if (!(m_schema.m_schemaOptions & Schema::OPT_IOT))
                 error(up ? "'uptable' can be declared only for IoT schema"
                          : "'downtable' can be declared only for IoT schema");
@@ -62,25 +64,25 @@ void Analyzer::analyze() {
             prefixSeen = true;
             continue;
         }
-        if (tok == "compact") {
+        if (tok.is("compact")) {
             compact = prefixSeen = true;
             continue;
         }
-        if (tok == "persistent" || tok == "transient") {
+        if (tok.is("persistent") || tok.is("transient")) {
             if (placement != PLACEMENT_DEFAULT)
                 error("expected 'class' keyword");
-            placement = tok == "persistent" ? PLACEMENT_PERSISTENT : PLACEMENT_TRANSIENT;
+            placement = tok.is("persistent") ? PLACEMENT_PERSISTENT : PLACEMENT_TRANSIENT;
             prefixSeen = true;
             continue;
         }
-        if (tok == "atomic" || tok == "nonatomic") {
+        if (tok.is("atomic") || tok.is("nonatomic")) {
             if (atom != ATOMICITY_DEFAULT)
                 error("expected 'class' keyword");
-            atom = tok == "atomic" ? ATOMICITY_ATOMIC : ATOMICITY_NONATOMIC;
+            atom = tok.is("atomic") ? ATOMICITY_ATOMIC : ATOMICITY_NONATOMIC;
             prefixSeen = true;
             continue;
         }
-        if (tok == "class") {
+        if (tok.is("class")) {
             do_class(compact, placement, local, distributed, atom, iotType);
             compact = m_compactDefault;
             placement = PLACEMENT_DEFAULT;
@@ -92,28 +94,28 @@ void Analyzer::analyze() {
         if (prefixSeen)
             error("Invalid syntax");
 
-        if (tok == "declare") {
+        if (tok.is("declare")) {
             do_declare();
-        } else if (tok == "struct") {
+        } else if (tok.is("struct")) {
             do_struct();
-        } else if (tok == "packed") {
-            if (m_parser->get() != "direct")
+        } else if (tok.is("packed")) {
+            if (!m_parser->next().is("direct"))
                 error("expected 'direct' keyword");
-            if (m_parser->get() != "struct")
+            if (!m_parser->next().is("struct"))
                 error("expected 'struct' keyword");
             do_direct_struct(true);
-        } else if (tok == "direct") {
-            if (m_parser->get() != "struct")
+        } else if (tok.is("direct")) {
+            if (!m_parser->next().is("struct"))
                 error("expected 'struct' keyword");
             do_direct_struct(false);
-        } else if (tok == "enum") {
+        } else if (tok.is("enum")) {
             do_enum();
-        } else if (tok == "calculator") {
+        } else if (tok.is("calculator")) {
             do_calculator();
-        } else if (tok == "iot") {
+        } else if (tok.is("iot")) {
             do_iot();
         } else {
-            error1("unexpected token #1", tok);
+            error1("unexpected token #1", tok.str());
         }
     }
     copyOidStruct();
@@ -202,12 +204,15 @@ void Analyzer::do_struct() {
     s->m_name = name;
     // The name enters the type set only after the body, so a struct cannot
     // name itself as a field type here.
-    for (mstring tok = m_parser->get(); tok != "}"; tok = m_parser->get()) {
-        m_parser->takeBack(tok);
+    beginBody(*s);
+    // A field statement reads its first word again as its type name.
+    for (Parser::Token tok = m_parser->peek(); !tok.is("}"); tok = m_parser->peek()) {
+        bool const atEnd = tok.empty();
         do_field(s);
-        if (tok.empty())
+        if (atEnd)
             return;  // end of input, already reported
     }
+    m_parser->skip();
     add_indicators(s);
     match(";");
     fitFieldVector(*s);

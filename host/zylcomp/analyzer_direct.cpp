@@ -28,12 +28,14 @@ void Analyzer::do_direct_struct(bool packed) {
     s->m_name = name;
     s->m_isDirect = true;
 
-    for (mstring tok = m_parser->get(); tok != "}"; tok = m_parser->get()) {
-        m_parser->takeBack(tok);
+    // A field statement reads its first word again as its type name.
+    for (Parser::Token tok = m_parser->peek(); !tok.is("}"); tok = m_parser->peek()) {
+        bool const atEnd = tok.empty();
         do_direct_field(s);
-        if (tok.empty())
+        if (atEnd)
             return;  // end of input, already reported
     }
+    m_parser->skip();
     match(";");
     if (m_schema.m_types->add(hold))
         m_directTypes++;
@@ -44,33 +46,35 @@ void Analyzer::do_direct_struct(bool packed) {
 void Analyzer::do_direct_field(Struct* s) {
     Field f;
     mstring name;
-    mstring tok = m_parser->get();
-    if (tok == "rect") {
+    Parser::Token tok = m_parser->peek();
+    if (tok.is("rect")) {
+        m_parser->skip();
         error("Rect field is not allowed in direct structure");
-    } else if (tok == "optional") {
+    } else if (tok.is("optional")) {
+        m_parser->skip();
         error("Optional field is not allowed in direct structure");
-    } else if (tok == "nullable") {
+    } else if (tok.is("nullable")) {
+        m_parser->skip();
         error("Nullable field is not allowed in direct structure");
-    } else if (tok == "vector") {
+    } else if (tok.is("vector")) {
+        m_parser->skip();
         error("Vector is not allowed in direct structure");
     } else {
-        // "rectangle" is not refused here: it is an unknown type name.
-        m_parser->takeBack(tok);
+        // "rectangle" is not refused here: it is an unknown type name. The
+        // type reader reads the word again.
         int precision;
         f.m_typeName = getTypeName(precision);
         f.m_precision = precision;
         name = m_parser->getName();
         checkIsNotReserved(name);
-        tok = m_parser->get();
-        if (tok == "[") {
+        if (m_parser->peek().is("[")) {
+            m_parser->skip();
             f.m_isArray = true;
             unsigned size = m_parser->getNum();
             if (size < 1 || size > 65535)
                 error("array size limits");
             f.m_arraySize = static_cast<int>(size);
             match("]");
-        } else {
-            m_parser->takeBack(tok);
         }
     }
     markDirect(f, s);
@@ -84,10 +88,10 @@ void Analyzer::do_direct_field(Struct* s) {
         }
         f.m_name = std::move(name);
         s->v_field.push_back_moved(std::move(f));
-        tok = m_parser->get();
-        if (tok == ";")
+        tok = m_parser->next();
+        if (tok.is(";"))
             return;
-        if (tok != ",") {
+        if (!tok.is(",")) {
             error("expected , or ;");
             return;
         }

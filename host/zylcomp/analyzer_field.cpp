@@ -20,6 +20,16 @@ void roomForOneMore(mvector<Field>& v) {
 
 }  // namespace
 
+void Analyzer::beginBody(Struct& s) {
+    mvector<Field> block = std::move(m_spareFields);
+    // Shrinking keeps the places; what is left in them was moved out.
+    block.resize(0);
+    std::uint32_t const n = s.v_field.size();
+    for (std::uint32_t i = 0; i < n; i++)
+        block.push_back_moved(std::move(s.v_field[static_cast<int>(i)]));
+    s.v_field = std::move(block);
+}
+
 void Analyzer::fitFieldVector(Struct& s) {
     std::uint32_t const n = s.v_field.size();
     if (s.v_field.capacity() == n)
@@ -28,6 +38,8 @@ void Analyzer::fitFieldVector(Struct& s) {
     exact.resize(n);
     for (std::uint32_t i = 0; i < n; i++)
         exact[static_cast<int>(i)] = std::move(s.v_field[static_cast<int>(i)]);
+    // The emptied places serve the next body.
+    m_spareFields = std::move(s.v_field);
     s.v_field = std::move(exact);
 }
 
@@ -35,12 +47,10 @@ void Analyzer::fitFieldVector(Struct& s) {
 void Analyzer::readRefClass(Field& f) {
     if (f.m_typeName != "autoid_t" && f.m_typeName != "ref")
         return;
-    mstring tok = m_parser->get();
-    if (tok == "<") {
+    if (m_parser->peek().is("<")) {
+        m_parser->skip();
         f.m_refClassName = m_parser->get();
         match(">");
-    } else {
-        m_parser->takeBack(tok);
     }
 }
 
@@ -63,32 +73,32 @@ void Analyzer::readInitValues(Field& f) {
         mstring tok = m_parser->get();
         if (tok == "{")
             error("scalar init with {");
-        f.v_init.push_back(tok);
+        f.v_init.push_back_moved(std::move(tok));
         return;
     }
 
     match("{");
     int left = f.m_arraySize;
     for (;;) {
-        mstring tok = m_parser->get();
+        mstring value = m_parser->get();
         // A list closed before its first value.
-        if (tok == "}" && f.v_init.size() == 0) {
+        if (value == "}" && f.v_init.size() == 0) {
             error("array not initialized");
             return;
         }
-        f.v_init.push_back(tok);
+        f.v_init.push_back_moved(std::move(value));
         if (--left == 0) {
             match("}");
             return;
         }
-        tok = m_parser->get();
-        if (tok == "}") {
+        Parser::Token tok = m_parser->next();
+        if (tok.is("}")) {
             // A short list: the rest of the array is zero.
             for (; left > 0; left--)
                 f.v_init.push_back("0");
             return;
         }
-        if (tok != ",") {
+        if (!tok.is(",")) {
             error("expected ,");
             if (tok.empty())
                 return;
@@ -106,19 +116,24 @@ void Analyzer::do_field(Struct* s) {
     int precision = -1;
     mstring name;
 
-    mstring tok = m_parser->get();
-    if (tok == "nullable") {
+    // The first words are looked at where they stand; a plain field reads
+    // its first word again as its type name.
+    Parser::Token tok = m_parser->peek();
+    if (tok.is("nullable")) {
         f.m_isNullable = true;
-        tok = m_parser->get();
+        m_parser->skip();
+        tok = m_parser->peek();
     }
 
-    if (tok == "optional") {
+    if (tok.is("optional")) {
+        m_parser->skip();
         f.m_isOptional = true;
         f.m_typeName = getTypeName(precision);
         f.m_precision = precision;
         name = m_parser->getName();
         checkIsNotReserved(name);
-    } else if (tok == "sequence") {
+    } else if (tok.is("sequence")) {
+        m_parser->skip();
         if (!s->m_isClass)
             error("Sequence cannot be element of a struct");
         match("<");
@@ -130,19 +145,20 @@ void Analyzer::do_field(Struct* s) {
             error("Sequence element can not be of numeric type");
         f.m_isSequence = true;
         f.m_seqOrder = "ZYL_SEQ_NO_ORDER";
-        tok = m_parser->get();
-        if (tok == "asc" || tok == "ascending") {
+        tok = m_parser->next();
+        if (tok.is("asc") || tok.is("ascending")) {
             f.m_seqOrder = "ZYL_SEQ_ASC_ORDER";
-            tok = m_parser->get();
-        } else if (tok == "desc" || tok == "descending") {
+            tok = m_parser->next();
+        } else if (tok.is("desc") || tok.is("descending")) {
             f.m_seqOrder = "ZYL_SEQ_DESC_ORDER";
-            tok = m_parser->get();
+            tok = m_parser->next();
         }
-        if (tok != ">")
+        if (!tok.is(">"))
             error("sequence specification error");
         name = m_parser->getName();
         checkIsNotReserved(name);
-    } else if (tok == "vector") {
+    } else if (tok.is("vector")) {
+        m_parser->skip();
         match("<");
         f.m_isVector = true;
         f.m_typeName = getTypeName(precision);
@@ -151,8 +167,9 @@ void Analyzer::do_field(Struct* s) {
         readRefClass(f);
         name = m_parser->getName();
         checkIsNotReserved(name);
-    } else if (tok == "rectangle" || tok == "rect" || tok == "point") {
-        bool rect = tok != "point";
+    } else if (tok.is("rectangle") || tok.is("rect") || tok.is("point")) {
+        bool rect = !tok.is("point");
+        m_parser->skip();
         match("<");
         f.m_typeName = getTypeName(precision);
         f.m_precision = precision;
@@ -161,7 +178,7 @@ void Analyzer::do_field(Struct* s) {
         f.m_isPoint = !rect;
         name = m_parser->getName();
         checkIsNotReserved(name);
-        if (m_parser->get() != "[")
+        if (!m_parser->next().is("["))
             error(rect ? "rectangle dimension must be specified" : "point dimension must be specified");
         f.m_isArray = true;
         unsigned dim = m_parser->getNum();
@@ -171,7 +188,6 @@ void Analyzer::do_field(Struct* s) {
         // A rectangle holds two corners.
         f.m_arraySize = static_cast<int>(rect ? 2 * dim : dim);
     } else {
-        m_parser->takeBack(tok);
         f.m_typeName = getTypeName(precision);
         f.m_precision = precision;
         readRefClass(f);
@@ -182,8 +198,8 @@ void Analyzer::do_field(Struct* s) {
             if (f.m_typeName != "boolean")
                 error("updated_bitmap - could be only of type boolean.");
         }
-        tok = m_parser->get();
-        if (tok == "[") {
+        if (m_parser->peek().is("[")) {
+            m_parser->skip();
             f.m_isArray = true;
             // The bitmap may leave its size out ("[]"): the class sizes it.
             int size = static_cast<int>(m_parser->getNumEx(f.m_isBitmap));
@@ -192,7 +208,6 @@ void Analyzer::do_field(Struct* s) {
             f.m_arraySize = size;
             match("]");
         } else {
-            m_parser->takeBack(tok);
             if (f.m_isBitmap)
                 error("updated_bitmap - could be only of type bool and should be declared as array field.");
         }
@@ -212,14 +227,14 @@ void Analyzer::do_field(Struct* s) {
         roomForOneMore(s->v_field);
         s->v_field.push_back_moved(std::move(f));
         Field& stored = s->v_field[static_cast<int>(s->v_field.size()) - 1];
-        tok = m_parser->get();
-        if (tok == "=") {
+        tok = m_parser->next();
+        if (tok.is("=")) {
             readInitValues(stored);
-            tok = m_parser->get();
+            tok = m_parser->next();
         }
-        if (tok == ";")
+        if (tok.is(";"))
             return;
-        if (tok != ",") {
+        if (!tok.is(",")) {
             error("expected , or ;");
             return;
         }
@@ -233,18 +248,29 @@ void Analyzer::do_field(Struct* s) {
 // type -> ("numeric"|"decimal") "<" width ["," precision] ">"
 //       | ("signed"|"unsigned"|"char"|"binary"|"nchar") "<" n ">" | name
 mstring Analyzer::getTypeName(int& precision) {
-    mstring word = m_parser->getName();
+    // Only a name that is none of the words below becomes a string: those
+    // are identifiers that getName would pass without a word, so they are
+    // looked at where they stand and dropped.
+    enum { NUMERIC, DECIMAL, SIGNED, UNSIGNED, CHAR, BINARY, NCHAR, KINDS };
+    static char const* const kSized[KINDS] = {"numeric", "decimal", "signed", "unsigned", "char", "binary", "nchar"};
     precision = -1;
+    int kind = 0;
+    Parser::Token first = m_parser->peek();
+    while (kind < KINDS && !first.is(kSized[kind]))
+        kind++;
+    if (kind == KINDS)
+        return m_parser->getName();  // a struct, enum or base type name; resolved later
+    m_parser->skip();
+    char const* word = kSized[kind];
 
-    if (word == "numeric" || word == "decimal") {
+    if (kind == NUMERIC || kind == DECIMAL) {
         match("<");
         unsigned width = m_parser->getNum();
         precision = 0;
-        mstring tok = m_parser->get();
-        if (tok == ",")
+        if (m_parser->peek().is(",")) {
+            m_parser->skip();
             precision = static_cast<int>(m_parser->getNum());
-        else
-            m_parser->takeBack(tok);
+        }
         if (width > 19)
             error("decimal width not be larger than 19");
         if (precision > static_cast<int>(width))
@@ -253,9 +279,7 @@ mstring Analyzer::getTypeName(int& precision) {
         return width < 3 ? "signed<1>" : width < 5 ? "signed<2>" : width < 10 ? "signed<4>" : "signed<8>";
     }
 
-    bool isChar = word == "char", isBinary = word == "binary", isNchar = word == "nchar";
-    if (word != "signed" && word != "unsigned" && !isChar && !isBinary && !isNchar)
-        return word;  // a struct, enum or base type name; resolved later
+    bool isChar = kind == CHAR, isBinary = kind == BINARY, isNchar = kind == NCHAR;
 
     match("<");
     unsigned n = m_parser->getNum();
@@ -263,10 +287,10 @@ mstring Analyzer::getTypeName(int& precision) {
     if (!isChar && !isBinary && !isNchar && n != 1 && n != 2 && n != 4 && n != 8)
         error("numerical size must be 1,2,4 or 8");
     // "word<n>" written straight into one buffer: the word is one of the
-    // five above and n has at most ten digits.
+    // last five kinds and n has at most ten digits.
     char text[32];
-    std::size_t len = std::strlen(word.c_str());
-    std::memcpy(text, word.c_str(), len);
+    std::size_t len = std::strlen(word);
+    std::memcpy(text, word, len);
     text[len++] = '<';
     char digits[12];
     int nd = 0;

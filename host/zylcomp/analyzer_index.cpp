@@ -41,15 +41,15 @@ void Analyzer::do_index_declaration(Class& c, IndexType kind, bool unique, bool 
 // hashes one case word, other kinds none; only trees and hashes collate.
 void Analyzer::do_indexFields(Index& idx, Class& c) {
     IndexType const kind = idx.m_type;
-    mstring tok = m_parser->get();
-    if (tok == "*") {
+    // Key parts are read as names; the other words are only compared.
+    if (m_parser->peek().is("*")) {
+        m_parser->skip();
         // Every field of the class, expanded once all fields are known.
         idx.v_fieldName.push_back("*");
-        if (m_parser->get() != ">")
+        if (!m_parser->next().is(">"))
             error("'>' expected");
         return;
     }
-    m_parser->takeBack(tok);
 
     for (;;) {
         mstring path = m_parser->getName();
@@ -57,40 +57,40 @@ void Analyzer::do_indexFields(Index& idx, Class& c) {
         // reserved.
         if (path != "autoid")
             checkIsNotReserved(path);
-        tok = m_parser->get();
-        while (tok == ".") {
+        Parser::Token tok = m_parser->next();
+        while (tok.is(".")) {
             if (kind == IT_KDTREE || kind == IT_RTREE)
                 error("Fields of inner structs are not allowed as an element of R-Tree or KD-Tree indeces");
             mstring step = m_parser->getName();
             checkIsNotReserved(step);
             path += ".";
             path += step;
-            tok = m_parser->get();
+            tok = m_parser->next();
         }
         idx.v_fieldName.push_back_moved(std::move(path));
 
         bool desc = false;
         bool nocase = false;
         if (kind == IT_TREE) {
-            for (;; tok = m_parser->get()) {
-                if (tok == "ascending" || tok == "asc")
+            for (;; tok = m_parser->next()) {
+                if (tok.is("ascending") || tok.is("asc"))
                     desc = false;
-                else if (tok == "descending" || tok == "desc")
+                else if (tok.is("descending") || tok.is("desc"))
                     desc = true;
-                else if (tok == "ignore_case" || tok == "case_insensitive")
+                else if (tok.is("ignore_case") || tok.is("case_insensitive"))
                     nocase = true;
                 else
                     break;
             }
-        } else if (kind == IT_HASH && (tok == "ignore_case" || tok == "case_insensitive")) {
+        } else if (kind == IT_HASH && (tok.is("ignore_case") || tok.is("case_insensitive"))) {
             nocase = true;
-            tok = m_parser->get();
+            tok = m_parser->next();
         }
         idx.v_desc.push_back(desc);
         idx.v_nocase.push_back(nocase);
 
         mstring collation;
-        if ((kind == IT_TREE || kind == IT_HASH) && tok == "collate") {
+        if ((kind == IT_TREE || kind == IT_HASH) && tok.is("collate")) {
             if (idx.m_userdef)
                 error("unexpected \"collate\" for user-defined index");
             collation = m_parser->getName();
@@ -104,16 +104,16 @@ void Analyzer::do_indexFields(Index& idx, Class& c) {
                 coll->m_onlyNoApi = false;
             if (kind != IT_TREE)
                 coll->m_onlyTree = false;
-            tok = m_parser->get();
+            tok = m_parser->next();
         }
         idx.v_collation.push_back_moved(std::move(collation));
 
-        if (kind == IT_RTREE && tok != ">")
+        if (kind == IT_RTREE && !tok.is(">"))
             error("rtree index specification error");
-        if (tok == ">")
+        if (tok.is(">"))
             return;
-        if (tok != ",") {
-            error1("unexpected token #1", tok);
+        if (!tok.is(",")) {
+            error1("unexpected token #1", tok.str());
             return;
         }
         if (kind == IT_PATRICIA)
