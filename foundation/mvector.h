@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <type_traits>
 #include <utility>
 
 template <class T>
@@ -60,6 +61,13 @@ public:
             delete[] m_data;
             m_data = block;
             m_cap = n;
+            // A record's constructor has just set every new place to what
+            // T() gives (the element classes initialize every member), so
+            // only plain values still need the reset.
+            if constexpr (std::is_class_v<T> && !std::is_trivially_default_constructible_v<T>) {
+                m_size = n;
+                return;
+            }
         }
         for (std::uint32_t i = m_size; i < n; i++)
             m_data[i] = T();

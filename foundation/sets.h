@@ -2,7 +2,12 @@
 //
 // A set keeps two views of its elements: the order of insertion, which is
 // what walks and output see, and the order by key, which look-ups use.
+// Elements keyed by a name are also found through a hash table on that
+// name; the sorted view of such a set is only built once something asks
+// for the key order.
 #pragma once
+
+#include <cstdint>
 
 #include "foundation/mstring.h"
 #include "foundation/mvector.h"
@@ -11,6 +16,10 @@ class IComparable {
 public:
     virtual ~IComparable() = default;
     virtual bool less(IComparable const* other) const = 0;
+    // The name the element is ordered by, or null for an element ordered
+    // some other way. An element that gives a name must order exactly as
+    // strcmp orders the names, and keep the name while a set looks it up.
+    virtual char const* keyName() const { return nullptr; }
 
     int m_refCount = 0;
 };
@@ -93,6 +102,14 @@ public:
     // key, in the same order as `less`.
     using Compare = int (*)(IComparable const* element, void const* key);
     virtual HIComparable* find(Compare compare, void const* key) = 0;
+    // The element whose key name is `name`, as find(compare, name) answers
+    // it; `compare` gets a char const* key. Constant time while every
+    // element of the set has a key name.
+    virtual HIComparable* findName(char const* name, Compare compare) = 0;
+    // The same with `hash` = nameHash(name), for a caller that looks one
+    // name up in several sets.
+    virtual HIComparable* findName(char const* name, Compare compare, std::uint32_t hash) = 0;
+    static std::uint32_t nameHash(char const* name);
     virtual unsigned size() const = 0;
     virtual void remove(IComparable const& key) = 0;
     // A new cursor at the first element in order of insertion; the caller owns it.
@@ -108,6 +125,8 @@ public:
     HIComparable* find(HIComparable const& key) override;
     HIComparable* find(IComparable const& key) override;
     HIComparable* find(Compare compare, void const* key) override;
+    HIComparable* findName(char const* name, Compare compare) override;
+    HIComparable* findName(char const* name, Compare compare, std::uint32_t hash) override;
     unsigned size() const override;
     void remove(IComparable const& key) override;
     Pos* first() const override;
@@ -116,8 +135,24 @@ public:
     HIComparable const& inOrder(unsigned i) const { return v_inOrder[static_cast<int>(i)]; }
 
 private:
+    // One place of the name table: the name's hash and the element's place
+    // in v_inOrder plus one; 0 marks a free place, kRemoved a removed one.
+    struct Slot {
+        std::uint32_t hash = 0;
+        std::uint32_t place = 0;
+    };
+    static constexpr std::uint32_t kRemoved = 0xFFFFFFFFu;
+
     // Index of the first element of the sorted view that is not less than key.
     unsigned lowerBound(IComparable const& key) const;
+    // Builds the sorted view if it is not kept yet; from then on every add
+    // keeps it up to date.
+    void keepSorted();
+    // The table place holding element `e` under `hash`, or -1.
+    int slotOf(IComparable const* e, std::uint32_t hash) const;
+    // The table place of the element named `name`, or -1.
+    int slotNamed(char const* name, std::uint32_t hash) const;
+    void addSlot(std::uint32_t hash, std::uint32_t place);
 
     // Both views keep spare null places behind their elements: a set that
     // grew its blocks by one element would copy itself on every add.
@@ -125,6 +160,11 @@ private:
     mvector<HIComparable> v_sorted;
     unsigned m_inOrderCount = 0;
     unsigned m_sortedCount = 0;
+    // The name table, a power of two in size; used only while m_named.
+    mvector<Slot> v_slots;
+    unsigned m_slotsTaken = 0;  // free places excepted
+    bool m_named = true;        // every element added so far has a key name
+    bool m_sortedKept = false;  // v_sorted holds every element not removed
 };
 
 class PosImpl : public ISet::Pos {

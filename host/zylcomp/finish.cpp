@@ -75,13 +75,16 @@ void Analyzer::struct_finishStructFields(Struct& s, bool /*isClass*/) {
         // is the layout pass's to report.
         if (f.m_typeName == s.m_name)
             error1("struct #1 includes itself", s.m_name);
-        f.m_enum = m_schema.findEnum(f.m_typeName);
+        // Both look-ups at once; an unknown type is looked up again below,
+        // after the element type, so that the reports keep their order.
+        Struct* t = m_schema.findType(f.m_typeName, &f.m_enum);
         if (f.m_isSequence) {
             f.m_elemStruct = findFieldType(f.m_elemTypeName, f.m_name);
             sequences = true;
         }
-        f.m_struct = findFieldType(f.m_typeName, f.m_name);
-        Struct* t = f.m_struct;
+        if (t == nullptr)
+            t = findFieldType(f.m_typeName, f.m_name);
+        f.m_struct = t;
         if (t == nullptr)
             continue;  // reported
         if (direct && (t->m_category == TC_DIRECT || t->m_category == TC_STRUCT))

@@ -4,6 +4,8 @@
 //
 // Index codes run through all classes in set order, one per index, the
 // implicit list included; the first code is 0.
+#include <utility>
+
 #include "foundation/ut.h"
 #include "frontend/parser.h"
 #include "frontend/preprocessor.h"
@@ -99,8 +101,8 @@ void Analyzer::finishIndices() {
                     stopped = true;
                     return false;
                 }
-                idx.v_segment.push_back(s);
                 idx.m_hasBoolean = idx.m_hasBoolean || s.m_isBoolean;
+                idx.v_segment.push_back_moved(std::move(s));
             }
             code++;
         }
@@ -151,22 +153,23 @@ Index::Segment Analyzer::constructIndexSegment(mstring const& indexName, bool de
     Field* f = nullptr;
     int repeated = 0;  // vector and array steps
     for (unsigned i = 0; i < steps.size(); i++) {
-        mstring const& step = steps[i];
-        f = in->findField(step);
+        f = in->findField(steps[i]);
         if (f == nullptr) {
-            error4("field #1 is not defined in struct #2 and referenced from index #3, #4", step, in->m_name,
+            error4("field #1 is not defined in struct #2 and referenced from index #3, #4", steps[i], in->m_name,
                    indexName, fieldPath);
             return seg;
         }
         if (f->m_struct->m_category == TC_SEQUENCE) {
-            error3("sequence field #1 used in index #2, #3", step, indexName, fieldPath);
+            error3("sequence field #1 used in index #2, #3", steps[i], indexName, fieldPath);
             return seg;
         }
+        // The step's text moves into the path; the messages below read it there.
         Index::FldEl el;
-        el.m_name = step;
+        el.m_name = std::move(steps[i]);
         el.m_struct = in;
         el.m_field = f;
-        seg.v_fldEl.push_back(el);
+        seg.v_fldEl.push_back_moved(std::move(el));
+        mstring const& step = seg.v_fldEl[static_cast<int>(seg.v_fldEl.size()) - 1].m_name;
         if (f->m_isOptional) {
             error3("optional field #1 used in index #2, #3", step, indexName, fieldPath);
             return seg;
@@ -197,8 +200,8 @@ Index::Segment Analyzer::constructIndexSegment(mstring const& indexName, bool de
     if (f == nullptr)
         return seg;  // an empty path: the grammar never gives one
     if (isStructType(f->m_struct)) {
-        error3("final element #1 of index #2, #3 is struct", steps[static_cast<int>(steps.size()) - 1], indexName,
-               fieldPath);
+        mstring const& last = seg.v_fldEl[static_cast<int>(seg.v_fldEl.size()) - 1].m_name;
+        error3("final element #1 of index #2, #3 is struct", last, indexName, fieldPath);
         return seg;
     }
     if (!collation.empty()) {

@@ -226,8 +226,12 @@ Schema::~Schema() {
     delete m_types;
 }
 
-// The look-ups compare the name straight against each element's name, in
-// the order `less` keeps: no key record (and no copy of the name) is built.
+// The look-ups go by the name alone: no key record (and no copy of the
+// name) is built. The sets find named elements through their name table;
+// the comparison serves a set that has no table. The table relies on names
+// staying put: they change only when the generators prefix them, after the
+// last look-up, and while "ref" is copied from the oid type, which gives it
+// its own name back at once.
 namespace {
 
 template <class T>
@@ -237,13 +241,22 @@ int compareName(IComparable const* element, void const* key) {
 
 template <class T>
 T* findNamed(ISet* set, mstring const& name) {
-    HIComparable* found = set->find(&compareName<T>, name.c_str());
+    HIComparable* found = set->findName(name.c_str(), &compareName<T>);
     return found ? static_cast<T*>(found->get()) : nullptr;
 }
 
 }  // namespace
 
 Struct* Schema::findType(mstring const& name) const { return findNamed<Struct>(m_types, name); }
+
+Struct* Schema::findType(mstring const& name, Enum** e) const {
+    char const* key = name.c_str();
+    std::uint32_t const hash = ISet::nameHash(key);
+    HIComparable* en = m_enums->findName(key, &compareName<Enum>, hash);
+    *e = en ? static_cast<Enum*>(en->get()) : nullptr;
+    HIComparable* t = m_types->findName(key, &compareName<Struct>, hash);
+    return t ? static_cast<Struct*>(t->get()) : nullptr;
+}
 
 Class* Schema::findClass(mstring const& name) const { return findNamed<Class>(m_classes, name); }
 

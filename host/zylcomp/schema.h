@@ -284,6 +284,7 @@ public:
     Enum() = default;
     explicit Enum(mstring const& name) : m_name(name) {}
     bool less(IComparable const* other) const override;
+    char const* keyName() const override { return m_name.c_str(); }
 
     mstring m_name;
     mvector<Elem> v_elem;
@@ -295,6 +296,7 @@ public:
     Collation() = default;
     explicit Collation(mstring const& name) : m_name(name) {}
     bool less(IComparable const* other) const override;
+    char const* keyName() const override { return m_name.c_str(); }
 
     mstring m_name;
     int m_fieldKind = 0;  // 0 until first used; then 7, 19 or 21
@@ -318,6 +320,7 @@ public:
     Struct& operator=(Struct const& other);
 
     bool less(IComparable const* other) const override;
+    char const* keyName() const override { return m_name.c_str(); }
 
     Field* findField(mstring const& name);
     Field const* findField(mstring const& name) const;
@@ -460,6 +463,8 @@ public:
     // Types, classes and enums are three separate name spaces here; the
     // analyzer keeps class names apart from the others by hand.
     Struct* findType(mstring const& name) const;
+    // findType(name), and findEnum(name) into *e, hashing the name once.
+    Struct* findType(mstring const& name, Enum** e) const;
     Class* findClass(mstring const& name) const;
     Enum* findEnum(mstring const& name) const;
     Collation* findCollation(mstring const& name) const;
