@@ -309,7 +309,7 @@ void MemoryGenDict::generate_indexes(zyl_dictionary_t* dict, unsigned nFields, u
     forEach<Class>(m_schema->m_classes, [&](Class& c) {
         for (unsigned i = 0; i < c.v_index.size(); i++, number++) {
             Index const& index = c.v_index[i];
-            DictIndexEntry const e = dictIndexEntry(c, index);
+            DictIndexEntry const e = dictIndexEntry(c, index, false);
             names[number] = memString(c.m_name + "." + index.m_name);
             zyl_dict_index_t& w = indexes[number];
             w.class_code = u16(e.m_classCode);
@@ -382,12 +382,14 @@ void MemoryClassDictCreator::create(zyl_dictionary_t* dict, bool sortFields) {
                 m_err->err("python wraper does not support sequence of structs");
             DictFieldEntry const e = fieldEntry(static_cast<int>(n), list, static_cast<int>(i));
             x->name = memString(e.m_name);
-            x->layout.c_size = u16(e.m_cSize, "!c_size.is_str()");
-            x->layout.c_align = u16(e.m_cAlign, "!c_align.is_str()");
-            x->layout.c_offset = u16(e.m_cOffset, "!c_offset.is_str()");
-            x->layout.u_size = u32(e.m_uSize, "!u_size.is_str()");
-            x->layout.u_align = u32(e.m_uAlign, "!u_align.is_str()");
-            x->layout.u_offset = u32(e.m_uOffset, "!u_offset.is_str()");
+            FldLayout const& c = *e.m_compact;
+            FldLayout const& u = *e.m_large;
+            x->layout.c_size = u16(c.m_size, "!c_size.is_str()");
+            x->layout.c_align = u16(c.m_align, "!c_align.is_str()");
+            x->layout.c_offset = u16(c.m_offset, "!c_offset.is_str()");
+            x->layout.u_size = u32(u.m_size, "!u_size.is_str()");
+            x->layout.u_align = u32(u.m_align, "!u_align.is_str()");
+            x->layout.u_offset = u32(u.m_offset, "!u_offset.is_str()");
             x->field_el_type = static_cast<std::uint8_t>(e.m_type);
             x->flags = static_cast<std::uint8_t>(e.m_flags);
             x->array_size = u16(e.m_arraySize);
