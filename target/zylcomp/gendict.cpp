@@ -148,11 +148,16 @@ void MemoryGenDict::layout(Layout& l, int startOffset, Struct* s) {
         // A numeric offset rounds in place, as alignInt would round it.
         if (offs.is_str())
             offs = alignInt(offs, fld.m_align);
-        else if (roundUp(offs.m_num, fld.m_align.m_num))
-            offs = offs.m_num;
+        else
+            roundUp(offs.m_num, fld.m_align.m_num);
         memNumber(offs, "! offs.is_str()");
         fld.m_offset = offs;
-        offs += fld.m_size;
+        // Numbers add in place; only a text (which ends this walk as a
+        // fault) needs the general sum.
+        if (fld.m_size.is_str())
+            offs += fld.m_size;
+        else
+            offs.m_num = wrap32(std::int64_t{offs.m_num} + fld.m_size.m_num);
         if (c != nullptr && c->m_hasDirect)
             lastDirectHolder = &fld;
 
