@@ -63,23 +63,23 @@ void widen(int& width, int length) {
 
 int len(mstring const& s) { return static_cast<int>(s.length()); }
 
-// A record in the sort: its two keys, copied out of it, and where it stands
-// before sorting. The heap sort runs over these with the records' own order
-// (ordered_before), so it makes exactly the comparisons and moves it would
-// make on the records, without reaching into them; each record is then
-// moved once to its place instead of being swapped (ten strings each time)
-// down the heap.
+// A record in the sort: its two keys, folded into one number, and where it
+// stands before sorting. The heap sort runs over these with the records'
+// own order (ordered_before), so it makes exactly the comparisons and moves
+// it would make on the records, without reaching into them; each record is
+// then moved once to its place instead of being swapped (ten strings each
+// time) down the heap.
 struct SortEntry {
-    std::int32_t m_align = 0;  // m_align.m_num
-    bool m_typeIsDirect = false;
+    std::int64_t m_key = 0;
     unsigned m_from = 0;
 };
 
-// ordered_before of the two records the entries stand for.
-inline bool entryBefore(SortEntry const& a, SortEntry const& b) {
-    if (a.m_typeIsDirect == b.m_typeIsDirect)
-        return a.m_align > b.m_align;
-    return b.m_typeIsDirect;
+// ordered_before(a, b) is "a's key is greater": a record whose type is not
+// a direct struct lies 2^33 above every one whose type is, which outweighs
+// any difference of two 32-bit alignments; within a group the alignments
+// decide.
+std::int64_t sortKey(FldLayout const& fld) {
+    return (fld.m_typeIsDirect ? 0 : std::int64_t{1} << 33) + fld.m_align.m_num;
 }
 
 unsigned const kPlaced = ~0u;
@@ -91,11 +91,10 @@ void sortFields(mvector<FldLayout>& v, mvector<SortEntry>& order) {
     for (unsigned i = 0; i < n; i++) {
         FldLayout const& fld = v[static_cast<int>(i)];
         SortEntry& e = order[static_cast<int>(i)];
-        e.m_align = fld.m_align.m_num;
-        e.m_typeIsDirect = fld.m_typeIsDirect;
+        e.m_key = sortKey(fld);
         e.m_from = i;
     }
-    sort_vector(order, [](SortEntry const& a, SortEntry const& b) { return entryBefore(a, b); });
+    sort_vector(order, [](SortEntry const& a, SortEntry const& b) { return a.m_key > b.m_key; });
 
     // Place i takes the record from order[i].m_from: follow each cycle of
     // that permutation once, one record held aside per cycle.
