@@ -7,6 +7,7 @@
 
 #include <cstring>
 #include <memory>
+#include <string>
 
 #include "foundation/sets.h"
 #include "host/zylcomp/schema.h"
@@ -311,11 +312,17 @@ void MemoryGenDict::generate_indexes(zyl_dictionary_t* dict, unsigned nFields, u
     dict->str_index_names = names;
 
     unsigned number = 0;
+    // "{class}.{index}" is joined in one reused buffer: only the copy handed
+    // to the caller needs a block of its own.
+    std::string name;
     forEach<Class>(m_schema->m_classes, [&](Class& c) {
         for (unsigned i = 0; i < c.v_index.size(); i++, number++) {
             Index const& index = c.v_index[i];
             DictIndexEntry const e = dictIndexEntry(c, index, false);
-            names[number] = memString(c.m_name + "." + index.m_name);
+            name.assign(c.m_name.c_str());
+            name += '.';
+            name += index.m_name.c_str();
+            names[number] = memString(name.c_str());
             zyl_dict_index_t& w = indexes[number];
             w.class_code = u16(e.m_classCode);
             w.impl_no = u16(e.m_implNo);
