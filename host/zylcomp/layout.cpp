@@ -8,6 +8,7 @@
 // (FldLayout::update_strings decides which). The in-memory dictionary
 // overrides the virtual steps so that everything stays numeric there.
 #include <cassert>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <utility>
@@ -62,37 +63,55 @@ void widen(int& width, int length) {
 
 int len(mstring const& s) { return static_cast<int>(s.length()); }
 
-// A record in the sort: where it stands before sorting. The heap sort runs
-// over these, with the records' own order, so it makes exactly the moves
-// it would make on the records; each record is then moved once to its
-// place instead of being swapped (ten strings each time) down the heap.
+// A record in the sort: its two keys, folded into one number, and where it
+// stands before sorting. The heap sort runs over these with the records'
+// own order (ordered_before), so it makes exactly the comparisons and moves
+// it would make on the records, without reaching into them; each record is
+// then moved once to its place instead of being swapped (ten strings each
+// time) down the heap.
 struct SortEntry {
-    FldLayout const* m_fld = nullptr;
+    std::int64_t m_key = 0;
     unsigned m_from = 0;
 };
 
-void sortFields(mvector<FldLayout>& v) {
+// ordered_before(a, b) is "a's key is greater": a record whose type is not
+// a direct struct lies 2^33 above every one whose type is, which outweighs
+// any difference of two 32-bit alignments; within a group the alignments
+// decide.
+std::int64_t sortKey(FldLayout const& fld) {
+    return (fld.m_typeIsDirect ? 0 : std::int64_t{1} << 33) + fld.m_align.m_num;
+}
+
+unsigned const kPlaced = ~0u;
+
+// `order` is scratch, shared by the calls for one struct's two formats.
+void sortFields(mvector<FldLayout>& v, mvector<SortEntry>& order) {
     unsigned const n = v.size();
-    mvector<SortEntry> order;
     order.resize(n);
     for (unsigned i = 0; i < n; i++) {
-        order[static_cast<int>(i)].m_fld = &v[static_cast<int>(i)];
-        order[static_cast<int>(i)].m_from = i;
+        FldLayout const& fld = v[static_cast<int>(i)];
+        SortEntry& e = order[static_cast<int>(i)];
+        e.m_key = sortKey(fld);
+        e.m_from = i;
     }
-    sort_vector(order, [](SortEntry const& a, SortEntry const& b) { return ordered_before(*a.m_fld, *b.m_fld); });
+    sort_vector(order, [](SortEntry const& a, SortEntry const& b) { return a.m_key > b.m_key; });
 
     // Place i takes the record from order[i].m_from: follow each cycle of
     // that permutation once, one record held aside per cycle.
     for (unsigned i = 0; i < n; i++) {
         SortEntry& start = order[static_cast<int>(i)];
-        if (start.m_fld == nullptr || start.m_from == i)
+        if (start.m_from == kPlaced)
             continue;
+        if (start.m_from == i) {
+            start.m_from = kPlaced;
+            continue;
+        }
         FldLayout held = std::move(v[static_cast<int>(i)]);
         unsigned to = i;
         for (;;) {
             SortEntry& e = order[static_cast<int>(to)];
             unsigned const from = e.m_from;
-            e.m_fld = nullptr;  // placed
+            e.m_from = kPlaced;
             if (from == i) {
                 v[static_cast<int>(to)] = std::move(held);
                 break;
@@ -266,8 +285,9 @@ bool GenOutput::layout(Struct& s, int startOffset, Class* owner) {
         // two formats may end up in different orders.
         if (!m_dictFlagA && !s.m_isDirect) {
             // The heap sort is not stable and its order decides layouts: keep it exactly as it is.
-            sortFields(compact.v_fld);
-            sortFields(large.v_fld);
+            mvector<SortEntry> order;
+            sortFields(compact.v_fld, order);
+            sortFields(large.v_fld, order);
         }
         layout(compact, startOffset, &s);
         layout(large, startOffset, &s);

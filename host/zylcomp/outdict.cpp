@@ -194,16 +194,16 @@ DictEventEntry dictEventEntry(Class const& c, Event const& ev) {
         dictPanic("internal 10027");
     }
     if (ev.m_field != nullptr) {
-        Field::DictInfo const d = ev.m_field->dict_info(true);
+        DictType const d = dictType(*ev.m_field, true);  // the field's dict_info
         e.m_offset = placed(c, *ev.m_field).m_offset;
-        e.m_size = d.m_size;
+        e.m_size = d.size();
         e.m_type = d.m_typeCode;
         e.m_fldNo = ev.m_field->m_position;
     }
     return e;
 }
 
-DictIndexEntry dictIndexEntry(Class const& c, Index const& index) {
+DictIndexEntry dictIndexEntry(Class const& c, Index const& index, bool withPaths) {
     DictIndexEntry e;
     e.m_classCode = c.m_code;
     e.m_implNo = implNo(index.m_type, c.m_persistent, index.m_inclusive);
@@ -213,6 +213,8 @@ DictIndexEntry dictIndexEntry(Class const& c, Index const& index) {
     bool nullable = false;
     bool point = false;
     bool crossed = false;
+    // Sized once and filled in place: the keys are read once and dropped.
+    e.v_key.resize(index.v_segment.size());
     for (unsigned k = 0; k < index.v_segment.size(); k++) {
         Index::Segment const& s = index.v_segment[k];
         Field const& f = *s.v_fldEl[static_cast<int>(s.v_fldEl.size()) - 1].m_field;
@@ -223,8 +225,8 @@ DictIndexEntry dictIndexEntry(Class const& c, Index const& index) {
                       ") : An index on a vector of structs may only include one field of the structure.");
         crossed = crossed || overVector;
 
-        Field::DictInfo const d = s.dict_info();
-        DictKeyEntry key;
+        DictType const d = dictType(f, false);  // the segment's dict_info
+        DictKeyEntry& key = e.v_key[static_cast<int>(k)];
         key.m_offset = fl.m_offset;
         key.m_vectOffset = fl.m_vectOffset;
         key.m_indicatorOffset = -1;
@@ -245,7 +247,7 @@ DictIndexEntry dictIndexEntry(Class const& c, Index const& index) {
             else
                 key.m_indicatorOffset = fl.m_offset.m_num + io.m_num - fo.m_num;
         }
-        key.m_size = d.m_size;
+        key.m_size = d.size();
         key.m_type = d.m_typeCode;
         if (s.m_desc)
             key.m_flags |= ZYL_KEY_DESC;
@@ -257,9 +259,9 @@ DictIndexEntry dictIndexEntry(Class const& c, Index const& index) {
             key.m_flags |= ZYL_KEY_NULLABLE;
         key.m_fldNo = f.m_position;
         key.m_collation = s.m_collationNo < 0 ? 0xFFFF : s.m_collationNo;
-        for (unsigned i = 0; i < s.v_fldEl.size(); i++)
-            key.m_path += (i > 0 ? "." : "") + s.v_fldEl[i].m_name;
-        e.v_key.push_back(key);
+        if (withPaths)
+            for (unsigned i = 0; i < s.v_fldEl.size(); i++)
+                key.m_path += (i > 0 ? "." : "") + s.v_fldEl[i].m_name;
         nullable = nullable || f.m_isNullable;
         point = point || f.m_isPoint;
     }
@@ -461,7 +463,7 @@ void writeIndexes(IOutStream& out, Schema const& schema, bool dynamic, int nInde
     forEach<Class>(schema.m_classes, [&](Class& c) {
         for (unsigned i = 0; i < c.v_index.size(); i++, number++) {
             Index const& index = c.v_index[i];
-            DictIndexEntry const e = dictIndexEntry(c, index);
+            DictIndexEntry const e = dictIndexEntry(c, index, true);
             keys << "      /* " << c.m_name << "." << index.m_name << " [" << number << "] */\n";
             for (unsigned k = 0; k < e.v_key.size(); k++) {
                 DictKeyEntry const& key = e.v_key[k];

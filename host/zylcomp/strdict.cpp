@@ -331,7 +331,24 @@ void Index::Segment::paramStrings(int keyNo, Schema const* schema, mvector<mstri
 // ---------------------------------------------------------------------------
 // ClassDictCreator: numbering
 
-bool ordered_before(FieldRef const& a, FieldRef const& b) { return a.m_field->m_name < b.m_field->m_name; }
+namespace {
+
+// operator< of the two names, as strcmp decides it (bytes unsigned), but
+// compared in place: a sort makes several comparisons per field, mostly of
+// short names that differ within a few bytes.
+inline bool nameBefore(FieldRef const& a, FieldRef const& b) {
+    auto const* x = reinterpret_cast<unsigned char const*>(a.m_field->m_name.c_str());
+    auto const* y = reinterpret_cast<unsigned char const*>(b.m_field->m_name.c_str());
+    while (*x == *y && *x != '\0') {
+        x++;
+        y++;
+    }
+    return *x < *y;
+}
+
+}  // namespace
+
+bool ordered_before(FieldRef const& a, FieldRef const& b) { return nameBefore(a, b); }
 
 ClassDictCreator::ClassDictCreator(Schema* schema, bool dynamicTables, IErrReporter* err, mstring const& dbName)
     : m_dynamicTables(dynamicTables), m_schema(schema), m_err(err), m_dbName(dbName) {
@@ -462,7 +479,7 @@ mvector<FieldRef> ClassDictCreator::fieldList(Struct const& s, bool sortFields) 
         list[static_cast<int>(i)].m_place = static_cast<int>(i);
     }
     if (sortFields)
-        sort_vector(list);
+        sort_vector(list, [](FieldRef const& a, FieldRef const& b) { return nameBefore(a, b); });
     return list;
 }
 
@@ -566,15 +583,9 @@ DictFieldEntry ClassDictCreator::fieldEntry(int structNo, mvector<FieldRef> cons
 
     DictFieldEntry e;
     e.m_name = f.m_name.c_str();
-    FldLayout const* c = f.m_compactLayout;
-    FldLayout const* u = f.m_largeLayout;
-    assert(c != nullptr && u != nullptr);  // placed by the layout pass
-    e.m_cSize = c->m_size;
-    e.m_cAlign = c->m_align;
-    e.m_cOffset = c->m_offset;
-    e.m_uSize = u->m_size;
-    e.m_uAlign = u->m_align;
-    e.m_uOffset = u->m_offset;
+    e.m_compact = f.m_compactLayout;
+    e.m_large = f.m_largeLayout;
+    assert(e.m_compact != nullptr && e.m_large != nullptr);  // placed by the layout pass
 
     DictType const d = dictType(f, true);
     e.m_type = d.m_typeCode;
@@ -671,11 +682,13 @@ void ClassDictCreator::collectFields(bool sortFields) {
             }
 
             long long const init = e.m_initIndex;
+            FldLayout const& c = *e.m_compact;
+            FldLayout const& u = *e.m_large;
             if (m_dynamicTables) {
                 m_fieldText << "    pfi->name = \"" << e.m_name << "\";\n";
-                m_fieldText << "    pfi->layout.c_size = " << e.m_cSize << "; pfi->layout.c_align  = " << e.m_cAlign
-                            << "; pfi->layout.c_offset = " << e.m_cOffset << "; pfi->layout.u_size = " << e.m_uSize
-                            << "; pfi->layout.u_align  = " << e.m_uAlign << "; pfi->layout.u_offset = " << e.m_uOffset
+                m_fieldText << "    pfi->layout.c_size = " << c.m_size << "; pfi->layout.c_align  = " << c.m_align
+                            << "; pfi->layout.c_offset = " << c.m_offset << "; pfi->layout.u_size = " << u.m_size
+                            << "; pfi->layout.u_align  = " << u.m_align << "; pfi->layout.u_offset = " << u.m_offset
                             << "; \n";
                 m_fieldText << "    pfi->field_el_type = " << e.m_type << ";pfi->flags = " << e.m_flags
                             << ";pfi->array_size = " << e.m_arraySize << ";pfi->struct_num = " << e.m_structNum
@@ -691,8 +704,8 @@ void ClassDictCreator::collectFields(bool sortFields) {
                     m_fieldText << ",\n";
                 m_fieldText << pending;
                 pending = mstring();
-                m_fieldText << "    {\"" << e.m_name << "\", {" << e.m_cSize << ", " << e.m_cAlign << ", "
-                            << e.m_cOffset << ", " << e.m_uSize << ", " << e.m_uAlign << ", " << e.m_uOffset << "}, "
+                m_fieldText << "    {\"" << e.m_name << "\", {" << c.m_size << ", " << c.m_align << ", "
+                            << c.m_offset << ", " << u.m_size << ", " << u.m_align << ", " << u.m_offset << "}, "
                             << e.m_type << ", " << e.m_flags << ", " << e.m_arraySize << ", " << e.m_structNum << ", "
                             << e.m_fieldSize << ", " << e.m_reftoClass << ", " << init << ", " << e.m_orderNo << ", "
                             << e.m_no << ", " << e.m_eventId << ", " << e.m_indicator << ", " << e.m_precision << ", "

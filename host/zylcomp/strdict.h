@@ -26,6 +26,7 @@ class Class;
 class Field;
 class Index;
 class Event;
+class FldLayout;
 
 // Ends the compile on an inconsistency of the model that the dictionary
 // cannot record: "internal error: {msg}".
@@ -116,8 +117,10 @@ bool ordered_before(FieldRef const& a, FieldRef const& b);
 class DictFieldEntry {
 public:
     char const* m_name = "";  // the field's own name: the model outlives the entry
-    FSize m_cSize, m_cAlign, m_cOffset;
-    FSize m_uSize, m_uAlign, m_uOffset;
+    // The field's placements, compact and large (size, alignment, offset),
+    // read where the layout pass left them rather than copied.
+    FldLayout const* m_compact = nullptr;
+    FldLayout const* m_large = nullptr;
     int m_type = 0;
     int m_flags = 0;
     int m_arraySize = 0;
@@ -165,7 +168,7 @@ public:
     int m_flags = 0;
     int m_fldNo = 0;
     int m_collation = 0xFFFF;
-    mstring m_path;  // the key's field path, for the reader of the C text
+    mstring m_path;  // the key's field path, for the reader of the C text; empty in memory
 };
 
 // zyl_dict_index_t, with its keys
@@ -196,7 +199,8 @@ int GetClassFlags(Class const& c);
 // The class record. `firstIndex` and `firstEvent` are the places of the
 // class's first index and event in the schema-wide tables.
 DictClassEntry dictClassEntry(Schema const& schema, Class const& c, int firstIndex, int firstEvent);
-DictIndexEntry dictIndexEntry(Class const& c, Index const& index);
+// The keys' paths are made only `withPaths`: only the C text shows them.
+DictIndexEntry dictIndexEntry(Class const& c, Index const& index, bool withPaths);
 DictEventEntry dictEventEntry(Class const& c, Event const& e);
 
 // Numbers the structures the dictionary holds: the structs some class

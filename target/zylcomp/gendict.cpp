@@ -7,6 +7,7 @@
 
 #include <cstring>
 #include <memory>
+#include <string>
 
 #include "foundation/sets.h"
 #include "host/zylcomp/schema.h"
@@ -148,11 +149,16 @@ void MemoryGenDict::layout(Layout& l, int startOffset, Struct* s) {
         // A numeric offset rounds in place, as alignInt would round it.
         if (offs.is_str())
             offs = alignInt(offs, fld.m_align);
-        else if (roundUp(offs.m_num, fld.m_align.m_num))
-            offs = offs.m_num;
+        else
+            roundUp(offs.m_num, fld.m_align.m_num);
         memNumber(offs, "! offs.is_str()");
         fld.m_offset = offs;
-        offs += fld.m_size;
+        // Numbers add in place; only a text (which ends this walk as a
+        // fault) needs the general sum.
+        if (fld.m_size.is_str())
+            offs += fld.m_size;
+        else
+            offs.m_num = wrap32(std::int64_t{offs.m_num} + fld.m_size.m_num);
         if (c != nullptr && c->m_hasDirect)
             lastDirectHolder = &fld;
 
@@ -306,11 +312,17 @@ void MemoryGenDict::generate_indexes(zyl_dictionary_t* dict, unsigned nFields, u
     dict->str_index_names = names;
 
     unsigned number = 0;
+    // "{class}.{index}" is joined in one reused buffer: only the copy handed
+    // to the caller needs a block of its own.
+    std::string name;
     forEach<Class>(m_schema->m_classes, [&](Class& c) {
         for (unsigned i = 0; i < c.v_index.size(); i++, number++) {
             Index const& index = c.v_index[i];
-            DictIndexEntry const e = dictIndexEntry(c, index);
-            names[number] = memString(c.m_name + "." + index.m_name);
+            DictIndexEntry const e = dictIndexEntry(c, index, false);
+            name.assign(c.m_name.c_str());
+            name += '.';
+            name += index.m_name.c_str();
+            names[number] = memString(name.c_str());
             zyl_dict_index_t& w = indexes[number];
             w.class_code = u16(e.m_classCode);
             w.impl_no = u16(e.m_implNo);
@@ -382,12 +394,14 @@ void MemoryClassDictCreator::create(zyl_dictionary_t* dict, bool sortFields) {
                 m_err->err("python wraper does not support sequence of structs");
             DictFieldEntry const e = fieldEntry(static_cast<int>(n), list, static_cast<int>(i));
             x->name = memString(e.m_name);
-            x->layout.c_size = u16(e.m_cSize, "!c_size.is_str()");
-            x->layout.c_align = u16(e.m_cAlign, "!c_align.is_str()");
-            x->layout.c_offset = u16(e.m_cOffset, "!c_offset.is_str()");
-            x->layout.u_size = u32(e.m_uSize, "!u_size.is_str()");
-            x->layout.u_align = u32(e.m_uAlign, "!u_align.is_str()");
-            x->layout.u_offset = u32(e.m_uOffset, "!u_offset.is_str()");
+            FldLayout const& c = *e.m_compact;
+            FldLayout const& u = *e.m_large;
+            x->layout.c_size = u16(c.m_size, "!c_size.is_str()");
+            x->layout.c_align = u16(c.m_align, "!c_align.is_str()");
+            x->layout.c_offset = u16(c.m_offset, "!c_offset.is_str()");
+            x->layout.u_size = u32(u.m_size, "!u_size.is_str()");
+            x->layout.u_align = u32(u.m_align, "!u_align.is_str()");
+            x->layout.u_offset = u32(u.m_offset, "!u_offset.is_str()");
             x->field_el_type = static_cast<std::uint8_t>(e.m_type);
             x->flags = static_cast<std::uint8_t>(e.m_flags);
             x->array_size = u16(e.m_arraySize);
