@@ -44,16 +44,9 @@ public:
         if (m_ptr)
             release();
     }
-    HIComparable& operator=(HIComparable const& other) {
-        // Taken first: `other` may be this very handle, which release() clears.
-        IComparable* p = other.m_ptr;
-        if (p)
-            p->m_refCount++;
-        if (m_ptr)
-            release();
-        m_ptr = p;
-        return *this;
-    }
+    // The target is read before anything is released: `other` may be this
+    // very handle, which release() clears.
+    HIComparable& operator=(HIComparable const& other) { return *this = other.m_ptr; }
     HIComparable& operator=(HIComparable&& other) noexcept {
         if (this != &other) {
             IComparable* p = other.m_ptr;
@@ -64,6 +57,8 @@ public:
         }
         return *this;
     }
+    // Counts the new target before releasing the old, so that assigning
+    // the target a handle already holds keeps it alive.
     HIComparable& operator=(IComparable* p) {
         if (p)
             p->m_refCount++;
