@@ -95,3 +95,51 @@ TEST(Utilities, FileNamesAndNumberConversions) {
     EXPECT_TRUE(UT::CVT::s2i8("0x10", &ll));  // base 0, unlike s2int
     EXPECT_EQ(ll, 16);
 }
+
+// A collected text of several megabytes crosses the memory stream's blocks
+// at every kind of piece; handed to a file (blockwise) or read back whole, it
+// must come out as written, and known-length writes reach every target.
+TEST(Streams, LargeCollectedTextSurvivesBlocksAndHandOver) {
+    std::string expected;
+    auto fill = [&](IOutStream& s) {
+        expected.clear();
+        std::string const piece(997, 'p');  // odd sizes, so pieces straddle blocks
+        for (int i = 0; expected.size() < (size_t{5} << 20); i++) {
+            switch (i % 4) {
+            case 0: s << piece.c_str(); expected += piece; break;
+            case 1: s.write(piece.data(), static_cast<size_t>(i % 997)); expected.append(piece, 0, i % 997); break;
+            case 2: s << static_cast<long>(i); expected += std::to_string(i); break;
+            default: s << '\n'; expected += '\n'; break;
+            }
+        }
+    };
+
+    IOutStream* mem = IOutStream::createMemStream();
+    fill(*mem);
+    EXPECT_TRUE(std::string(mem->retstr().c_str()) == expected);
+    delete mem;
+
+    TempDir dir;
+    IOutStream* file = IOutStream::createFileStream(dir.file("hpp").c_str());
+    *file << "head|";
+    mem = IOutStream::createMemStream();
+    fill(*mem);
+    mem->moveTextTo(*file);
+    EXPECT_EQ(mem->retstr(), "");  // handed over: nothing is left behind
+    *file << "|tail";
+    delete mem;
+    delete file;
+    EXPECT_TRUE(readFile(dir.file("hpp")) == "head|" + expected + "|tail");
+
+    IOutStream* str = IOutStream::createStrStream(dir.path().c_str());
+    IOutStream* out = IOutStream::createFileStream(dir.file("dup").c_str());
+    IOutStream* wrap = IOutStream::createWrapStream(out);
+    IOutStream* dup = IOutStream::createDupStream(wrap, str, false);
+    dup->write(std::string("known length"));
+    EXPECT_EQ(str->retstr(), "known length");
+    delete dup;
+    delete wrap;
+    delete str;
+    delete out;
+    EXPECT_EQ(readFile(dir.file("dup")), "known length");
+}
