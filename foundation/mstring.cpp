@@ -125,3 +125,17 @@ mstring operator+(char const* a, mstring const& b) {
 
 bool operator<(mstring const& a, mstring const& b) { return std::strcmp(a.c_str(), b.c_str()) < 0; }
 bool operator>(mstring const& a, mstring const& b) { return std::strcmp(a.c_str(), b.c_str()) > 0; }
+
+void mstring::setExact(char const* s, unsigned long n) {
+    if (n == 0) {
+        set(s, 0);
+        return;
+    }
+    // The new block is filled before the old one goes: `s` may lie in it.
+    char* block = new char[n + 1];
+    std::memcpy(block, s, n);
+    block[n] = '\0';
+    delete[] m_str;
+    m_str = block;
+    m_cap = n + 1;
+}

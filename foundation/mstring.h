@@ -50,6 +50,10 @@ public:
     mstring& operator=(char const* s);
 
     void set(char const* s, unsigned long n);
+    // As set, but the block is exactly n + 1 bytes: for texts that are kept
+    // as they are and seldom grow, such as the names the token reader cuts,
+    // which a large schema holds by the hundred thousand.
+    void setExact(char const* s, unsigned long n);
     void add(char const* s, unsigned long n);
 
     mstring& operator+=(mstring const& other);

@@ -143,7 +143,7 @@ void Parser::keepPeeked() {
         return;
     m_peeked = false;
     mstring token;
-    token.set(m_text + m_peekStart, static_cast<unsigned long>(m_peekLen));
+    token.setExact(m_text + m_peekStart, static_cast<unsigned long>(m_peekLen));
     v_takenBack.insert_moved(0, std::move(token));
 }
 
@@ -156,12 +156,13 @@ mstring Parser::get() {
         return token;
     }
     // The token is measured first and copied once, not grown by a
-    // character at a time.
+    // character at a time, into a block of its own size: names stay in
+    // the model, and spare room in each of them would only make it larger.
     int start = 0;
     int len = 0;
     mstring token;
     if (lineToken(&start, &len))
-        token.set(m_text + start, static_cast<unsigned long>(len));
+        token.setExact(m_text + start, static_cast<unsigned long>(len));
     return token;
 }
 
@@ -233,7 +234,7 @@ mstring Parser::getName() {
         len = std::strlen(token.c_str());
     } else if (lineToken(&start, &cutLen)) {
         len = static_cast<size_t>(cutLen);
-        token.set(m_text + start, static_cast<unsigned long>(len));
+        token.setExact(m_text + start, static_cast<unsigned long>(len));
     }
     char const* s = token.c_str();
     bool const identStart = isIdentStart(s[0]);
@@ -264,7 +265,7 @@ unsigned Parser::getNumEx(bool optional) {
         if (plainDecimal(m_text + start, len, &value))
             return static_cast<unsigned>(value);
         mstring token;
-        token.set(m_text + start, static_cast<unsigned long>(len));
+        token.setExact(m_text + start, static_cast<unsigned long>(len));
         return toNumber(token, optional);
     }
     return toNumber(get(), optional);

@@ -37,6 +37,19 @@ TEST(MString, NullEmptyAndSet) {
     s.set("x", 0);  // n == 0 frees the block
     EXPECT_EQ(s.ptr(), nullptr);
     EXPECT_EQ(s.capacity(), 0u);
+
+    // setExact: a block of the text's own size, even from inside the old one.
+    s.setExact("name;", 4);
+    EXPECT_EQ(s, "name");
+    EXPECT_EQ(s.capacity(), 5u);
+    s.setExact(s.c_str() + 1, 2);
+    EXPECT_EQ(s, "am");
+    EXPECT_EQ(s.capacity(), 3u);
+    s += "e";  // a full exact block grows as any other: total + 200
+    EXPECT_EQ(s.capacity(), 203u);
+    s.setExact("x", 0);
+    EXPECT_EQ(s.ptr(), nullptr);
+    EXPECT_EQ(s.capacity(), 0u);
 }
 
 // add on a null string is set; once the total reaches the capacity it
