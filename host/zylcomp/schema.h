@@ -95,7 +95,6 @@ public:
     FSize m_size;
     FSize m_offset;
     FSize m_align;
-    mstring m_unused;  // never filled; kept so the record keeps its shape
     bool m_typeIsDirect = false;
     bool m_inDirect = false;
 };
