@@ -77,6 +77,17 @@ public:
     // Layout pass: numbers the classes and places every field of every
     // struct and class in both object formats.
     void layout();
+    // Its two halves: the oid and every struct, then the classes. Between
+    // them a class can be numbered and its owners known without placing it.
+    void layoutTypes();
+    void layoutClasses();
+    // The code of every class, its place in the class set from 1.
+    void numberClasses();
+    // Where a class's objects begin: after its oid, rounded up to even.
+    int classStart(Class const& c) const;
+    // What placing class `c` tells the structs it holds by value, that
+    // they belong to it, without placing it; the structs are placed.
+    void registerOwners(Class& c);
     // Lays out the oid struct ("ref"); its size in bytes, 0 after an error.
     int oid_layout(Struct& oid);
     // Column widths of the generated text; applies the name prefix.

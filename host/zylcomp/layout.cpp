@@ -128,6 +128,11 @@ void sortFields(mvector<FldLayout>& v, mvector<SortEntry>& order) {
 // The whole pass
 
 void GenOutput::layout() {
+    layoutTypes();
+    layoutClasses();
+}
+
+void GenOutput::layoutTypes() {
     Schema& schema = *m_schema;
     if (schema.m_oidDeclared) {
         Struct* ref = schema.findType("ref");
@@ -135,18 +140,40 @@ void GenOutput::layout() {
             schema.m_oidSize = oid_layout(*ref);
     }
     forEach<Struct>(schema.m_types, [this](Struct& s) { layout(s, 0, nullptr); });
+}
 
-    // A class's code is its place in the class set, from 1. Objects of a
-    // class with an oid begin with the oid, rounded up to an even size.
+void GenOutput::layoutClasses() {
     int code = 1;
-    forEach<Class>(schema.m_classes, [this, &schema, &code](Class& c) {
+    forEach<Class>(m_schema->m_classes, [this, &code](Class& c) {
         c.m_code = code++;
-        int startOffset = c.m_hasOid ? wrap32(std::int64_t{schema.m_oidSize} + 1) & ~1 : 0;
-        layout(c, startOffset, &c);
+        layout(c, classStart(c), &c);
     });
     // The dump shows the placements just made.
     if (m_genXmlSchema)
         dump(*m_xml);
+}
+
+void GenOutput::numberClasses() {
+    int code = 1;
+    forEach<Class>(m_schema->m_classes, [&code](Class& c) { c.m_code = code++; });
+}
+
+// Objects of a class with an oid begin with the oid, rounded up to an even
+// size.
+int GenOutput::classStart(Class const& c) const {
+    return c.m_hasOid ? wrap32(std::int64_t{m_schema->m_oidSize} + 1) & ~1 : 0;
+}
+
+// The calls layout(c, ...) makes on a class's nested structs, which are
+// placed already and only learn of their owner: the same owners, in the
+// same order.
+void GenOutput::registerOwners(Class& c) {
+    c.addOwner(&c);
+    for (unsigned i = 0; i < c.v_field.size(); i++) {
+        Struct* t = c.v_field[i].m_struct;
+        if (t != nullptr && hasOwnLayout(*t))
+            layout(*t, 0, &c);
+    }
 }
 
 // The oid is packed by its own rule: scalars of 2 bytes on even offsets,

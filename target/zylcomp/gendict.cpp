@@ -199,20 +199,24 @@ int MemoryGenDict::GetClassFlags(Class* c) { return ::GetClassFlags(*c); }
 
 zyl_dictionary_t* MemoryGenDict::generate() {
     zyl_dictionary_t* dict = table<zyl_dictionary_t>(1);
-    layout();
-    calculateFormating();
     Schema& schema = *m_schema;
+    // Placed all at once, a large schema's placements have long left the
+    // cache when the records are made of them, and they all stay in memory
+    // until the end. Placed one class at a time, each class's placements
+    // are read at once and their memory serves the next class.
+    layoutTypes();
+    bool const streamed = classesStreamable();
+    if (streamed) {
+        numberClasses();
+        forEach<Class>(schema.m_classes, [this](Class& c) { registerOwners(c); });
+    } else {
+        layoutClasses();
+    }
+    calculateFormating();
 
     MemoryClassDictCreator creator(m_schema, m_err, schema.m_dbName);
-    creator.create(dict, !m_dictFlagA);
-
-    dict->version_major = ZYL_DICT_VERSION_MAJOR;
-    dict->version_minor = ZYL_DICT_VERSION_MINOR;
-    dict->version_build = ZYL_DICT_VERSION_BUILD;
-    dict->magic_number = ZYL_DICT_MAGIC_NUMBER;
-    dict->flags = static_cast<std::uint32_t>(schema.m_schemaOptions | (m_dictFlagA ? ZYL_SCHEMA_KEEP_FIELD_ORDER : 0));
-    dict->oid_is_supported = schema.m_oidDeclared ? 1 : 0;
-    dict->auto_oid_supported = schema.m_autoOid != 0 ? 1 : 0;
+    bool const sortFields = !m_dictFlagA;
+    creator.begin(dict);
 
     int nClasses = 0, lists = 0, autoids = 0, histories = 0, maxIndexes = 0;
     forEach<Class>(schema.m_classes, [&](Class& c) {
@@ -223,6 +227,20 @@ zyl_dictionary_t* MemoryGenDict::generate() {
         int const n = static_cast<int>(c.v_index.size());
         maxIndexes = n > maxIndexes ? n : maxIndexes;
     });
+    // The classes are the last structures, in class order.
+    unsigned const nStructs = static_cast<unsigned>(creator.structCount());
+    unsigned const firstClass = streamed ? nStructs - static_cast<unsigned>(nClasses) : nStructs;
+    for (unsigned n = 0; n < firstClass; n++)
+        creator.entry(dict, n, sortFields);
+
+    dict->version_major = ZYL_DICT_VERSION_MAJOR;
+    dict->version_minor = ZYL_DICT_VERSION_MINOR;
+    dict->version_build = ZYL_DICT_VERSION_BUILD;
+    dict->magic_number = ZYL_DICT_MAGIC_NUMBER;
+    dict->flags = static_cast<std::uint32_t>(schema.m_schemaOptions | (m_dictFlagA ? ZYL_SCHEMA_KEEP_FIELD_ORDER : 0));
+    dict->oid_is_supported = schema.m_oidDeclared ? 1 : 0;
+    dict->auto_oid_supported = schema.m_autoOid != 0 ? 1 : 0;
+
     unsigned nIndexes = 0, nEvents = 0, nKeys = 0;
     forEach<Class>(schema.m_classes, [&](Class& c) {
         nIndexes += c.v_index.size();
@@ -231,10 +249,11 @@ zyl_dictionary_t* MemoryGenDict::generate() {
             nKeys += c.v_index[i].v_segment.size();
     });
 
-    zyl_dict_class_info_t* classes = table<zyl_dict_class_info_t>(nClasses + 1);
-    char const** classNames = table<char const*>(nClasses + 1);
-    dict->v_class_info = classes;
-    dict->str_class_names = classNames;
+    Cursor at;
+    at.classes = table<zyl_dict_class_info_t>(nClasses + 1);
+    at.classNames = table<char const*>(nClasses + 1);
+    dict->v_class_info = at.classes;
+    dict->str_class_names = at.classNames;
     dict->n_class_codes = u16(nClasses);
     dict->n_list_indexes = u16(lists);
     dict->n_autoid_indexes = u16(autoids);
@@ -243,46 +262,38 @@ zyl_dictionary_t* MemoryGenDict::generate() {
     dict->n_desc_indexes = u16(static_cast<int>(nIndexes));
     dict->n_desc_events = u16(static_cast<int>(nEvents));
     dict->n_desc_colls = u16(static_cast<int>(schema.m_collations->size()));
-
-    int code = 1, firstIndex = 0, firstEvent = 0;
-    forEach<Class>(schema.m_classes, [&](Class& c) {
-        DictClassEntry const e = dictClassEntry(schema, c, firstIndex, firstEvent);
-        firstIndex += static_cast<int>(c.v_index.size());
-        firstEvent += static_cast<int>(c.v_event.size());
-        zyl_dict_class_info_t& x = classes[code];
-        x.first_index_num = u16(e.m_firstIndex);
-        x.last_index_num = u16(e.m_lastIndex);
-        x.list_index_num = u16(e.m_listIndex);
-        x.autoid_index_num = u16(e.m_autoidIndex);
-        x.fixedsize = u32(e.m_fixedSize, "!fixedsize.is_str()");
-        x.autoid_offset = u16(e.m_autoidOffset, "!autoid_offset.is_str()");
-        x.history_index_num = u16(e.m_historyIndex);
-        x.history_length = u16(e.m_historyLength);
-        x.history_offset = u16(e.m_historyOffset, "!history_offset.is_str()");
-        x.first_event_num = u16(e.m_firstEvent);
-        x.last_event_num = u16(e.m_lastEvent);
-        x.flags = u16(e.m_flags);
-        classNames[code] = memString(c.m_name);
-        x.struct_ptr = &dict->v_all_struct[e.m_structNo];
-        x.init_size = static_cast<std::uint64_t>(memNumber(e.m_initSize, "!init_size.is_str()"));
-        x.auto_oid_offset = u16(e.m_autoOidOffset, "!auto_oid_offset.is_str()");
-        code++;
-    });
-
     if (nEvents > 0) {
-        zyl_dict_event_t* events = table<zyl_dict_event_t>(nEvents);
-        dict->v_desc_events = events;
-        forEach<Class>(schema.m_classes, [&](Class& c) {
-            for (unsigned i = 0; i < c.v_event.size(); i++, events++) {
-                DictEventEntry const e = dictEventEntry(c, c.v_event[i]);
-                events->class_code = u16(e.m_classCode);
-                events->flags = u16(e.m_flags);
-                events->field_offset = u32(e.m_offset, "!field_offset.is_str()");
-                events->field_size = u32(e.m_size, "!field_size.is_str()");
-                events->field_type = static_cast<std::uint8_t>(e.m_type);
-                events->fld_no = u16(e.m_fldNo);
-            }
-        });
+        at.events = table<zyl_dict_event_t>(nEvents);
+        dict->v_desc_events = at.events;
+    }
+    if (nIndexes > 0) {
+        at.indexes = table<zyl_dict_index_t>(nIndexes);
+        at.keys = table<zyl_dict_index_field_t>(nKeys);
+        at.indexNames = table<char const*>(nIndexes);
+        dict->v_desc_indexes = at.indexes;
+        dict->str_index_names = at.indexNames;
+    }
+
+    // Either way every stage sees the classes in class order, and the
+    // records land where they did: only the interleaving differs.
+    unsigned n = firstClass;
+    forEach<Class>(schema.m_classes, [&](Class& c) {
+        if (streamed) {
+            if (creator.usedClass(n) != &c)
+                IErrReporter::panic("class records out of order", false);
+            layout(c, classStart(c), &c);
+            creator.entry(dict, n++, sortFields);
+        }
+        classRecord(dict, c, at);
+        if (streamed) {
+            eventRecords(c, at);
+            indexRecords(c, at);
+            releasePlacements(c);
+        }
+    });
+    if (!streamed) {
+        forEach<Class>(schema.m_classes, [&](Class& c) { eventRecords(c, at); });
+        forEach<Class>(schema.m_classes, [&](Class& c) { indexRecords(c, at); });
     }
 
     dict->num_oid_estimation = static_cast<std::uint32_t>(schema.m_oidEstimate);
@@ -292,8 +303,6 @@ zyl_dictionary_t* MemoryGenDict::generate() {
     dict->exact_OID_sizeof = u16(oid ? oidSizeof(*schema.m_oidStruct) : 0);
     dict->layout_OID_size = u16(schema.m_oidSize);
 
-    if (nIndexes > 0)
-        generate_indexes(dict, nKeys, nIndexes);
     if (schema.m_collations->size() > 0)
         generate_collations(dict);
 
@@ -304,47 +313,111 @@ zyl_dictionary_t* MemoryGenDict::generate() {
     return dict;
 }
 
-void MemoryGenDict::generate_indexes(zyl_dictionary_t* dict, unsigned nFields, unsigned nIndexes) {
-    zyl_dict_index_t* indexes = table<zyl_dict_index_t>(nIndexes);
-    zyl_dict_index_field_t* keys = table<zyl_dict_index_field_t>(nFields);
-    char const** names = table<char const*>(nIndexes);
-    dict->v_desc_indexes = indexes;
-    dict->str_index_names = names;
-
-    unsigned number = 0;
-    // "{class}.{index}" is joined in one reused buffer: only the copy handed
-    // to the caller needs a block of its own.
-    std::string name;
-    forEach<Class>(m_schema->m_classes, [&](Class& c) {
-        for (unsigned i = 0; i < c.v_index.size(); i++, number++) {
+// A class's placement can only fail on a reference while the oid has no
+// size; an index record only on a key over a vector or an array, or on a
+// key of a type that has no key form. Where none of these can happen,
+// nothing but a field record can report an error once the structs are
+// placed, and field records keep their order.
+bool MemoryGenDict::classesStreamable() {
+    Schema const& schema = *m_schema;
+    if (schema.m_oidSize == 0 && schema.findType("ref") != nullptr)
+        return false;
+    bool plain = true;
+    forEach<Class>(schema.m_classes, [&plain](Class& c) {
+        for (unsigned i = 0; i < c.v_index.size() && plain; i++) {
             Index const& index = c.v_index[i];
-            DictIndexEntry const e = dictIndexEntry(c, index, false);
-            name.assign(c.m_name.c_str());
-            name += '.';
-            name += index.m_name.c_str();
-            names[number] = memString(name.c_str());
-            zyl_dict_index_t& w = indexes[number];
-            w.class_code = u16(e.m_classCode);
-            w.impl_no = u16(e.m_implNo);
-            w.numof_fields = u16(static_cast<int>(e.v_key.size()));
-            w.vect_field_offset = u32(e.m_vectOffset, "!vect_field_offset.is_str()");
-            w.flags = e.m_flags;
-            w.fields = keys;
-            w.numof_keys_estimate = e.m_estimate;
-            w.userdef_id = u16(e.m_userdefId);
-            for (unsigned k = 0; k < e.v_key.size(); k++, keys++) {
-                DictKeyEntry const& key = e.v_key[k];
-                keys->field_offset = u32(key.m_offset, "!field_offset.is_str()");
-                keys->vect_field_offset = u32(key.m_vectOffset, "!vect_field_offset.is_str()");
-                keys->indicator_offset = u32(key.m_indicatorOffset, "!indicator_offset.is_str()");
-                keys->field_size = u32(key.m_size, "!field_size.is_str()");
-                keys->field_type = static_cast<std::uint8_t>(key.m_type);
-                keys->fld_flags = static_cast<std::uint8_t>(key.m_flags);
-                keys->fld_no = u16(key.m_fldNo);
-                keys->collation_id = u16(key.m_collation);
+            if (index.m_vbased >= 0)
+                plain = false;
+            for (unsigned k = 0; k < index.v_segment.size() && plain; k++) {
+                Index::Segment const& s = index.v_segment[k];
+                for (unsigned j = 0; j < s.v_fldEl.size() && plain; j++) {
+                    Field const* f = s.v_fldEl[j].m_field;
+                    if (f == nullptr || f->m_struct == nullptr || f->m_isVector || f->m_isArray)
+                        plain = false;
+                    else if (j + 1 == s.v_fldEl.size() &&
+                             (f->m_struct->m_category == TC_STRUCT || f->m_struct->m_category == TC_BLOB))
+                        plain = false;
+                }
             }
         }
     });
+    return plain;
+}
+
+void MemoryGenDict::classRecord(zyl_dictionary_t* dict, Class& c, Cursor& at) {
+    DictClassEntry const e = dictClassEntry(*m_schema, c, at.firstIndex, at.firstEvent);
+    at.firstIndex += static_cast<int>(c.v_index.size());
+    at.firstEvent += static_cast<int>(c.v_event.size());
+    zyl_dict_class_info_t& x = at.classes[at.code];
+    x.first_index_num = u16(e.m_firstIndex);
+    x.last_index_num = u16(e.m_lastIndex);
+    x.list_index_num = u16(e.m_listIndex);
+    x.autoid_index_num = u16(e.m_autoidIndex);
+    x.fixedsize = u32(e.m_fixedSize, "!fixedsize.is_str()");
+    x.autoid_offset = u16(e.m_autoidOffset, "!autoid_offset.is_str()");
+    x.history_index_num = u16(e.m_historyIndex);
+    x.history_length = u16(e.m_historyLength);
+    x.history_offset = u16(e.m_historyOffset, "!history_offset.is_str()");
+    x.first_event_num = u16(e.m_firstEvent);
+    x.last_event_num = u16(e.m_lastEvent);
+    x.flags = u16(e.m_flags);
+    at.classNames[at.code] = memString(c.m_name);
+    x.struct_ptr = &dict->v_all_struct[e.m_structNo];
+    x.init_size = static_cast<std::uint64_t>(memNumber(e.m_initSize, "!init_size.is_str()"));
+    x.auto_oid_offset = u16(e.m_autoOidOffset, "!auto_oid_offset.is_str()");
+    at.code++;
+}
+
+void MemoryGenDict::eventRecords(Class& c, Cursor& at) {
+    for (unsigned i = 0; i < c.v_event.size(); i++, at.events++) {
+        DictEventEntry const e = dictEventEntry(c, c.v_event[i]);
+        at.events->class_code = u16(e.m_classCode);
+        at.events->flags = u16(e.m_flags);
+        at.events->field_offset = u32(e.m_offset, "!field_offset.is_str()");
+        at.events->field_size = u32(e.m_size, "!field_size.is_str()");
+        at.events->field_type = static_cast<std::uint8_t>(e.m_type);
+        at.events->fld_no = u16(e.m_fldNo);
+    }
+}
+
+void MemoryGenDict::indexRecords(Class& c, Cursor& at) {
+    for (unsigned i = 0; i < c.v_index.size(); i++, at.indexes++, at.indexNames++) {
+        Index const& index = c.v_index[i];
+        DictIndexEntry const e = dictIndexEntry(c, index, false);
+        m_indexName.assign(c.m_name.c_str());
+        m_indexName += '.';
+        m_indexName += index.m_name.c_str();
+        *at.indexNames = memString(m_indexName.c_str());
+        zyl_dict_index_t& w = *at.indexes;
+        w.class_code = u16(e.m_classCode);
+        w.impl_no = u16(e.m_implNo);
+        w.numof_fields = u16(static_cast<int>(e.v_key.size()));
+        w.vect_field_offset = u32(e.m_vectOffset, "!vect_field_offset.is_str()");
+        w.flags = e.m_flags;
+        w.fields = at.keys;
+        w.numof_keys_estimate = e.m_estimate;
+        w.userdef_id = u16(e.m_userdefId);
+        for (unsigned k = 0; k < e.v_key.size(); k++, at.keys++) {
+            DictKeyEntry const& key = e.v_key[k];
+            at.keys->field_offset = u32(key.m_offset, "!field_offset.is_str()");
+            at.keys->vect_field_offset = u32(key.m_vectOffset, "!vect_field_offset.is_str()");
+            at.keys->indicator_offset = u32(key.m_indicatorOffset, "!indicator_offset.is_str()");
+            at.keys->field_size = u32(key.m_size, "!field_size.is_str()");
+            at.keys->field_type = static_cast<std::uint8_t>(key.m_type);
+            at.keys->fld_flags = static_cast<std::uint8_t>(key.m_flags);
+            at.keys->fld_no = u16(key.m_fldNo);
+            at.keys->collation_id = u16(key.m_collation);
+        }
+    }
+}
+
+void MemoryGenDict::releasePlacements(Class& c) {
+    for (unsigned i = 0; i < c.v_field.size(); i++) {
+        c.v_field[i].m_compactLayout = nullptr;
+        c.v_field[i].m_largeLayout = nullptr;
+    }
+    c.m_layout.compact.v_fld = mvector<FldLayout>();
+    c.m_layout.large.v_fld = mvector<FldLayout>();
 }
 
 void MemoryGenDict::generate_collations(zyl_dictionary_t* dict) {
@@ -364,71 +437,78 @@ MemoryClassDictCreator::MemoryClassDictCreator(Schema* schema, IErrReporter* err
     : ClassDictCreator(schema, false, err, dbName) {}
 
 void MemoryClassDictCreator::create(zyl_dictionary_t* dict, bool sortFields) {
+    begin(dict);
+    for (unsigned n = 0; n < v_used.size(); n++)
+        entry(dict, n, sortFields);
+}
+
+void MemoryClassDictCreator::begin(zyl_dictionary_t* dict) {
     unsigned const nStructs = v_used.size();
-    zyl_dict_struct_t* structs = table<zyl_dict_struct_t>(nStructs);
-    zyl_dict_field_t* fields = table<zyl_dict_field_t>(static_cast<unsigned>(m_nFields));
-    dict->v_all_struct = structs;
+    m_structs = table<zyl_dict_struct_t>(nStructs);
+    dict->v_all_struct = m_structs;
+    m_fields = table<zyl_dict_field_t>(static_cast<unsigned>(m_nFields));
     dict->n_structs = u16(static_cast<int>(nStructs));
+}
 
-    for (unsigned n = 0; n < nStructs; n++) {
-        Struct const& s = *v_used[n];
-        // The C compiler decides where a direct struct's neighbours go, so
-        // a struct holding one keeps its declared order here, whereas the
-        // C-source form sorts it like any other.
-        mvector<FieldRef> const list = fieldList(s, sortFields && !s.m_hasDirect);
-        zyl_dict_struct_t& r = structs[n];
-        r.name = memString(s.m_name);
-        r.flags = u16(GetStructFlags(s));
-        r.n_fields = u16(static_cast<int>(s.v_field.size()));
-        r.fields = fields + v_firstField[s.m_dictNo];
-        r.c_size = u16(s.m_layout.compact.m_size, "!c_size.is_str()");
-        r.c_align = u16(s.m_layout.compact.m_align, "!c_align.is_str()");
-        r.u_size = u32(s.m_layout.large.m_size, "!u_size.is_str()");
-        r.u_align = u32(s.m_layout.large.m_align, "!u_align.is_str()");
+void MemoryClassDictCreator::entry(zyl_dictionary_t* dict, unsigned n, bool sortFields) {
+    zyl_dict_field_t* const fields = m_fields;
+    Struct const& s = *v_used[static_cast<int>(n)];
+    // The C compiler decides where a direct struct's neighbours go, so
+    // a struct holding one keeps its declared order here, whereas the
+    // C-source form sorts it like any other.
+    mvector<FieldRef> const list = fieldList(s, sortFields && !s.m_hasDirect);
+    zyl_dict_struct_t& r = m_structs[n];
+    r.name = memString(s.m_name);
+    r.flags = u16(GetStructFlags(s));
+    r.n_fields = u16(static_cast<int>(s.v_field.size()));
+    r.fields = fields + v_firstField[s.m_dictNo];
+    r.c_size = u16(s.m_layout.compact.m_size, "!c_size.is_str()");
+    r.c_align = u16(s.m_layout.compact.m_align, "!c_align.is_str()");
+    r.u_size = u32(s.m_layout.large.m_size, "!u_size.is_str()");
+    r.u_align = u32(s.m_layout.large.m_align, "!u_align.is_str()");
 
-        zyl_dict_field_t* x = fields + v_firstField[s.m_dictNo];
-        for (unsigned i = 0; i < list.size(); i++, x++) {
-            Field const& f = *list[i].m_field;
-            if (f.m_struct->m_category == TC_SEQUENCE && f.m_elemStruct != nullptr &&
-                f.m_elemStruct->m_category == TC_STRUCT)
-                m_err->err("python wraper does not support sequence of structs");
-            DictFieldEntry const e = fieldEntry(static_cast<int>(n), list, static_cast<int>(i));
-            x->name = memString(e.m_name);
-            FldLayout const& c = *e.m_compact;
-            FldLayout const& u = *e.m_large;
-            x->layout.c_size = u16(c.m_size, "!c_size.is_str()");
-            x->layout.c_align = u16(c.m_align, "!c_align.is_str()");
-            x->layout.c_offset = u16(c.m_offset, "!c_offset.is_str()");
-            x->layout.u_size = u32(u.m_size, "!u_size.is_str()");
-            x->layout.u_align = u32(u.m_align, "!u_align.is_str()");
-            x->layout.u_offset = u32(u.m_offset, "!u_offset.is_str()");
-            x->field_el_type = static_cast<std::uint8_t>(e.m_type);
-            x->flags = static_cast<std::uint8_t>(e.m_flags);
-            x->array_size = u16(e.m_arraySize);
-            x->struct_num = e.m_structNum;
-            x->field_size = u32(e.m_fieldSize, "!field_size.is_str()");
-            x->refto_class = u16(e.m_reftoClass);
-            x->init_index = e.m_initIndex;
-            x->order_no = u16(e.m_orderNo);
-            x->no = u16(e.m_no);
-            x->event_id = u16(e.m_eventId);
-            x->indicator = u16(e.m_indicator);
-            x->precision = static_cast<std::uint8_t>(e.m_precision);
-            x->seq_order = static_cast<std::uint8_t>(e.m_seqOrder);
-            x->seq_elem_size = static_cast<std::uint8_t>(memNumber(e.m_seqElemSize, "!seq_elem_size.is_str()"));
-        }
-
-        // Deliberately after every structure, not once after the last: the
-        // last copy stands, and the earlier ones stay with the caller.
-        std::int32_t* ints = table<std::int32_t>(v_initI.size());
-        double* reals = table<double>(v_initD.size());
-        for (unsigned k = 0; k < v_initI.size(); k++)
-            ints[k] = v_initI[k];
-        for (unsigned k = 0; k < v_initD.size(); k++)
-            reals[k] = v_initD[k];
-        dict->init_i_data.ptr = ints;
-        dict->init_i_data_n = v_initI.size();
-        dict->init_d_data.ptr = reals;
-        dict->init_d_data_n = v_initD.size();
+    zyl_dict_field_t* x = fields + v_firstField[s.m_dictNo];
+    for (unsigned i = 0; i < list.size(); i++, x++) {
+        Field const& f = *list[i].m_field;
+        if (f.m_struct->m_category == TC_SEQUENCE && f.m_elemStruct != nullptr &&
+            f.m_elemStruct->m_category == TC_STRUCT)
+            m_err->err("python wraper does not support sequence of structs");
+        DictFieldEntry const e = fieldEntry(static_cast<int>(n), list, static_cast<int>(i));
+        x->name = memString(e.m_name);
+        FldLayout const& c = *e.m_compact;
+        FldLayout const& u = *e.m_large;
+        x->layout.c_size = u16(c.m_size, "!c_size.is_str()");
+        x->layout.c_align = u16(c.m_align, "!c_align.is_str()");
+        x->layout.c_offset = u16(c.m_offset, "!c_offset.is_str()");
+        x->layout.u_size = u32(u.m_size, "!u_size.is_str()");
+        x->layout.u_align = u32(u.m_align, "!u_align.is_str()");
+        x->layout.u_offset = u32(u.m_offset, "!u_offset.is_str()");
+        x->field_el_type = static_cast<std::uint8_t>(e.m_type);
+        x->flags = static_cast<std::uint8_t>(e.m_flags);
+        x->array_size = u16(e.m_arraySize);
+        x->struct_num = e.m_structNum;
+        x->field_size = u32(e.m_fieldSize, "!field_size.is_str()");
+        x->refto_class = u16(e.m_reftoClass);
+        x->init_index = e.m_initIndex;
+        x->order_no = u16(e.m_orderNo);
+        x->no = u16(e.m_no);
+        x->event_id = u16(e.m_eventId);
+        x->indicator = u16(e.m_indicator);
+        x->precision = static_cast<std::uint8_t>(e.m_precision);
+        x->seq_order = static_cast<std::uint8_t>(e.m_seqOrder);
+        x->seq_elem_size = static_cast<std::uint8_t>(memNumber(e.m_seqElemSize, "!seq_elem_size.is_str()"));
     }
+
+    // Deliberately after every structure, not once after the last: the
+    // last copy stands, and the earlier ones stay with the caller.
+    std::int32_t* ints = table<std::int32_t>(v_initI.size());
+    double* reals = table<double>(v_initD.size());
+    for (unsigned k = 0; k < v_initI.size(); k++)
+        ints[k] = v_initI[k];
+    for (unsigned k = 0; k < v_initD.size(); k++)
+        reals[k] = v_initD[k];
+    dict->init_i_data.ptr = ints;
+    dict->init_i_data_n = v_initI.size();
+    dict->init_d_data.ptr = reals;
+    dict->init_d_data_n = v_initD.size();
 }

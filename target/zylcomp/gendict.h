@@ -11,6 +11,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "host/zylcomp/genoutput.h"
 #include "host/zylcomp/strdict.h"
@@ -32,7 +33,6 @@ public:
     // Lays the schema out and builds the whole dictionary. Its memory comes
     // from zyl_sys_calloc and zyl_sys_malloc and belongs to the caller.
     zyl_dictionary_t* generate();
-    void generate_indexes(zyl_dictionary_t* dict, unsigned nFields, unsigned nIndexes);
     void generate_collations(zyl_dictionary_t* dict);
     static int GetClassFlags(Class* c);
 
@@ -48,7 +48,34 @@ protected:
     void createStreams(bool udf, bool coll) override;
 
 private:
+    // Where the next class, event, index and key record goes.
+    struct Cursor {
+        zyl_dict_class_info_t* classes = nullptr;
+        char const** classNames = nullptr;
+        zyl_dict_event_t* events = nullptr;
+        zyl_dict_index_t* indexes = nullptr;
+        zyl_dict_index_field_t* keys = nullptr;
+        char const** indexNames = nullptr;
+        int code = 1;
+        int firstIndex = 0;
+        int firstEvent = 0;
+    };
+
+    // True when placing the classes one by one, each just before its
+    // records are made, reports the same first error as placing them all
+    // first: no class placement can fail and no index record can.
+    bool classesStreamable();
+    void classRecord(zyl_dictionary_t* dict, Class& c, Cursor& at);
+    void eventRecords(Class& c, Cursor& at);
+    void indexRecords(Class& c, Cursor& at);
+    // Drops the placements of a class's own fields once its records are
+    // made; the structs it holds keep theirs.
+    static void releasePlacements(Class& c);
+
     mstring m_memOutputDir;
+    // "{class}.{index}" is joined here: only the copy handed to the caller
+    // needs a block of its own.
+    std::string m_indexName;
 };
 
 // The field and structure tables, as records.
@@ -56,8 +83,19 @@ class MemoryClassDictCreator : public ClassDictCreator {
 public:
     MemoryClassDictCreator(Schema* schema, IErrReporter* err, mstring const& dbName);
 
-    // Fills v_all_struct, the field tables and the initial values of `dict`.
+    // Fills v_all_struct, the field tables and the initial values of `dict`:
+    // begin, then entry for every structure in order.
     void create(zyl_dictionary_t* dict, bool sortFields);
+    // Allocates the structure and field tables.
+    void begin(zyl_dictionary_t* dict);
+    // The record of structure `n` and its fields, and a copy of the initial
+    // values so far.
+    void entry(zyl_dictionary_t* dict, unsigned n, bool sortFields);
+    Class const* usedClass(unsigned n) const { return v_usedClass[static_cast<int>(n)]; }
+
+private:
+    zyl_dict_struct_t* m_structs = nullptr;
+    zyl_dict_field_t* m_fields = nullptr;
 };
 
 // A number of the in-memory form: `v` must not be symbolic; `what` names
