@@ -72,6 +72,14 @@ private:
     // Before a body is read: its fields' vector takes over the block the
     // body before left behind, with the fields it already holds.
     void beginBody(Struct& s);
+    // Whether a field of `s` is named `name`: what s->findField answers,
+    // through a table of the names of the body being read, so that a field
+    // statement does not compare its name with every field before it.
+    bool fieldNameTaken(Struct* s, mstring const& name);
+    // Enters the last field of `s` into the table, if the table follows s.
+    void fieldNameAdded(Struct* s);
+    void enterFieldName(Struct const& s, std::uint32_t place);
+    void rebuildFieldNames(Struct const& s);
 
     // Direct structures (analyzer_direct.cpp).
     void do_direct_struct(bool packed);
@@ -146,6 +154,25 @@ private:
     // The block of places the last body was read into, kept for the next
     // one: a body then grows its vector only when it outgrows them all.
     mvector<Field> m_spareFields;
+    // The table behind fieldNameTaken: open addressing over the places of
+    // m_namesOf's fields. A slot whose stamp is not m_nameStamp is free, so
+    // starting afresh costs nothing. The table follows m_namesOf while it
+    // holds all m_namesCount fields the vector has; any other change to the
+    // vector (a system field, a field put in front) shows as another size,
+    // and the table is built again from the fields.
+    struct NameSlot {
+        std::uint32_t stamp = 0;
+        std::uint32_t hash = 0;
+        std::uint32_t place = 0;
+    };
+    mvector<NameSlot> m_nameSlots;
+    std::uint32_t m_nameStamp = 0;
+    Struct const* m_namesOf = nullptr;
+    std::uint32_t m_namesCount = 0;
+    // Where the last name fieldNameTaken did not find would go, and its
+    // hash: the field that takes the name enters there. -1 for none.
+    int m_freeSlot = -1;
+    std::uint32_t m_freeHash = 0;
     // Structs whose fields struct_finishStructFields is resolving: a struct
     // reached again through its own fields' types is left as it is.
     mvector<Struct*> m_finishing;

@@ -271,6 +271,10 @@ void Analyzer::do_enum() {
     e->m_intType = enum_int_type(size);
     m_schema.m_enums->add(hold);
     m_schema.m_types->add(HIComparable(new Struct(name, TC_SCALAR, size, size, size, size, name)));
+    // Whichever type holds the name now keeps it for good: it is the one a
+    // field of this type will find.
+    if (Struct* t = m_schema.findType(name))
+        t->m_isEnum = true;
 }
 
 // calculator -> "calculator" "{" [entry {"," entry}] "}" ";"     entry -> class "<" n ">"

@@ -21,6 +21,8 @@ void roomForOneMore(mvector<Field>& v) {
 }  // namespace
 
 void Analyzer::beginBody(Struct& s) {
+    // A new body: the table may not take it for the struct it followed.
+    m_namesOf = nullptr;
     mvector<Field> block = std::move(m_spareFields);
     // Shrinking keeps the places; what is left in them was moved out.
     block.resize(0);
@@ -41,6 +43,86 @@ void Analyzer::fitFieldVector(Struct& s) {
     // The emptied places serve the next body.
     m_spareFields = std::move(s.v_field);
     s.v_field = std::move(exact);
+}
+
+void Analyzer::rebuildFieldNames(Struct const& s) {
+    std::uint32_t const n = s.v_field.size();
+    std::uint32_t const have = m_nameSlots.size();
+    std::uint32_t want = have < 64 ? 64 : have;
+    // At most half the slots are taken, with room for the next field.
+    while (want < 2 * (n + 1))
+        want *= 2;
+    if (want != have) {
+        m_nameSlots = mvector<NameSlot>();
+        m_nameSlots.resize(want);
+        m_nameStamp = 0;
+    }
+    if (++m_nameStamp == 0) {
+        // The stamps went round: free every slot by hand once.
+        for (std::uint32_t i = 0; i < want; i++)
+            m_nameSlots[static_cast<int>(i)].stamp = 0;
+        m_nameStamp = 1;
+    }
+    m_namesOf = &s;
+    m_namesCount = 0;
+    m_freeSlot = -1;
+    for (std::uint32_t i = 0; i < n; i++)
+        enterFieldName(s, i);
+}
+
+void Analyzer::enterFieldName(Struct const& s, std::uint32_t place) {
+    if (2 * (m_namesCount + 1) > m_nameSlots.size()) {
+        rebuildFieldNames(s);  // enters every field up to `place`, the last one
+        return;
+    }
+    char const* name = s.v_field[static_cast<int>(place)].m_name.c_str();
+    std::uint32_t const hash = ISet::nameHash(name);
+    std::uint32_t const mask = m_nameSlots.size() - 1;
+    std::uint32_t i = hash & mask;
+    for (;; i = (i + 1) & mask) {
+        NameSlot const& slot = m_nameSlots[static_cast<int>(i)];
+        if (slot.stamp != m_nameStamp)
+            break;
+        // A second field of the same name: the first one answers for both.
+        if (slot.hash == hash && std::strcmp(s.v_field[static_cast<int>(slot.place)].m_name.c_str(), name) == 0) {
+            m_namesCount++;
+            return;
+        }
+    }
+    m_nameSlots[static_cast<int>(i)] = NameSlot{m_nameStamp, hash, place};
+    m_namesCount++;
+}
+
+bool Analyzer::fieldNameTaken(Struct* s, mstring const& name) {
+    if (m_namesOf != s || m_namesCount != s->v_field.size())
+        rebuildFieldNames(*s);
+    char const* key = name.c_str();
+    std::uint32_t const hash = ISet::nameHash(key);
+    std::uint32_t const mask = m_nameSlots.size() - 1;
+    for (std::uint32_t i = hash & mask;; i = (i + 1) & mask) {
+        NameSlot const& slot = m_nameSlots[static_cast<int>(i)];
+        if (slot.stamp != m_nameStamp) {
+            m_freeSlot = static_cast<int>(i);
+            m_freeHash = hash;
+            return false;
+        }
+        if (slot.hash == hash && std::strcmp(s->v_field[static_cast<int>(slot.place)].m_name.c_str(), key) == 0)
+            return true;
+    }
+}
+
+void Analyzer::fieldNameAdded(Struct* s) {
+    int const free = m_freeSlot;
+    m_freeSlot = -1;
+    if (m_namesOf != s || m_namesCount + 1 != s->v_field.size())
+        return;  // the next look-up builds the table again
+    // The name just looked up and not found: its free slot is still free.
+    if (free >= 0 && 2 * (m_namesCount + 1) <= m_nameSlots.size()) {
+        m_nameSlots[free] = NameSlot{m_nameStamp, m_freeHash, m_namesCount};
+        m_namesCount++;
+        return;
+    }
+    enterFieldName(*s, m_namesCount);
 }
 
 // The optional "<C>" behind ref and autoid_t names the class referred to.
@@ -219,13 +301,14 @@ void Analyzer::do_field(Struct* s) {
     // into the struct; a further name starts again from what was stored,
     // without the initial values of the name before.
     for (;;) {
-        if (s->findField(name)) {
+        if (fieldNameTaken(s, name)) {
             error1("field #1 already defined", name);
             return;
         }
         f.m_name = std::move(name);
         roomForOneMore(s->v_field);
         s->v_field.push_back_moved(std::move(f));
+        fieldNameAdded(s);
         Field& stored = s->v_field[static_cast<int>(s->v_field.size()) - 1];
         tok = m_parser->next();
         if (tok.is("=")) {

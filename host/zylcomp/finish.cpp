@@ -75,9 +75,11 @@ void Analyzer::struct_finishStructFields(Struct& s, bool /*isClass*/) {
         // is the layout pass's to report.
         if (f.m_typeName == s.m_name)
             error1("struct #1 includes itself", s.m_name);
-        // Both look-ups at once; an unknown type is looked up again below,
-        // after the element type, so that the reports keep their order.
-        Struct* t = m_schema.findType(f.m_typeName, &f.m_enum);
+        // An unknown type is looked up again below, after the element type,
+        // so that the reports keep their order. An enum of the name can
+        // only stand behind a type of the enum's (or behind none).
+        Struct* t = m_schema.findType(f.m_typeName);
+        f.m_enum = t == nullptr || t->m_isEnum ? m_schema.findEnum(f.m_typeName) : nullptr;
         if (f.m_isSequence) {
             f.m_elemStruct = findFieldType(f.m_elemTypeName, f.m_name);
             sequences = true;

@@ -4,9 +4,12 @@
 // Event numbers run through all classes in set order, from 0, in the order
 // of each class's v_event; the implicit event takes the next one after its
 // class's declared events.
+#include <utility>
+
 #include "frontend/parser.h"
 #include "frontend/preprocessor.h"
 #include "host/zylcomp/analyzer.h"
+#include "host/zylcomp/strdict.h"
 #include "zyldict.h"
 
 void Analyzer::finishEvents() {
@@ -56,7 +59,7 @@ void Analyzer::finishEvents() {
             ev.m_field = bitmap;
             ev.m_number = number++;
             ev.m_name = "implUpdate" + c.m_name + "Event";
-            c.v_event.push_back(ev);
+            c.v_event.push_back_moved(std::move(ev));
         }
         return true;
     });
@@ -69,7 +72,7 @@ bool Analyzer::eventFieldIsBaseType(Event const& ev) const {
     Field const& f = *ev.m_field;
     if (f.m_isOptional || f.m_isVector)
         return false;
-    if (f.m_isArray && f.dict_info(true).m_typeCode != ZYL_FT_BOOLEAN && ev.m_kind != EV_CLASS_UPDATE)
+    if (f.m_isArray && dictType(f, true).m_typeCode != ZYL_FT_BOOLEAN && ev.m_kind != EV_CLASS_UPDATE)
         return false;
     switch (f.m_struct->m_category) {
     case TC_SCALAR:

@@ -4,12 +4,13 @@
 //
 // Index codes run through all classes in set order, one per index, the
 // implicit list included; the first code is 0.
+#include <cstring>
 #include <utility>
 
-#include "foundation/ut.h"
 #include "frontend/parser.h"
 #include "frontend/preprocessor.h"
 #include "host/zylcomp/analyzer.h"
+#include "host/zylcomp/strdict.h"
 #include "zyldict.h"
 
 namespace {
@@ -148,24 +149,28 @@ Index::Segment Analyzer::constructIndexSegment(mstring const& indexName, bool de
     Index::Segment seg;
     seg.m_desc = desc;
     seg.m_nocase = nocase;
-    mvector<mstring> steps = UT::splitName(fieldPath, '.');
     Struct* in = &c;
     Field* f = nullptr;
     int repeated = 0;  // vector and array steps
-    for (unsigned i = 0; i < steps.size(); i++) {
-        f = in->findField(steps[i]);
+    // The path is cut step by step; each step's text moves into the path
+    // of the segment, the messages read it there.
+    char const* p = fieldPath.c_str();
+    for (unsigned i = 0;; i++) {
+        char const* dot = std::strchr(p, '.');
+        mstring text;
+        text.set(p, dot != nullptr ? static_cast<unsigned long>(dot - p) : std::strlen(p));
+        f = in->findField(text);
         if (f == nullptr) {
-            error4("field #1 is not defined in struct #2 and referenced from index #3, #4", steps[i], in->m_name,
+            error4("field #1 is not defined in struct #2 and referenced from index #3, #4", text, in->m_name,
                    indexName, fieldPath);
             return seg;
         }
         if (f->m_struct->m_category == TC_SEQUENCE) {
-            error3("sequence field #1 used in index #2, #3", steps[i], indexName, fieldPath);
+            error3("sequence field #1 used in index #2, #3", text, indexName, fieldPath);
             return seg;
         }
-        // The step's text moves into the path; the messages below read it there.
         Index::FldEl el;
-        el.m_name = std::move(steps[i]);
+        el.m_name = std::move(text);
         el.m_struct = in;
         el.m_field = f;
         seg.v_fldEl.push_back_moved(std::move(el));
@@ -189,16 +194,15 @@ Index::Segment Analyzer::constructIndexSegment(mstring const& indexName, bool de
             seg.m_isBinary = true;
         f->m_isIndexed = true;
         f->m_isUniqueIndexed = f->m_isUniqueIndexed || unique;
-        if (i + 1 < steps.size()) {
-            if (!isStructType(f->m_struct)) {
-                error3("not final element #1 of index #2, #3 is not a struct", step, indexName, fieldPath);
-                return seg;
-            }
-            in = f->m_struct;
+        if (dot == nullptr)
+            break;
+        if (!isStructType(f->m_struct)) {
+            error3("not final element #1 of index #2, #3 is not a struct", step, indexName, fieldPath);
+            return seg;
         }
+        in = f->m_struct;
+        p = dot + 1;
     }
-    if (f == nullptr)
-        return seg;  // an empty path: the grammar never gives one
     if (isStructType(f->m_struct)) {
         mstring const& last = seg.v_fldEl[static_cast<int>(seg.v_fldEl.size()) - 1].m_name;
         error3("final element #1 of index #2, #3 is struct", last, indexName, fieldPath);
@@ -210,7 +214,7 @@ Index::Segment Analyzer::constructIndexSegment(mstring const& indexName, bool de
             error1("collation #1 not defined", collation);
             return seg;
         }
-        int kind = collationKind(f->dict_info(false).m_typeCode);
+        int kind = collationKind(dictType(*f, false).m_typeCode);
         if (kind == 0)
             error1("Wrong field type for collate #1", collation);
         // The first key that uses a collation fixes the kind of text it compares.
@@ -232,7 +236,7 @@ bool Analyzer::checkSegment(Class const& c, Index& idx, Index::Segment const& s,
     Field const* last = s.v_fldEl[static_cast<int>(s.v_fldEl.size()) - 1].m_field;
     mstring bitStep;  // a step that is a one-bit boolean
     for (unsigned i = 0; i < s.v_fldEl.size() && bitStep.empty(); i++)
-        if (s.v_fldEl[i].m_field->dict_info(true).m_typeCode == ZYL_FT_BOOLEAN)
+        if (dictType(*s.v_fldEl[i].m_field, true).m_typeCode == ZYL_FT_BOOLEAN)
             bitStep = s.v_fldEl[i].m_name;
 
     switch (idx.m_type) {
@@ -249,7 +253,7 @@ bool Analyzer::checkSegment(Class const& c, Index& idx, Index::Segment const& s,
         // trigram on a nested field.
         if (s.v_fldEl.size() != 1)
             error2("[#1.#2] R-Tree can be defined only for single field.", c.m_name, idx.m_name);
-        int code = last->dict_info(false).m_typeCode;
+        int code = dictType(*last, false).m_typeCode;
         if (s.m_isArray ||
             !(code == ZYL_FT_CHARS || code == ZYL_FT_STRING || (code >= ZYL_FT_NCHARS && code <= ZYL_FT_WSTRING)))
             error2("[#1.#2] Trigram index can be defined only for character or string types.", c.m_name,

@@ -79,14 +79,16 @@ Struct& Struct::operator=(Struct const& other) {
     m_noApi = other.m_noApi;
     m_packed = other.m_packed;
     m_dictNo = other.m_dictNo;
+    m_isEnum = other.m_isEnum;
     return *this;
 }
 
-Field* Struct::findField(mstring const& name) {
-    // Every field statement asks this over all fields before it: the first
-    // two characters are compared inline, strcmp only sees names that
-    // agree in them.
-    char const* key = name.c_str();
+Field* Struct::findField(mstring const& name) { return findField(name.c_str()); }
+
+Field* Struct::findField(char const* name) {
+    // The first two characters are compared inline, strcmp only sees names
+    // that agree in them.
+    char const* key = name ? name : "";
     for (unsigned i = 0; i < v_field.size(); i++) {
         char const* n = v_field[i].m_name.c_str();
         if (n[0] == key[0] && (n[0] == '\0' || (n[1] == key[1] && (n[1] == '\0' || std::strcmp(n + 2, key + 2) == 0))))

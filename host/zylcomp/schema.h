@@ -323,6 +323,8 @@ public:
 
     Field* findField(mstring const& name);
     Field const* findField(mstring const& name) const;
+    // The same for a C string, without a string made of it.
+    Field* findField(char const* name);
     void dump(IOutStream& out, int indent) const;
     // Remembers a class that uses this struct, once.
     void addOwner(Class* owner);
@@ -350,6 +352,10 @@ public:
     // Place among the structs of the dictionary, given when it is built;
     // -1 for a struct no class uses.
     int m_dictNo = -1;
+    // Set on the type an enum declaration enters: only a type with this
+    // flag can share its name with an enum, so only its fields need the
+    // enum look-up.
+    bool m_isEnum = false;
 };
 
 class Class : public Struct {
