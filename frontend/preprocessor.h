@@ -117,6 +117,8 @@ public:
     mvector<mstring> const& includedFiles() const { return v_included; }
 
 private:
+    // processLine for a text of `len` characters.
+    char const* processLine(char const* text, std::size_t len);
     // One directive line; every directive gives an empty line.
     void directive(mstring const& word, mstring const& arg);
     // Puts the name of `n` characters at `name` on the output line, expanded
