@@ -135,6 +135,39 @@ void Parser::unknown(char first) {
     appends(first, '\0', m_text[m_pos]);
 }
 
+// take for the tokens that make up nearly all of a schema: an identifier, a
+// delimiter or a decimal number, in ASCII, with the line going on behind
+// it. Those are cut here without a call; for everything else, and at the
+// end of the line, nothing is changed and the answer is false.
+inline bool Parser::quickTake(int* start, int* len) {
+    char const* s = m_text;
+    int pos = m_pos;
+    unsigned char k;
+    while ((k = kTok.c[static_cast<unsigned char>(s[pos])]) & kTokBlank)
+        pos++;
+    int const first = pos;
+    if (k & kTokIdentStart) {
+        pos++;
+        while ((k = kTok.c[static_cast<unsigned char>(s[pos])]) & kTokIdentChar)
+            pos++;
+        // A byte outside ASCII may be a letter in the current locale.
+        if (k & kTokHigh)
+            return false;
+    } else if (k & kTokDelimiter) {
+        pos++;
+    } else if (k & kTokNumber) {
+        pos++;
+        while (kTok.c[static_cast<unsigned char>(s[pos])] & kTokNumberChar)
+            pos++;
+    } else {
+        return false;
+    }
+    m_pos = pos;
+    *start = first;
+    *len = pos - first;
+    return true;
+}
+
 // fillLine and cut in one, for any token.
 bool Parser::takeAny(int* start, int* len) {
     char const* s = m_text;
@@ -147,6 +180,8 @@ bool Parser::takeAny(int* start, int* len) {
         m_pos = pos;
         if (!nextLine())
             return false;
+        if (quickTake(start, len))
+            return true;
         s = m_text;
         pos = 0;
     }
@@ -182,38 +217,7 @@ bool Parser::takeAny(int* start, int* len) {
     return true;
 }
 
-// take for the tokens that make up nearly all of a schema: an identifier, a
-// delimiter or a decimal number, in ASCII, with the line going on behind
-// it. Those are cut here without a call; everything else, and the end of
-// the line, goes to takeAny, which starts again from the same position.
-inline bool Parser::take(int* start, int* len) {
-    char const* s = m_text;
-    int pos = m_pos;
-    unsigned char k;
-    while ((k = kTok.c[static_cast<unsigned char>(s[pos])]) & kTokBlank)
-        pos++;
-    int const first = pos;
-    if (k & kTokIdentStart) {
-        pos++;
-        while ((k = kTok.c[static_cast<unsigned char>(s[pos])]) & kTokIdentChar)
-            pos++;
-        // A byte outside ASCII may be a letter in the current locale.
-        if (k & kTokHigh)
-            return takeAny(start, len);
-    } else if (k & kTokDelimiter) {
-        pos++;
-    } else if (k & kTokNumber) {
-        pos++;
-        while (kTok.c[static_cast<unsigned char>(s[pos])] & kTokNumberChar)
-            pos++;
-    } else {
-        return takeAny(start, len);
-    }
-    m_pos = pos;
-    *start = first;
-    *len = pos - first;
-    return true;
-}
+inline bool Parser::take(int* start, int* len) { return quickTake(start, len) || takeAny(start, len); }
 
 bool Parser::lineToken(int* start, int* len) {
     if (m_peeked) {

@@ -76,7 +76,10 @@ private:
     // found there, as its start and length in the line; the read position
     // is left behind it. False at the end of the input.
     bool take(int* start, int* len);
-    // take for every case; take itself handles the common ones.
+    // take for the common tokens only: false, with nothing changed, for
+    // any other and at the end of the line.
+    bool quickTake(int* start, int* len);
+    // take for every case.
     bool takeAny(int* start, int* len);
     // With nothing put back: the token peek has cut, or else the next one
     // of the line, as its start and length in the line. False at the end

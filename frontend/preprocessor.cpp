@@ -121,9 +121,7 @@ char const* PreProcessor::readLine() {
     }
 }
 
-void PreProcessor::reserve(std::size_t n) {
-    if (n <= m_outCap)
-        return;
+void PreProcessor::grow(std::size_t n) {
     std::size_t cap = m_outCap == 0 ? 256 : m_outCap;
     while (cap < n)
         cap *= 2;
@@ -162,8 +160,9 @@ char const* PreProcessor::processLine(char const* text, std::size_t len) {
         arg = p;
     }
 
-    // A change of the condition stack takes effect from the next line on.
-    setLast();
+    // A change of the condition stack takes effect from the next line on:
+    // every directive ends by taking the state again, so `active` is
+    // already that of the stack here.
     if (isDirective) {
         directive(word, arg);
         return "";

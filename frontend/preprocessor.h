@@ -125,7 +125,11 @@ private:
     // if it is a macro.
     void expand(char const* name, std::size_t n, int depth);
     // Makes room for `n` characters on the output line, keeping those on it.
-    void reserve(std::size_t n);
+    void reserve(std::size_t n) {
+        if (n > m_outCap)
+            grow(n);
+    }
+    void grow(std::size_t n);
     void put(char const* from, std::size_t n);
     void put(char c) { put(&c, 1); }
     void include(mstring const& arg);
