@@ -274,22 +274,135 @@ bool UT::CVT::s2dbl(char const* s, double* v) {
     return *end == '\0';
 }
 
-UT::Buf::Buf(int n) : m_buf(new char[n + 2]), m_size(n) { eos(); }
+namespace {
 
-UT::Buf::~Buf() { delete[] m_buf; }
+// The bytes a line's text may stop at: the line feed and the carriage
+// return, the '/' that may begin "//", and the NUL, which ends the text as
+// it would end a C string (and, as the last byte, ends the scan).
+struct StopTable {
+    bool c[256];
+    constexpr StopTable() : c() {
+        c[0] = c[static_cast<unsigned char>('\n')] = c[static_cast<unsigned char>('\r')] =
+            c[static_cast<unsigned char>('/')] = true;
+    }
+};
+
+constexpr StopTable kStop{};
+
+// At least this much is asked of the file at a time.
+std::size_t const kMinBlock = 16384;
+
+}  // namespace
+
+UT::Buf::Buf(int n)
+    : m_size(n),
+      m_cap(static_cast<std::size_t>(n) * 2 > kMinBlock ? static_cast<std::size_t>(n) * 2 : kMinBlock) {
+    // One byte more for the NUL put behind the last byte read.
+    m_block = new char[m_cap + 1];
+    eos();
+}
+
+UT::Buf::~Buf() {
+    delete[] m_block;
+    for (unsigned i = 0; i < v_saved.size(); i++)
+        delete[] v_saved[i].block;
+}
+
+void UT::Buf::fill(FILE* f) {
+    std::size_t const rest = m_end - m_pos;
+    if (m_pos > 0) {
+        std::memmove(m_block, m_block + m_pos, rest);
+        m_pos = 0;
+        m_end = rest;
+    }
+    std::size_t const want = m_cap - m_end;
+    std::size_t const got = std::fread(m_block + m_end, 1, want, f);
+    m_end += got;
+    // A short read is the end of the file, or an error, which ends it too.
+    if (got < want)
+        m_atEof = true;
+}
 
 bool UT::Buf::read(FILE* f) {
-    if (std::fgets(m_buf, m_size, f) == nullptr) {
+    if (m_holding) {
+        m_block[m_pos] = m_held;
+        m_holding = false;
+    }
+    std::size_t const piece = static_cast<std::size_t>(m_size - 1);
+    if (m_end - m_pos < piece && !m_atEof)
+        fill(f);
+    if (m_pos == m_end) {
         eos();
         return false;
     }
-    // Only the characters that may end the text are stopped at; a single
-    // '/' is passed over.
-    for (char* p = m_buf; (p = std::strpbrk(p, "\n\r/")) != nullptr; p++) {
-        if (*p != '/' || p[1] == '/') {
-            *p = '\0';
+    char* const s = m_block + m_pos;
+    char* const lim = m_block + (m_end - m_pos < piece ? m_end : m_pos + piece);
+    // A NUL at the piece's limit ends the scan without a count.
+    char const atLim = *lim;
+    *lim = '\0';
+    bool slash = false;
+    char* p = s;
+    for (;;) {
+        while (!kStop.c[static_cast<unsigned char>(*p)])
+            p++;
+        if (*p != '/' || p[1] == '/')
             break;
-        }
+        // A single '/' is passed over.
+        slash = true;
+        p++;
     }
+    char* next;
+    if (p == lim) {
+        next = lim;
+        if (lim != m_block + m_end) {
+            m_held = atLim;
+            m_holding = true;
+        }
+    } else {
+        *lim = atLim;
+        if (*p == '\n') {
+            next = p + 1;
+        } else {
+            // The rest of the piece, behind the end of the text, is dropped.
+            void* nl = std::memchr(p, '\n', static_cast<std::size_t>(lim - p));
+            next = nl != nullptr ? static_cast<char*>(nl) + 1 : lim;
+        }
+        *p = '\0';
+    }
+    m_text = s;
+    m_len = static_cast<std::size_t>(p - s);
+    m_slash = slash;
+    m_pos = static_cast<std::size_t>(next - m_block);
     return true;
+}
+
+void UT::Buf::push() {
+    if (m_holding) {
+        m_block[m_pos] = m_held;
+        m_holding = false;
+    }
+    Saved saved;
+    saved.block = m_block;
+    saved.pos = m_pos;
+    saved.end = m_end;
+    saved.atEof = m_atEof;
+    v_saved.push_back(saved);
+    m_block = new char[m_cap + 1];
+    m_pos = m_end = 0;
+    m_atEof = false;
+}
+
+void UT::Buf::pop() {
+    unsigned const n = v_saved.size();
+    if (n == 0)
+        return;
+    Saved const& saved = v_saved[n - 1];
+    delete[] m_block;
+    m_block = saved.block;
+    m_pos = saved.pos;
+    m_end = saved.end;
+    m_atEof = saved.atEof;
+    m_holding = false;
+    v_saved.resize(n - 1);
+    eos();
 }

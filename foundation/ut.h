@@ -1,6 +1,7 @@
 // Small tools for texts, numbers and file names.
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
 
 #include "foundation/mstring.h"
@@ -65,7 +66,10 @@ public:
         static bool s2dbl(char const* s, double* v);
     };
 
-    // The preprocessor's line buffer.
+    // The preprocessor's line buffer. The file is read in large blocks and
+    // cut into lines where they stand, rather than by a library call per
+    // line: schema lines are short, and the call cost more than the line.
+    // The lines are what fgets into a buffer of `n` bytes would give.
     class Buf {
     public:
         explicit Buf(int n);
@@ -73,14 +77,49 @@ public:
         Buf(Buf const&) = delete;
         Buf& operator=(Buf const&) = delete;
 
-        void eos() { m_buf[0] = '\0'; }
-        // Reads up to the buffer's size and ends the text at the first line
-        // feed, carriage return or "//". False at the end of the file.
+        void eos() { m_text = m_empty; m_len = 0; m_slash = false; m_empty[0] = '\0'; }
+        // The next piece of the file: up to and with the next line feed, or
+        // the buffer's size less one when no line feed comes before. Its
+        // text ends at the first line feed, carriage return, NUL or "//".
+        // False at the end of the file.
         bool read(FILE* f);
-        char* str() { return m_buf; }
+        // The text, which the caller may overwrite up to its end.
+        char* str() { return m_text; }
+        // The text's length, and whether a '/' stands in it.
+        std::size_t length() const { return m_len; }
+        bool hasSlash() const { return m_slash; }
+        // What was read ahead of a file is put aside while another file is
+        // read (an include), and taken up again when that one ends.
+        void push();
+        void pop();
 
     private:
-        char* m_buf;
+        // Makes the block hold at least `m_size - 1` unread bytes, or all
+        // that remain of the file.
+        void fill(FILE* f);
+
+        struct Saved {
+            char* block = nullptr;
+            std::size_t pos = 0;
+            std::size_t end = 0;
+            bool atEof = false;
+        };
+
         int m_size;
+        // The bytes read and not yet cut: [m_pos, m_end) of m_block.
+        char* m_block;
+        std::size_t m_cap;
+        std::size_t m_pos = 0;
+        std::size_t m_end = 0;
+        bool m_atEof = false;
+        // A piece cut at the size limit ends with a NUL written over the
+        // first byte of the next piece; that byte is kept here meanwhile.
+        char m_held = 0;
+        bool m_holding = false;
+        char* m_text;
+        std::size_t m_len = 0;
+        bool m_slash = false;
+        char m_empty[1];
+        mvector<Saved> v_saved;
     };
 };

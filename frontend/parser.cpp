@@ -56,6 +56,47 @@ bool readZeroNumber(PreProcessor& pp, int pos, mstring const& token, long* value
     return true;
 }
 
+// Character classes of the token reader, for take's common case. Bytes
+// outside ASCII are only marked as such: the locale decides about them.
+enum : unsigned char {
+    kTokBlank = 1,
+    kTokIdentStart = 2,
+    kTokIdentChar = 4,
+    kTokDelimiter = 8,
+    // The first character of a decimal number, other than '0'.
+    kTokNumber = 16,
+    // A digit or '.', as a number goes on.
+    kTokNumberChar = 32,
+    kTokHigh = 64,
+};
+
+struct TokTable {
+    unsigned char c[256];
+    constexpr TokTable() : c() {
+        for (int i = 1; i < 256; i++) {
+            unsigned char k = 0;
+            if (i >= 128)
+                k |= kTokHigh;
+            if (i == ' ' || (i >= '\t' && i <= '\r'))
+                k |= kTokBlank;
+            if ((i >= 'a' && i <= 'z') || (i >= 'A' && i <= 'Z') || i == '_')
+                k |= kTokIdentStart | kTokIdentChar;
+            if (i >= '0' && i <= '9')
+                k |= kTokIdentChar | kTokNumberChar;
+            if ((i >= '1' && i <= '9') || i == '-')
+                k |= kTokNumber;
+            if (i == '.')
+                k |= kTokNumberChar;
+            for (char const* d = kDelimiters; *d != '\0'; d++)
+                if (i == *d)
+                    k |= kTokDelimiter;
+            c[i] = k;
+        }
+    }
+};
+
+constexpr TokTable kTok{};
+
 }  // namespace
 
 Parser::Parser(FILE* f, mstring const& fileName, IErrReporter* reporter, mstring const& includeDir,
@@ -75,46 +116,108 @@ bool Parser::fillLine() {
             m_text = m_pp.readLine();
             m_pos = 0;
         }
-        // skipBlanks, without the call: this runs for every token.
-        char const* s = m_text;
-        int pos = m_pos;
-        while (isBlank(s[pos]))
-            pos++;
-        m_pos = pos;
-        if (s[pos] != '\0')
+        skipBlanks();
+        if (m_text[m_pos] != '\0')
             return true;
     }
 }
 
-// The rules of appends, applied along the line: the first character is
-// always taken, and white space or the line's end stops every token. An
-// unknown character standing alone passes as a token of its own.
-int Parser::cut() {
+bool Parser::nextLine() {
+    if (m_pp.isEnd())
+        return false;
+    m_text = m_pp.readLine();
+    m_pos = 0;
+    return true;
+}
+
+void Parser::unknown(char first) {
+    // reports the character
+    appends(first, '\0', m_text[m_pos]);
+}
+
+// take for the tokens that make up nearly all of a schema: an identifier, a
+// delimiter or a decimal number, in ASCII, with the line going on behind
+// it. Those are cut here without a call; for everything else, and at the
+// end of the line, nothing is changed and the answer is false.
+inline bool Parser::quickTake(int* start, int* len) {
     char const* s = m_text;
-    int const start = m_pos++;
-    char const f = s[start];
+    int pos = m_pos;
+    unsigned char k;
+    while ((k = kTok.c[static_cast<unsigned char>(s[pos])]) & kTokBlank)
+        pos++;
+    int const first = pos;
+    if (k & kTokIdentStart) {
+        pos++;
+        while ((k = kTok.c[static_cast<unsigned char>(s[pos])]) & kTokIdentChar)
+            pos++;
+        // A byte outside ASCII may be a letter in the current locale.
+        if (k & kTokHigh)
+            return false;
+    } else if (k & kTokDelimiter) {
+        pos++;
+    } else if (k & kTokNumber) {
+        pos++;
+        while (kTok.c[static_cast<unsigned char>(s[pos])] & kTokNumberChar)
+            pos++;
+    } else {
+        return false;
+    }
+    m_pos = pos;
+    *start = first;
+    *len = pos - first;
+    return true;
+}
+
+// fillLine and cut in one, for any token.
+bool Parser::takeAny(int* start, int* len) {
+    char const* s = m_text;
+    int pos = m_pos;
+    for (;;) {
+        while (isBlank(s[pos]))
+            pos++;
+        if (s[pos] != '\0')
+            break;
+        m_pos = pos;
+        if (!nextLine())
+            return false;
+        if (quickTake(start, len))
+            return true;
+        s = m_text;
+        pos = 0;
+    }
+    // The rules of appends, applied along the line: the first character is
+    // always taken, and white space or the line's end stops every token. An
+    // unknown character standing alone passes as a token of its own.
+    int const first = pos++;
+    char const f = s[first];
     if (isIdentStart(f)) {
-        while (isIdentChar(s[m_pos]))
-            m_pos++;
+        while (isIdentChar(s[pos]))
+            pos++;
     } else if (f == '0') {
-        char const c = s[m_pos];
+        char const c = s[pos];
         if (c == 'x' || c == 'X') {
-            m_pos++;
-            while (UT::CVT::isHexDigit(s[m_pos]))
-                m_pos++;
+            pos++;
+            while (UT::CVT::isHexDigit(s[pos]))
+                pos++;
         } else if (isDigit(c) || c == '.') {
-            m_pos++;
-            while (isDigit(s[m_pos]) || s[m_pos] == '.')
-                m_pos++;
+            pos++;
+            while (isDigit(s[pos]) || s[pos] == '.')
+                pos++;
         }
     } else if (isDigit(f) || f == '-') {
-        while (isDigit(s[m_pos]) || s[m_pos] == '.')
-            m_pos++;
-    } else if (!isDelimiter(f) && s[m_pos] != '\0' && !isBlank(s[m_pos])) {
-        appends(f, '\0', s[m_pos]);  // reports the character
+        while (isDigit(s[pos]) || s[pos] == '.')
+            pos++;
+    } else if (!isDelimiter(f) && s[pos] != '\0' && !isBlank(s[pos])) {
+        m_pos = pos;
+        unknown(f);
     }
-    return start;
+    m_pos = pos;
+    *start = first;
+    *len = pos - first;
+    return true;
 }
+
+inline bool Parser::take(int* start, int* len) { return quickTake(start, len) || takeAny(start, len); }
 
 bool Parser::lineToken(int* start, int* len) {
     if (m_peeked) {
@@ -123,11 +226,7 @@ bool Parser::lineToken(int* start, int* len) {
         *len = m_peekLen;
         return true;
     }
-    if (!fillLine())
-        return false;
-    *start = cut();
-    *len = m_pos - *start;
-    return true;
+    return take(start, len);
 }
 
 Parser::Token Parser::pop() {
@@ -185,10 +284,8 @@ Parser::Token Parser::peek() {
     if (!m_peeked) {
         // At the end of the input nothing is kept: reading again finds the
         // end again, and reports nothing more.
-        if (!fillLine())
+        if (!take(&m_peekStart, &m_peekLen))
             return Token{"", 0};
-        m_peekStart = cut();
-        m_peekLen = m_pos - m_peekStart;
         m_peeked = true;
     }
     return Token{m_text + m_peekStart, static_cast<unsigned>(m_peekLen)};

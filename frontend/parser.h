@@ -68,9 +68,19 @@ private:
     // Moves the read position to the next character that is not white
     // space, reading lines as needed; false at the end of the input.
     bool fillLine();
-    // Cuts the token that begins at the read position (fillLine has found
-    // one there) and returns where it began; it ends at the new position.
-    int cut();
+    // The next line into m_text; false at the end of the input.
+    bool nextLine();
+    // Reports the unknown character `first` before the read position.
+    void unknown(char first);
+    // Moves past white space, reading lines as needed, and cuts the token
+    // found there, as its start and length in the line; the read position
+    // is left behind it. False at the end of the input.
+    bool take(int* start, int* len);
+    // take for the common tokens only: false, with nothing changed, for
+    // any other and at the end of the line.
+    bool quickTake(int* start, int* len);
+    // take for every case.
+    bool takeAny(int* start, int* len);
     // With nothing put back: the token peek has cut, or else the next one
     // of the line, as its start and length in the line. False at the end
     // of the input.

@@ -83,6 +83,7 @@ char const* PreProcessor::readLine() {
             }
             // Back to the including file, which may be at its end as well.
             std::fclose(m_file);
+            buf.pop();
             m_file = v_files[depth - 1];
             m_fileName = v_fileNames[depth - 1];
             m_line = v_lines[depth - 1];
@@ -93,31 +94,34 @@ char const* PreProcessor::readLine() {
 
         m_line++;
         char* text = buf.str();
+        std::size_t len = buf.length();
 
+        // Both comment marks hold a '/': a line without one needs no search.
         if (m_inComment) {
-            char* close = std::strstr(text, "*/");
+            char* close = buf.hasSlash() ? std::strstr(text, "*/") : nullptr;
             if (close == nullptr)
                 continue;
             std::memset(text, ' ', static_cast<size_t>(close + 2 - text));
             m_inComment = false;
         }
         // Comments do not nest: the first "*/" behind a "/*" closes it.
-        for (char* open = std::strstr(text, "/*"); open != nullptr; open = std::strstr(text, "/*")) {
-            char* close = std::strstr(open + 2, "*/");
-            if (close == nullptr) {
-                *open = '\0';
-                m_inComment = true;
-                break;
+        if (buf.hasSlash()) {
+            for (char* open = std::strstr(text, "/*"); open != nullptr; open = std::strstr(text, "/*")) {
+                char* close = std::strstr(open + 2, "*/");
+                if (close == nullptr) {
+                    *open = '\0';
+                    len = static_cast<std::size_t>(open - text);
+                    m_inComment = true;
+                    break;
+                }
+                std::memset(open, ' ', static_cast<size_t>(close + 2 - open));
             }
-            std::memset(open, ' ', static_cast<size_t>(close + 2 - open));
         }
-        return processLine(text);
+        return processLine(text, len);
     }
 }
 
-void PreProcessor::reserve(std::size_t n) {
-    if (n <= m_outCap)
-        return;
+void PreProcessor::grow(std::size_t n) {
     std::size_t cap = m_outCap == 0 ? 256 : m_outCap;
     while (cap < n)
         cap *= 2;
@@ -136,7 +140,9 @@ void PreProcessor::put(char const* from, std::size_t n) {
     m_outLen += n;
 }
 
-char const* PreProcessor::processLine(char const* text) {
+char const* PreProcessor::processLine(char const* text) { return processLine(text, std::strlen(text)); }
+
+char const* PreProcessor::processLine(char const* text, std::size_t len) {
     char const* p = text;
     while (isBlank(*p))
         p++;
@@ -154,8 +160,9 @@ char const* PreProcessor::processLine(char const* text) {
         arg = p;
     }
 
-    // A change of the condition stack takes effect from the next line on.
-    setLast();
+    // A change of the condition stack takes effect from the next line on:
+    // every directive ends by taking the state again, so `active` is
+    // already that of the stack here.
     if (isDirective) {
         directive(word, arg);
         return "";
@@ -171,7 +178,7 @@ char const* PreProcessor::processLine(char const* text) {
     // Without macros no name needs a look-up.
     bool const macros = m_macros->size() > 0;
     m_outLen = 0;
-    reserve(3 * std::strlen(text) + 1);
+    reserve(3 * len + 1);
     char* o = m_out;
     char prev = 0;
     char const* s = text;
@@ -359,6 +366,7 @@ void PreProcessor::include(mstring const& arg) {
         return;
     }
     v_included.push_back(path);
+    m_lineBuf.push();
     v_files.push_back(m_file);
     v_fileNames.push_back(m_fileName);
     v_lines.push_back(m_line);

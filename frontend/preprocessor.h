@@ -117,13 +117,19 @@ public:
     mvector<mstring> const& includedFiles() const { return v_included; }
 
 private:
+    // processLine for a text of `len` characters.
+    char const* processLine(char const* text, std::size_t len);
     // One directive line; every directive gives an empty line.
     void directive(mstring const& word, mstring const& arg);
     // Puts the name of `n` characters at `name` on the output line, expanded
     // if it is a macro.
     void expand(char const* name, std::size_t n, int depth);
     // Makes room for `n` characters on the output line, keeping those on it.
-    void reserve(std::size_t n);
+    void reserve(std::size_t n) {
+        if (n > m_outCap)
+            grow(n);
+    }
+    void grow(std::size_t n);
     void put(char const* from, std::size_t n);
     void put(char c) { put(&c, 1); }
     void include(mstring const& arg);

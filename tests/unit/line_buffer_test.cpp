@@ -1,0 +1,200 @@
+// The preprocessor's line buffer: the pieces it cuts a file into, and the
+// text of each, are those of fgets into a buffer of the same size with the
+// text ended at the first line feed, carriage return or "//" (a NUL ends it
+// too, as it ends any C string). Checked against that reading directly.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "foundation/ut.h"
+
+namespace {
+
+struct Piece {
+    std::string text;
+    bool slash;
+};
+
+FILE* fileWith(std::string const& bytes) {
+    FILE* f = std::tmpfile();
+    if (f == nullptr)
+        return nullptr;
+    std::fwrite(bytes.data(), 1, bytes.size(), f);
+    std::rewind(f);
+    return f;
+}
+
+// The reading the buffer must give: one fgets per piece.
+std::vector<Piece> byFgets(std::string const& bytes, int size) {
+    std::vector<Piece> pieces;
+    FILE* f = fileWith(bytes);
+    std::vector<char> buf(static_cast<size_t>(size) + 2);
+    while (std::fgets(buf.data(), size, f) != nullptr) {
+        for (char* p = buf.data(); (p = std::strpbrk(p, "\n\r/")) != nullptr; p++) {
+            if (*p != '/' || p[1] == '/') {
+                *p = '\0';
+                break;
+            }
+        }
+        std::string text = buf.data();
+        pieces.push_back(Piece{text, text.find('/') != std::string::npos});
+    }
+    std::fclose(f);
+    return pieces;
+}
+
+std::vector<Piece> byBuf(std::string const& bytes, int size) {
+    std::vector<Piece> pieces;
+    FILE* f = fileWith(bytes);
+    UT::Buf buf(size);
+    while (buf.read(f)) {
+        EXPECT_EQ(std::strlen(buf.str()), buf.length());
+        pieces.push_back(Piece{buf.str(), buf.hasSlash()});
+    }
+    EXPECT_STREQ(buf.str(), "");
+    EXPECT_FALSE(buf.read(f));
+    std::fclose(f);
+    return pieces;
+}
+
+void expectSame(std::string const& bytes, int size) {
+    std::vector<Piece> const want = byFgets(bytes, size);
+    std::vector<Piece> const got = byBuf(bytes, size);
+    ASSERT_EQ(got.size(), want.size());
+    for (size_t i = 0; i < want.size(); i++) {
+        EXPECT_EQ(got[i].text, want[i].text) << "piece " << i;
+        EXPECT_EQ(got[i].slash, want[i].slash) << "piece " << i;
+    }
+}
+
+TEST(LineBuffer, SmallCases) {
+    char const* const cases[] = {
+        "",
+        "\n",
+        "a",
+        "a\nb",
+        "a\nb\n",
+        "class A { int4 x; };\n",
+        "a // b\nc\n",
+        "a / b / c\n",
+        "a /* b */ c\n",
+        "//\n/\n",
+        "x/",
+        "a\rb\nc\r\n",
+        "\r\r\n\n",
+    };
+    for (char const* c : cases)
+        for (int size : {2, 3, 4, 5, 8, 5000})
+            expectSame(c, size);
+}
+
+TEST(LineBuffer, NulBytesEndTheText) {
+    std::string s = "ab";
+    s += '\0';
+    s += "cd\nef";
+    s += '\0';
+    s += "\n";
+    s += '\0';
+    s += "/x\n";
+    for (int size : {3, 4, 6, 5000})
+        expectSame(s, size);
+}
+
+// Pieces cut at the size limit, "//" and '/' at either side of the cut, and
+// lines the length of the limit with and without their line feed.
+TEST(LineBuffer, LongLinesArriveInPieces) {
+    int const size = 5000;
+    for (int len : {4997, 4998, 4999, 5000, 5001, 9998, 9999, 10000, 20000}) {
+        std::string line(static_cast<size_t>(len), 'a');
+        expectSame(line, size);
+        expectSame(line + "\n" + line + "\n", size);
+        for (int at : {4997, 4998, 4999}) {
+            if (at + 1 < len) {
+                std::string cut = line;
+                cut[static_cast<size_t>(at)] = '/';
+                cut[static_cast<size_t>(at) + 1] = '/';
+                expectSame(cut + "\nz\n", size);
+                cut[static_cast<size_t>(at) + 1] = 'b';
+                expectSame(cut + "\nz\n", size);
+                cut[static_cast<size_t>(at)] = '\r';
+                expectSame(cut + "\nz\n", size);
+            }
+        }
+    }
+}
+
+// Many short and some long lines of every kind of byte that matters, over
+// several blocks of the file.
+TEST(LineBuffer, RandomFiles) {
+    std::mt19937 rnd(20240611);
+    char const alphabet[] = {'a', 'b', ' ', '/', '*', '\n', '\n', '\r', '\0', 'x', '#', '"'};
+    for (int round = 0; round < 40; round++) {
+        std::string bytes;
+        size_t const n = 1000 + rnd() % 60000;
+        while (bytes.size() < n) {
+            if (rnd() % 50 == 0)
+                bytes.append(4990 + rnd() % 20, 'q');
+            bytes += alphabet[rnd() % sizeof alphabet];
+        }
+        for (int size : {7, 100, 5000})
+            expectSame(bytes, size);
+    }
+}
+
+// An include reads another file meanwhile; the first file goes on where it
+// stopped, with what was read ahead of it.
+TEST(LineBuffer, PushAndPop) {
+    std::string outer;
+    for (int i = 0; i < 3000; i++)
+        outer += "outer line " + std::to_string(i) + "\n";
+    FILE* f1 = fileWith(outer);
+    FILE* f2 = fileWith("inner 1\ninner 2");
+    UT::Buf buf(5000);
+    ASSERT_TRUE(buf.read(f1));
+    EXPECT_STREQ(buf.str(), "outer line 0");
+    buf.push();
+    ASSERT_TRUE(buf.read(f2));
+    EXPECT_STREQ(buf.str(), "inner 1");
+    ASSERT_TRUE(buf.read(f2));
+    EXPECT_STREQ(buf.str(), "inner 2");
+    EXPECT_FALSE(buf.read(f2));
+    buf.pop();
+    for (int i = 1; i < 3000; i++) {
+        ASSERT_TRUE(buf.read(f1));
+        EXPECT_EQ(std::string(buf.str()), "outer line " + std::to_string(i));
+    }
+    EXPECT_FALSE(buf.read(f1));
+    std::fclose(f1);
+    std::fclose(f2);
+}
+
+// A file put aside in the middle of a long line, cut at the limit.
+TEST(LineBuffer, PushInTheMiddleOfALongLine) {
+    std::string const outer = "abcdefghijklmnopqrstuvwxyz\nend\n";
+    std::vector<Piece> const want = byFgets(outer, 8);
+    FILE* f1 = fileWith(outer);
+    FILE* f2 = fileWith("0123456789\n");
+    UT::Buf buf(8);
+    ASSERT_TRUE(buf.read(f1));
+    EXPECT_EQ(std::string(buf.str()), want[0].text);
+    buf.push();
+    ASSERT_TRUE(buf.read(f2));
+    EXPECT_STREQ(buf.str(), "0123456");
+    ASSERT_TRUE(buf.read(f2));
+    EXPECT_STREQ(buf.str(), "789");
+    EXPECT_FALSE(buf.read(f2));
+    buf.pop();
+    for (size_t i = 1; i < want.size(); i++) {
+        ASSERT_TRUE(buf.read(f1));
+        EXPECT_EQ(std::string(buf.str()), want[i].text);
+    }
+    EXPECT_FALSE(buf.read(f1));
+    std::fclose(f1);
+    std::fclose(f2);
+}
+
+}  // namespace
