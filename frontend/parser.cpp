@@ -21,7 +21,7 @@ using schema_chars::isIdentChar;
 using schema_chars::isIdentStart;
 
 // Each of these is a token of its own.
-char const kDelimiters[] = "{}<>;,()[]:*.=";
+constexpr char kDelimiters[] = "{}<>;,()[]:*.=";
 
 bool isDelimiter(char c) { return c != '\0' && std::strchr(kDelimiters, c) != nullptr; }
 
