@@ -6,7 +6,7 @@ mstring::mstring(char const* s) {
     // Exact fit; an empty argument still gets its one-byte block.
     unsigned long n = std::strlen(s);
     m_cap = n + 1;
-    m_str = new char[m_cap];
+    m_str = strblocks::allocate(m_cap);
     std::memcpy(m_str, s, n + 1);
 }
 
@@ -33,16 +33,16 @@ mstring& mstring::operator=(char const* s) {
 
 void mstring::set(char const* s, unsigned long n) {
     if (n == 0) {
-        delete[] m_str;
+        strblocks::release(m_str, m_cap);
         m_str = nullptr;
         m_cap = 0;
         return;
     }
     if (n >= m_cap) {
         // The source may live in our own block: copy before freeing it.
-        char* block = new char[n + 100];
+        char* block = strblocks::allocate(n + 100);
         std::memcpy(block, s, n);
-        delete[] m_str;
+        strblocks::release(m_str, m_cap);
         m_str = block;
         m_cap = n + 100;
     } else {
@@ -59,10 +59,10 @@ void mstring::add(char const* s, unsigned long n) {
     unsigned long len = std::strlen(m_str);
     unsigned long total = len + n;
     if (total >= m_cap) {
-        char* block = new char[total + 200];
+        char* block = strblocks::allocate(total + 200);
         std::memcpy(block, m_str, len);
         std::memcpy(block + len, s, n);
-        delete[] m_str;
+        strblocks::release(m_str, m_cap);
         m_str = block;
         m_cap = total + 200;
     } else {
@@ -104,7 +104,7 @@ mstring mstring::joined(char const* a, unsigned long na, char const* b, unsigned
     }
     unsigned long const total = na + nb;
     r.m_cap = nb >= 100 ? total + 200 : na + 100;
-    r.m_str = new char[r.m_cap];
+    r.m_str = strblocks::allocate(r.m_cap);
     std::memcpy(r.m_str, a, na);
     std::memcpy(r.m_str + na, b, nb);
     r.m_str[total] = '\0';
@@ -132,10 +132,10 @@ void mstring::setExact(char const* s, unsigned long n) {
         return;
     }
     // The new block is filled before the old one goes: `s` may lie in it.
-    char* block = new char[n + 1];
+    char* block = strblocks::allocate(n + 1);
     std::memcpy(block, s, n);
     block[n] = '\0';
-    delete[] m_str;
+    strblocks::release(m_str, m_cap);
     m_str = block;
     m_cap = n + 1;
 }

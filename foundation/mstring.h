@@ -3,11 +3,14 @@
 // One heap block, NUL-terminated, no stored length: the length is always
 // strlen of the block. A null block and an empty block both mean "empty",
 // and every reader has to accept both. The block over-allocates on set/add
-// because strings are built piece by piece all over the generator.
+// because strings are built piece by piece all over the generator. Blocks
+// come from strblocks, which knows a block by the capacity it was made with.
 #pragma once
 
 #include <cstdint>
 #include <cstring>
+
+#include "foundation/strblocks.h"
 
 class mstring {
 public:
@@ -28,7 +31,7 @@ public:
     }
     ~mstring() {
         if (m_str != nullptr)
-            delete[] m_str;
+            strblocks::release(m_str, m_cap);
     }
 
     mstring& operator=(mstring const& other) {
@@ -39,7 +42,7 @@ public:
     mstring& operator=(mstring&& other) noexcept {
         if (this != &other) {
             if (m_str != nullptr)
-                delete[] m_str;
+                strblocks::release(m_str, m_cap);
             m_str = other.m_str;
             m_cap = other.m_cap;
             other.m_str = nullptr;

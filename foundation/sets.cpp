@@ -239,6 +239,9 @@ bool StringSet::find(mstring const& s) {
 bool StringSet::insert(mstring const& s) {
     if (find(s))
         return false;
-    v_strings.push_back(s);
+    // Names are kept as they are, never built on: an exactly fitted copy.
+    mstring copy;
+    copy.setExact(s.c_str(), s.length());
+    v_strings.push_back_moved(std::move(copy));
     return true;
 }

@@ -179,9 +179,10 @@ void Analyzer::do_class(bool compact, mplacement placement, bool local, bool dis
         }
     }
     match("{");
-    c->m_name = name;
+    // The name block moves over as the reader cut it, exactly fitted.
+    c->m_name = std::move(name);
     if (distributed && m_schema.m_autoOid == 0) {
-        error1("Class #1 declared as distributed, but auto_oid undeclared", name);
+        error1("Class #1 declared as distributed, but auto_oid undeclared", c->m_name);
         return;
     }
 

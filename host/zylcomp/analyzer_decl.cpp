@@ -201,7 +201,7 @@ void Analyzer::do_struct() {
         error1("type #1 already defined", name);
         return;
     }
-    s->m_name = name;
+    s->m_name = std::move(name);
     // The name enters the type set only after the body, so a struct cannot
     // name itself as a field type here.
     beginBody(*s);

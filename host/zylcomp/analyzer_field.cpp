@@ -406,8 +406,10 @@ void Analyzer::add_indicators(Struct* s) {
         if (!s->v_field[static_cast<int>(i)].m_isNullable)
             continue;
         Field indicator;
-        indicator.m_name = s->v_field[static_cast<int>(i)].m_name + "_indicator";
-        indicator.m_typeName = "boolean";
+        // Both texts are kept as they are: exactly fitted blocks.
+        mstring const name = s->v_field[static_cast<int>(i)].m_name + "_indicator";
+        indicator.m_name.setExact(name.c_str(), name.length());
+        indicator.m_typeName = mstring("boolean");
         indicator.m_isIndicator = true;
         indicator.m_containerStruct = s;
         indicator.m_position = static_cast<int>(s->v_field.size());

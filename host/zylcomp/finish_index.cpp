@@ -158,7 +158,7 @@ Index::Segment Analyzer::constructIndexSegment(mstring const& indexName, bool de
     for (unsigned i = 0;; i++) {
         char const* dot = std::strchr(p, '.');
         mstring text;
-        text.set(p, dot != nullptr ? static_cast<unsigned long>(dot - p) : std::strlen(p));
+        text.setExact(p, dot != nullptr ? static_cast<unsigned long>(dot - p) : std::strlen(p));
         f = in->findField(text);
         if (f == nullptr) {
             error4("field #1 is not defined in struct #2 and referenced from index #3, #4", text, in->m_name,

@@ -229,6 +229,11 @@ mstring GenOutput::nameWithPrefix(mstring const& name) const {
     return db + "_" + name;
 }
 
+void GenOutput::addPrefix(mstring& name) const {
+    if (m_usePrefix)
+        name = nameWithPrefix(name);
+}
+
 mstring GenOutput::MF(mstring const& name, int width) const {
     mstring result = m_dllSpec ? mstring("ZYL_DLL_SPEC ") + name : name;
     return UT::adjust(result, width);

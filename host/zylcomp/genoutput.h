@@ -68,6 +68,8 @@ public:
     // `name` with "{db}_" in front when prefixing is on, unless it is longer
     // than the database name and begins with it already.
     mstring nameWithPrefix(mstring const& name) const;
+    // name = nameWithPrefix(name), leaving a name that stays as it is alone.
+    void addPrefix(mstring& name) const;
     // A generated function's name, marked for export when asked, padded to `width`.
     mstring MF(mstring const& name, int width) const;
     // A boxed section title in the generated text.

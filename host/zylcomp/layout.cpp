@@ -412,10 +412,15 @@ void useEnumNames(Struct& s) {
         Field& f = s.v_field[i];
         if (f.m_enum == nullptr)
             continue;
-        f.m_typeName = f.m_enum->m_name;
+        // Mostly the names agree already; a field keeps its own block then.
+        mstring const& name = f.m_enum->m_name;
+        if (f.m_typeName != name)
+            f.m_typeName = name;
         if (f.m_struct != nullptr) {
-            f.m_struct->m_name = f.m_enum->m_name;
-            f.m_struct->m_cType = f.m_enum->m_name;
+            if (f.m_struct->m_name != name)
+                f.m_struct->m_name = name;
+            if (f.m_struct->m_cType != name)
+                f.m_struct->m_cType = name;
         }
     }
 }
@@ -426,13 +431,13 @@ void GenOutput::calculateFormating() {
     Schema& schema = *m_schema;
 
     forEach<Enum>(schema.m_enums, [this](Enum& e) {
-        e.m_name = nameWithPrefix(e.m_name);
+        addPrefix(e.m_name);
         for (unsigned i = 0; i < e.v_elem.size(); i++)
-            e.v_elem[i].m_name = nameWithPrefix(e.v_elem[i].m_name);
+            addPrefix(e.v_elem[i].m_name);
     });
 
     forEach<Class>(schema.m_classes, [this](Class& c) {
-        c.m_name = nameWithPrefix(c.m_name);
+        addPrefix(c.m_name);
         widen(m_structNameWidth, len(c.m_name));
         widen(m_fieldNameWidth, c.m_maxFieldNameLen);
         for (unsigned i = 0; i < c.v_index.size(); i++) {
@@ -448,7 +453,7 @@ void GenOutput::calculateFormating() {
         // compiler-made types are still recognised by their own names later
         // ("boolean", "sequence", "ref").
         if (hasOwnLayout(s))
-            s.m_name = nameWithPrefix(s.m_name);
+            addPrefix(s.m_name);
         widen(m_structNameWidth, len(s.m_name));
         useEnumNames(s);
         s.m_outputWidth = s.m_maxFieldNameLen + len(s.m_name) + 16;
