@@ -295,6 +295,8 @@ void Analyzer::do_field(Struct* s) {
         }
     }
     markDirect(f, s);
+    if (!f.m_refClassName.empty())
+        s->m_hasRefNames = true;
 
     // Every name of the statement is a copy of the same field: type,
     // dimension, flags, number and position are shared. The record moves

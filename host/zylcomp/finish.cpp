@@ -89,6 +89,8 @@ void Analyzer::struct_finishStructFields(Struct& s, bool /*isClass*/) {
         f.m_struct = t;
         if (t == nullptr)
             continue;  // reported
+        if (t->m_category == TC_STRUCT || t->m_category == TC_DIRECT)
+            s.m_hasStructFields = true;
         if (direct && (t->m_category == TC_DIRECT || t->m_category == TC_STRUCT))
             error("No direct or normal structs can be included into direct struct");
         if (t->m_category == TC_DIRECT && f.m_isVector)
@@ -149,6 +151,8 @@ void Analyzer::checkObjid() {
 // ref<C> needs a class C with an oid, autoid_t<C> one with an autoid.
 void Analyzer::checkRefTo() {
     forEachIn<Class>(m_schema.m_classes, [this](Class& c) {
+        if (!c.m_hasRefNames)
+            return true;
         for (unsigned i = 0; i < c.v_field.size(); i++) {
             Field const& f = c.v_field[i];
             if (f.m_refClassName.empty())

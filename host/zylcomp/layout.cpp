@@ -169,6 +169,8 @@ int GenOutput::classStart(Class const& c) const {
 // same order.
 void GenOutput::registerOwners(Class& c) {
     c.addOwner(&c);
+    if (!c.m_hasStructFields)
+        return;
     for (unsigned i = 0; i < c.v_field.size(); i++) {
         Struct* t = c.v_field[i].m_struct;
         if (t != nullptr && hasOwnLayout(*t))
@@ -445,7 +447,11 @@ void GenOutput::calculateFormating() {
             widen(m_funcNameWidth2, len(c.v_index[i].m_name));
         }
         c.m_outputWidth = c.m_maxIndexNameLen + c.m_maxFieldNameLen + len(c.m_name) + 16;
-        useEnumNames(c);
+        // Unprefixed, a field's type name, its enum's type's name and C form
+        // are all the enum's own name since the declaration: nothing to do,
+        // and a large schema's fields are not walked once more for nothing.
+        if (m_usePrefix)
+            useEnumNames(c);
     });
 
     forEach<Struct>(schema.m_types, [this](Struct& s) {

@@ -80,6 +80,8 @@ Struct& Struct::operator=(Struct const& other) {
     m_packed = other.m_packed;
     m_dictNo = other.m_dictNo;
     m_isEnum = other.m_isEnum;
+    m_hasRefNames = other.m_hasRefNames;
+    m_hasStructFields = other.m_hasStructFields;
     return *this;
 }
 

@@ -356,6 +356,11 @@ public:
     // flag can share its name with an enum, so only its fields need the
     // enum look-up.
     bool m_isEnum = false;
+    // What later passes over every field would look for, noted while the
+    // fields are at hand, so that those passes can leave out the structs
+    // without any. A large schema's fields have long left the cache by then.
+    bool m_hasRefNames = false;      // some field names a class in "<C>"; set by do_field
+    bool m_hasStructFields = false;  // some field's type is a struct placed on its own; set by struct_finishStructFields
 };
 
 class Class : public Struct {
