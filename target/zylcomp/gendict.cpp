@@ -288,7 +288,7 @@ zyl_dictionary_t* MemoryGenDict::generate() {
         if (streamed) {
             eventRecords(c, at);
             indexRecords(c, at);
-            releasePlacements(c);
+            releaseClass(c);
         }
     });
     if (!streamed) {
@@ -411,13 +411,12 @@ void MemoryGenDict::indexRecords(Class& c, Cursor& at) {
     }
 }
 
-void MemoryGenDict::releasePlacements(Class& c) {
-    for (unsigned i = 0; i < c.v_field.size(); i++) {
-        c.v_field[i].m_compactLayout = nullptr;
-        c.v_field[i].m_largeLayout = nullptr;
-    }
+void MemoryGenDict::releaseClass(Class& c) {
     c.m_layout.compact.v_fld = mvector<FldLayout>();
     c.m_layout.large.v_fld = mvector<FldLayout>();
+    c.v_field = mvector<Field>();
+    c.v_index = mvector<Index>();
+    c.v_event = mvector<Event>();
 }
 
 void MemoryGenDict::generate_collations(zyl_dictionary_t* dict) {

@@ -68,9 +68,12 @@ private:
     void classRecord(zyl_dictionary_t* dict, Class& c, Cursor& at);
     void eventRecords(Class& c, Cursor& at);
     void indexRecords(Class& c, Cursor& at);
-    // Drops the placements of a class's own fields once its records are
-    // made; the structs it holds keep theirs.
-    static void releasePlacements(Class& c);
+    // Once a class's records are made nothing reads the class's fields,
+    // indexes, events or placements again: they go at once, while they are
+    // still in the cache, and their memory serves the classes behind it.
+    // The class itself, its name and code stay; the structs it holds keep
+    // their placements.
+    static void releaseClass(Class& c);
 
     mstring m_memOutputDir;
     // "{class}.{index}" is joined here: only the copy handed to the caller
