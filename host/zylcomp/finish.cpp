@@ -71,6 +71,8 @@ void Analyzer::struct_finishStructFields(Struct& s, bool /*isClass*/) {
     bool blobs = false, sequences = false, dynamic = false, hasInit = false;
     for (unsigned i = 0; i < s.v_field.size(); i++) {
         Field& f = s.v_field[i];
+        if (f.m_name == "updated_bitmap")
+            s.m_hasUpdatedBitmap = true;
         // Only the direct case is seen here; a cycle through other structs
         // is the layout pass's to report.
         if (f.m_typeName == s.m_name)

@@ -15,7 +15,7 @@
 void Analyzer::finishEvents() {
     int number = 0;
     forEachIn<Class>(m_schema.m_classes, [&](Class& c) {
-        Field* bitmap = c.findField("updated_bitmap");
+        Field* bitmap = c.m_hasUpdatedBitmap ? c.findField("updated_bitmap") : nullptr;
         int classUpdates = 0;
         int fieldUpdates = 0;
         for (unsigned i = 0; i < c.v_event.size(); i++) {

@@ -82,6 +82,7 @@ Struct& Struct::operator=(Struct const& other) {
     m_isEnum = other.m_isEnum;
     m_hasRefNames = other.m_hasRefNames;
     m_hasStructFields = other.m_hasStructFields;
+    m_hasUpdatedBitmap = other.m_hasUpdatedBitmap;
     return *this;
 }
 

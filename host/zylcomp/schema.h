@@ -361,6 +361,7 @@ public:
     // without any. A large schema's fields have long left the cache by then.
     bool m_hasRefNames = false;      // some field names a class in "<C>"; set by do_field
     bool m_hasStructFields = false;  // some field's type is a struct placed on its own; set by struct_finishStructFields
+    bool m_hasUpdatedBitmap = false; // some field is named "updated_bitmap"; set by struct_finishStructFields
 };
 
 class Class : public Struct {
