@@ -78,10 +78,15 @@ echo
 results=$work/results
 mkdir -p "$results"
 for n in "${sizes[@]}"; do
-    dir=$work/schema-$n
-    mkdir -p "$dir"
-    "$gen" "$n" "$fields" "$dir"
-    for ((r = 1; r <= runs; r++)); do
+    mkdir -p "$work/schema-$n"
+    "$gen" "$n" "$fields" "$work/schema-$n"
+done
+# Each round runs every size once, so that a machine that slows down or
+# speeds up during the benchmark shifts all sizes alike and the growth
+# figures compare like with like.
+for ((r = 1; r <= runs; r++)); do
+    for n in "${sizes[@]}"; do
+        dir=$work/schema-$n
         out=$work/out
         # zylcomp --cpp
         rm -rf "$out" && mkdir "$out"
