@@ -33,7 +33,7 @@ namespace {
 
 // Slabs are aligned to their size, so a block finds its slab by masking.
 constexpr std::uintptr_t kSlabSize = 16384;
-constexpr std::uint64_t kGrain = 16;
+constexpr std::uint64_t kGrain = 8;
 constexpr unsigned kClasses = static_cast<unsigned>(kMaxPooled / kGrain);
 
 struct Slab {
