@@ -137,6 +137,21 @@ public:
         int m_count = 0;
     };
 
+    Field()
+        : m_isBitmap(false),
+          m_isVector(false),
+          m_isIndexed(false),
+          m_isUniqueIndexed(false),
+          m_isHidden(false),
+          m_isOptional(false),
+          m_isArray(false),
+          m_isNullable(false),
+          m_isIndicator(false),
+          m_isSequence(false),
+          m_isRect(false),
+          m_isPoint(false),
+          m_isDirect(false) {}
+
     // Kinds of initial values, by type code.
     enum InitializerType { INIT_NONE = 0, INIT_INTEGER = 1, INIT_REAL = 2, INIT_BOOLEAN = 3 };
 
@@ -150,31 +165,33 @@ public:
 
     mstring m_typeName;  // as written: "signed<4>", "ref", "char<8>", a struct name, "sequence"
     mstring m_name;
-    bool m_isBitmap = false;  // the field named "updated_bitmap"
-    bool m_isVector = false;
-    bool m_isIndexed = false;
-    bool m_isUniqueIndexed = false;
-    bool m_isHidden = false;  // system field: no access functions
-    bool m_isOptional = false;
-    bool m_isArray = false;
-    bool m_isNullable = false;
-    bool m_isIndicator = false;  // the "_indicator" field of a nullable field
-    bool m_isSequence = false;
+    // The flags take a bit each: a large schema holds fields by the hundred
+    // thousand, and a byte each would add a word to every one of them.
+    bool m_isBitmap : 1;  // the field named "updated_bitmap"
+    bool m_isVector : 1;
+    bool m_isIndexed : 1;
+    bool m_isUniqueIndexed : 1;
+    bool m_isHidden : 1;  // system field: no access functions
+    bool m_isOptional : 1;
+    bool m_isArray : 1;
+    bool m_isNullable : 1;
+    bool m_isIndicator : 1;  // the "_indicator" field of a nullable field
+    bool m_isSequence : 1;
+    bool m_isRect : 1;
+    bool m_isPoint : 1;
+    bool m_isDirect : 1;  // the type is a direct struct
     int m_arraySize = 0;  // a rectangle holds twice its dimension
     int m_indicator = -1;  // place in v_field of this field's indicator
-    bool m_isRect = false;
-    bool m_isPoint = false;
+    int m_fieldNo = 0;  // schema-wide number, from the analyzer's counter
+    int m_position = 0;  // size of v_field when the field was added
+    int m_precision = -1;  // digits behind the point; -1: not numeric, 0 is a real precision
     mvector<mstring> v_init;  // initial values as text, one per element
     Struct* m_struct = nullptr;  // resolved type
     FldLayout* m_compactLayout = nullptr;
     FldLayout* m_largeLayout = nullptr;
     Enum* m_enum = nullptr;
     mstring m_refClassName;  // C of ref<C> or autoid_t<C>
-    int m_fieldNo = 0;  // schema-wide number, from the analyzer's counter
-    bool m_isDirect = false;  // the type is a direct struct
     Struct* m_containerStruct = nullptr;
-    int m_position = 0;  // size of v_field when the field was added
-    int m_precision = -1;  // digits behind the point; -1: not numeric, 0 is a real precision
     mstring m_elemTypeName;  // element type of a sequence
     Struct* m_elemStruct = nullptr;
     mstring m_seqOrder;  // "ZYL_SEQ_ASC_ORDER", "ZYL_SEQ_DESC_ORDER" or "ZYL_SEQ_NO_ORDER"
