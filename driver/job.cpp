@@ -40,6 +40,9 @@ GenOutput* Job::createGenerator(Schema& schema, IErrReporter* reporter, mstring 
 }
 
 unsigned Job::run() {
+    // The compile's strings come from a pool of its own (the few that the
+    // job keeps afterwards, such as filesRead, keep their slab alive).
+    strblocks::Scope strings;
     FILE* f = std::fopen(inputFile.c_str(), "r");
     ErrReporter reporter;
     if (f == nullptr) {

@@ -38,13 +38,14 @@ void mstring::set(char const* s, unsigned long n) {
         m_cap = 0;
         return;
     }
-    if (n >= m_cap) {
+    if (n >= strblocks::usable(m_cap)) {
         // The source may live in our own block: copy before freeing it.
-        char* block = strblocks::allocate(n + 100);
+        std::uint64_t cap = n + 100;
+        char* block = strblocks::allocate(cap);
         std::memcpy(block, s, n);
         strblocks::release(m_str, m_cap);
         m_str = block;
-        m_cap = n + 100;
+        m_cap = cap;
     } else {
         std::memmove(m_str, s, n);
     }
@@ -58,13 +59,14 @@ void mstring::add(char const* s, unsigned long n) {
     }
     unsigned long len = std::strlen(m_str);
     unsigned long total = len + n;
-    if (total >= m_cap) {
-        char* block = strblocks::allocate(total + 200);
+    if (total >= strblocks::usable(m_cap)) {
+        std::uint64_t cap = total + 200;
+        char* block = strblocks::allocate(cap);
         std::memcpy(block, m_str, len);
         std::memcpy(block + len, s, n);
         strblocks::release(m_str, m_cap);
         m_str = block;
-        m_cap = total + 200;
+        m_cap = cap;
     } else {
         std::memmove(m_str + len, s, n);
     }
@@ -132,10 +134,11 @@ void mstring::setExact(char const* s, unsigned long n) {
         return;
     }
     // The new block is filled before the old one goes: `s` may lie in it.
-    char* block = strblocks::allocate(n + 1);
+    std::uint64_t cap = n + 1;
+    char* block = strblocks::allocate(cap);
     std::memcpy(block, s, n);
     block[n] = '\0';
     strblocks::release(m_str, m_cap);
     m_str = block;
-    m_cap = n + 1;
+    m_cap = cap;
 }

@@ -4,7 +4,8 @@
 // strlen of the block. A null block and an empty block both mean "empty",
 // and every reader has to accept both. The block over-allocates on set/add
 // because strings are built piece by piece all over the generator. Blocks
-// come from strblocks, which knows a block by the capacity it was made with.
+// come from strblocks, which knows a block by the capacity it was made with
+// (which is why m_cap may carry strblocks::kSlabBit: read it through usable).
 #pragma once
 
 #include <cstdint>
@@ -72,7 +73,7 @@ public:
     char const* c_str() const { return m_str ? m_str : ""; }
     unsigned length() const;
     bool empty() const { return m_str == nullptr || m_str[0] == '\0'; }
-    std::uint64_t capacity() const { return m_cap; }
+    std::uint64_t capacity() const { return strblocks::usable(m_cap); }
 
 private:
     friend mstring operator+(mstring const& a, mstring const& b);

@@ -1,6 +1,7 @@
 // The slabs behind mstring's short blocks: blocks never overlap whatever the
-// order of allocations and releases, and slabs go back to the heap once
-// their blocks are gone.
+// order of allocations and releases, slabs go back to the heap once their
+// blocks are gone, and a pool belongs to the scope (the compile) that made
+// it.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -14,11 +15,18 @@ namespace {
 
 struct Held {
     char* block;
+    std::uint64_t cap;  // as allocate() left it
     std::uint64_t size;
     char fill;
 };
 
-void fillBlock(Held const& h) { std::memset(h.block, h.fill, h.size); }
+Held take(std::uint64_t size, char fill) {
+    std::uint64_t cap = size;
+    char* block = strblocks::allocate(cap);
+    Held h{block, cap, size, fill};
+    std::memset(h.block, h.fill, h.size);
+    return h;
+}
 
 bool intact(Held const& h) {
     for (std::uint64_t i = 0; i < h.size; i++)
@@ -30,68 +38,92 @@ bool intact(Held const& h) {
 }  // namespace
 
 // Blocks of every size up to past the pooled limit, taken and given back in
-// a random order: each block keeps its own bytes to the end.
+// a random order: each block keeps its own bytes to the end. Only short
+// blocks, and only inside a scope, come from slabs.
 TEST(StringBlocks, BlocksNeverOverlap) {
+    Held outside = take(16, 'o');
+    EXPECT_EQ(outside.cap, 16u) << "no scope, no slab";
+    strblocks::Scope scope;
     std::mt19937 rng(20261121);
     std::vector<Held> held;
     char fill = 1;
     for (int round = 0; round < 20000; round++) {
-        bool const take = held.empty() || rng() % 3 != 0;
-        if (take) {
+        bool const taking = held.empty() || rng() % 3 != 0;
+        if (taking) {
             std::uint64_t const size = 1 + rng() % (strblocks::kMaxPooled + 40);
-            Held h{strblocks::allocate(size), size, fill};
+            held.push_back(take(size, fill));
+            EXPECT_EQ(strblocks::usable(held.back().cap), size);
+            if (size > strblocks::kMaxPooled) {
+                EXPECT_EQ(held.back().cap, size) << "a long block is never a slab's";
+            }
             fill = static_cast<char>(fill == 127 ? 1 : fill + 1);
-            fillBlock(h);
-            held.push_back(h);
         } else {
             std::size_t const i = rng() % held.size();
             ASSERT_TRUE(intact(held[i])) << "block of " << held[i].size << " bytes overwritten";
-            strblocks::release(held[i].block, held[i].size);
+            strblocks::release(held[i].block, held[i].cap);
             held[i] = held.back();
             held.pop_back();
         }
     }
     for (Held const& h : held) {
         EXPECT_TRUE(intact(h)) << "block of " << h.size << " bytes overwritten";
-        strblocks::release(h.block, h.size);
+        strblocks::release(h.block, h.cap);
     }
     strblocks::release(nullptr, 10);  // nothing to give back
+    strblocks::release(outside.block, outside.cap);
 }
 
 // Slabs that lose their last block are freed, in whatever order the blocks
-// come back; only the open slab of each size class may stay.
-TEST(StringBlocks, EmptySlabsGoBack) {
-    unsigned const before = strblocks::slabsHeld();
-    std::vector<Held> held;
-    for (int i = 0; i < 6000; i++) {
-        std::uint64_t const size = i % 2 == 0 ? 5 : 112;  // a name, a text built by set
-        held.push_back(Held{strblocks::allocate(size), size, 'x'});
-    }
-    unsigned const full = strblocks::slabsHeld();
-    if (full == 0)
-        GTEST_SKIP() << "built with plain blocks (address sanitizer)";
-    EXPECT_GE(full, before + 20u);  // 3000 blocks of 112 bytes need a score of slabs
-
-    // Every other block of each size first: no slab empties, so none goes.
-    for (std::size_t i = 0; i < held.size(); i++)
-        if (i / 2 % 2 == 0)
-            strblocks::release(held[i].block, held[i].size);
-    EXPECT_EQ(strblocks::slabsHeld(), full);
-    // The rest from the back.
-    for (std::size_t i = held.size(); i-- > 0;)
-        if (i / 2 % 2 == 1)
-            strblocks::release(held[i].block, held[i].size);
-    EXPECT_LE(strblocks::slabsHeld(), before + 2u);
-
-    // Strings release their blocks with the capacity they were given.
+// come back; only the open slab of each size class may stay. Blocks that
+// outlive their scope keep their slab until they are released, from a
+// nested scope or none.
+TEST(StringBlocks, SlabsFollowTheirBlocks) {
+    std::vector<Held> escaped;
     {
-        std::vector<mstring> names;
-        for (int i = 0; i < 5000; i++) {
-            names.emplace_back("name");
-            names.back() += "_indicator";  // grows into a block of another class
+        strblocks::Scope scope;
+        std::vector<Held> held;
+        for (int i = 0; i < 6000; i++)
+            held.push_back(take(i % 2 == 0 ? 5 : 112, 'x'));  // a name, a text built by set
+        unsigned const full = scope.slabsHeld();
+        if (full == 0)
+            GTEST_SKIP() << "built with plain blocks";
+        EXPECT_GE(full, 20u);  // 3000 blocks of 112 bytes need a score of slabs
+
+        // Every other block of each size first: no slab empties, so none goes.
+        for (std::size_t i = 0; i < held.size(); i++)
+            if (i / 2 % 2 == 0)
+                strblocks::release(held[i].block, held[i].cap);
+        EXPECT_EQ(scope.slabsHeld(), full);
+        // The rest from the back, but for two that outlive the scope.
+        for (std::size_t i = held.size(); i-- > 0;) {
+            if (i / 2 % 2 == 0)
+                continue;
+            if (i == 3 || i == 5998)
+                escaped.push_back(held[i]);
+            else
+                strblocks::release(held[i].block, held[i].cap);
         }
-        EXPECT_GT(strblocks::slabsHeld(), before + 10u);
+        EXPECT_LE(scope.slabsHeld(), 4u);
+
+        // Strings release their blocks with the capacity they were given; a
+        // nested scope has its own pool and leaves the outer one alone.
+        unsigned const before = scope.slabsHeld();
+        {
+            std::vector<mstring> names;
+            for (int i = 0; i < 5000; i++) {
+                names.emplace_back("name");
+                names.back() += "_indicator";  // grows into a block of another class
+            }
+            EXPECT_GT(scope.slabsHeld(), before + 10u);
+            strblocks::Scope inner;
+            mstring innerName("inner");
+            names.clear();
+            EXPECT_EQ(inner.slabsHeld(), 1u);
+        }
+        EXPECT_LE(scope.slabsHeld(), before + 3u);
     }
-    // The open slabs of the three classes used.
-    EXPECT_LE(strblocks::slabsHeld(), before + 3u);
+    for (Held const& h : escaped) {
+        EXPECT_TRUE(intact(h));
+        strblocks::release(h.block, h.cap);
+    }
 }
