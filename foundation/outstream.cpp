@@ -77,7 +77,7 @@ void ZylOFstream::setBuffer(size_t size) {
     }
 }
 
-unsigned ZylOstringstream::cnt = 0;
+std::atomic<unsigned> ZylOstringstream::cnt{0};
 
 ZylOstringstream::~ZylOstringstream() {
     m_stream.close();
@@ -200,10 +200,9 @@ IOutStream* IOutStream::createFileStream(mstring const& name) {
 }
 
 IOutStream* IOutStream::createStrStream(mstring const& dir) {
-    ZylOstringstream::cnt++;
+    unsigned const n = ++ZylOstringstream::cnt;
     // The directory is used as it stands: an empty one puts the file in the root.
-    mstring name = dir + OS_SEP + "temp_" + UT::n2s(static_cast<int>(::getpid())) + "_" +
-                   UT::n2s(ZylOstringstream::cnt);
+    mstring name = dir + OS_SEP + "temp_" + UT::n2s(static_cast<int>(::getpid())) + "_" + UT::n2s(n);
     FILE* f = std::fopen(name.c_str(), "wb");
     if (f == nullptr)
         IErrReporter::panic(mstring("Cannot open file ") + name, true);

@@ -3,6 +3,7 @@
 // a source file, both, or nothing.
 #pragma once
 
+#include <atomic>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -85,7 +86,9 @@ public:
     // Ends writing for good and reads the collected text back.
     mstring retstr() override;
 
-    static unsigned cnt;
+    // Numbers the temporary files of the process: compiles on several
+    // threads share one directory, so one counter serves them all.
+    static std::atomic<unsigned> cnt;
 
 private:
     mstring m_fileName;

@@ -133,8 +133,13 @@ UT::Pair UT::split2(mstring const& s) {
 }
 
 mstring UT::stringTime() {
+    // The reentrant forms: compiles on other threads may ask at the same time.
     std::time_t now = std::time(nullptr);
-    return mstring(std::asctime(std::localtime(&now)));
+    std::tm local;
+    char text[64];
+    if (localtime_r(&now, &local) == nullptr || asctime_r(&local, text) == nullptr)
+        return mstring();
+    return mstring(text);
 }
 
 mstring UT::currdir() {

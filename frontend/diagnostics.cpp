@@ -9,20 +9,23 @@
 
 namespace {
 
-IErrReporter::PanicHandler panicHandler = nullptr;
+// Each thread's own: a compile on one thread must never throw its panics
+// into another's.
+thread_local IErrReporter::PanicHook t_panicHook = {nullptr, nullptr};
 
 }  // namespace
 
-IErrReporter::PanicHandler IErrReporter::setPanicHandler(PanicHandler handler) {
-    PanicHandler previous = panicHandler;
-    panicHandler = handler;
+IErrReporter::PanicHook IErrReporter::setPanicHook(PanicHook hook) {
+    PanicHook previous = t_panicHook;
+    t_panicHook = hook;
     return previous;
 }
 
 void IErrReporter::panic(mstring const& msg, bool userError) {
     // Out of memory there is no safe way to go on, whoever asked.
-    if (panicHandler != nullptr && std::strncmp(msg.c_str(), "insufficient memory", 19) != 0)
-        panicHandler(msg, userError);
+    PanicHook const hook = t_panicHook;
+    if (hook.handler != nullptr && std::strncmp(msg.c_str(), "insufficient memory", 19) != 0)
+        hook.handler(hook.context, msg, userError);
     std::fflush(stdout);
     std::fprintf(stderr, "%s: %s\n", userError ? "error" : "internal error", msg.c_str());
     std::exit(-1);

@@ -51,11 +51,15 @@ public:
     [[noreturn]] static void panic(mstring const& msg, bool userError);
 
     // The run-time entry must not end its host process: while it runs it
-    // installs a handler that turns every panic but exhausted memory into
-    // an exception. A handler must not return. Gives back the one replaced,
-    // so that the caller can restore it.
-    using PanicHandler = void (*)(mstring const& msg, bool userError);
-    static PanicHandler setPanicHandler(PanicHandler handler);
+    // installs, on its own thread, a handler that turns every panic but
+    // exhausted memory into an exception. A handler must not return.
+    // Gives back the one replaced, so that the caller can restore it.
+    using PanicHandler = void (*)(void* context, mstring const& msg, bool userError);
+    struct PanicHook {
+        PanicHandler handler;
+        void* context;
+    };
+    static PanicHook setPanicHook(PanicHook hook);
 };
 
 mstring translateError(mstring const& key, mstring const& p1, mstring const& p2, mstring const& p3,

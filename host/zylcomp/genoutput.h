@@ -292,6 +292,8 @@ protected:
     // The C++ wrappers' inline definitions, held back until the end of output().
     IOutStream* m_hppInline = nullptr;
     mvector<mstring> m_createdFiles;
+    // Depth of the nested structs being placed right now.
+    int m_layoutNesting = 0;
     // Column widths of the generated text, set by calculateFormating. The
     // starting values are what it gives for a schema without classes.
     int m_structNameWidth = 0;

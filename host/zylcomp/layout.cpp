@@ -35,14 +35,17 @@ bool hasOwnLayout(Struct const& t) { return t.m_category == TC_STRUCT || t.m_cat
 // deeper chain is refused rather than let it exhaust the stack, which in
 // the run-time entry is the host program's.
 int const kMaxNesting = 1000;
-int nesting = 0;
 
+// One level of that recursion, counted in the compile's own generator.
 class NestingLevel {
 public:
-    NestingLevel() { nesting++; }
-    ~NestingLevel() { nesting--; }
+    explicit NestingLevel(int& nesting) : m_nesting(nesting) { m_nesting++; }
+    ~NestingLevel() { m_nesting--; }
     NestingLevel(NestingLevel const&) = delete;
     NestingLevel& operator=(NestingLevel const&) = delete;
+
+private:
+    int& m_nesting;
 };
 
 FSize textSize(mstring const& expr) {
@@ -230,8 +233,8 @@ bool GenOutput::layout(Struct& s, int startOffset, Class* owner) {
             m_err->err("recursive definition of \"" + s.m_name + "\"");
             return false;
         }
-        NestingLevel level;
-        if (nesting > kMaxNesting) {
+        NestingLevel level(m_layoutNesting);
+        if (m_layoutNesting > kMaxNesting) {
             m_err->err("structures nested more than " + UT::n2s(kMaxNesting) + " deep at \"" + s.m_name + "\"");
             return false;
         }

@@ -29,29 +29,20 @@ extern "C" __attribute__((weak)) void* zyl_sys_calloc(size_t count, size_t size)
 
 namespace {
 
-// The reporter of the call under way, for the panic handler. The compiler
-// is single-threaded; a callback that loads another dictionary gets its
-// own reporter, and the guard gives the outer one back afterwards.
-ErrReporterMem* activeReporter = nullptr;
-
-void throwFault(mstring const& msg, bool) { activeReporter->fault(msg); }
+// While a call runs, a panic on its thread becomes its reporter's fault,
+// thrown as CompilerError. A report function that loads another dictionary
+// installs its own, and the guard gives the outer one back afterwards.
+void throwFault(void* reporter, mstring const& msg, bool) { static_cast<ErrReporterMem*>(reporter)->fault(msg); }
 
 class FaultGuard {
 public:
-    explicit FaultGuard(ErrReporterMem* reporter)
-        : m_reporter(activeReporter), m_handler(IErrReporter::setPanicHandler(throwFault)) {
-        activeReporter = reporter;
-    }
-    ~FaultGuard() {
-        IErrReporter::setPanicHandler(m_handler);
-        activeReporter = m_reporter;
-    }
+    explicit FaultGuard(ErrReporterMem* reporter) : m_previous(IErrReporter::setPanicHook({throwFault, reporter})) {}
+    ~FaultGuard() { IErrReporter::setPanicHook(m_previous); }
     FaultGuard(FaultGuard const&) = delete;
     FaultGuard& operator=(FaultGuard const&) = delete;
 
 private:
-    ErrReporterMem* m_reporter;
-    IErrReporter::PanicHandler m_handler;
+    IErrReporter::PanicHook m_previous;
 };
 
 // An exception that is no CompilerError has not reached the caller yet.
@@ -129,6 +120,9 @@ extern "C" int zyl_db_load_dictionary(const char* schema, const zyl_dict_load_pa
     FILE* f = std::tmpfile();
     if (f == nullptr)
         return ZYL_DICT_LOAD_NO_TEMP_FILE;
+    // Every string of this call comes from its own pool: calls on other
+    // threads run beside it without sharing anything.
+    strblocks::Scope strings;
     if (schema != nullptr)
         std::fputs(schema, f);
     std::rewind(f);

@@ -391,7 +391,7 @@ TEST(MemoryDict, EveryRowOfTheMessageTables) {
     }
     EXPECT_EQ(run, static_cast<int>(rows.size()) - 2);
     // Still alive, with the panic path of the batch compiler back in place.
-    EXPECT_EQ(IErrReporter::setPanicHandler(nullptr), nullptr);
+    EXPECT_EQ(IErrReporter::setPanicHook({nullptr, nullptr}).handler, nullptr);
     EXPECT_EQ(load("declare database after;").rc, 0);
 }
 
