@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <mutex>
 #include <set>
 
 namespace {
@@ -15,9 +16,12 @@ std::map<char const*, std::size_t>& blocks() {
 }
 
 std::size_t handedOut = 0;
+// The runtime's allocators may be called from several threads at once.
+std::mutex recording;
 
 void* record(void* p, std::size_t size) {
     if (p != nullptr) {
+        std::lock_guard<std::mutex> hold(recording);
         blocks()[static_cast<char const*>(p)] = size;
         handedOut++;
     }

@@ -1,0 +1,146 @@
+// The run-time entry from many threads at once: every call gives exactly
+// what the same call gives alone (return code, reports, database name and
+// every byte of the dictionary), over good and refused schemas of several
+// sizes. Run under ThreadSanitizer by the tsan preset as well.
+#include <gtest/gtest.h>
+
+#include <dirent.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "support/process.h"
+#include "zylcomp.h"
+
+namespace {
+
+std::string const kCorpus = std::string(ZYLCOMP_TESTS_DIR) + "/schemas/corpus/";
+
+struct Input {
+    std::string text;
+    zyl_dict_load_params_t params;
+};
+
+// What one call gave, all of it as text.
+struct Result {
+    int rc = -1;
+    std::string reports;
+    std::string dbName;
+    std::string json;
+    bool operator==(Result const& o) const {
+        return rc == o.rc && reports == o.reports && dbName == o.dbName && json == o.json;
+    }
+};
+
+void collect(int type, char const* message, char const* file, int line, int pos, void* context) {
+    *static_cast<std::string*>(context) += std::to_string(type) + " " + file + ":" + std::to_string(line) + ":" +
+                                           std::to_string(pos) + " " + message + "\n";
+}
+
+// Until the library can release a dictionary the test's allocator keeps it.
+void releaseDict(zyl_dictionary_t*) {}
+
+Result load(Input const& in) {
+    Result r;
+    zyl_dictionary_t* dict = nullptr;
+    size_t dictSize = 0;
+    char name[64];
+    size_t nameSize = sizeof name;
+    r.rc = zyl_db_load_dictionary(in.text.c_str(), &in.params, &dict, &dictSize, name, &nameSize, collect,
+                                  &r.reports);
+    if (r.rc == ZYL_DICT_LOAD_OK) {
+        r.dbName.assign(name, nameSize);
+        char* buf = nullptr;
+        size_t len = 0;
+        FILE* out = open_memstream(&buf, &len);
+        zyl_dict_write_json(dict, out);
+        std::fclose(out);
+        r.json.assign(buf, len);
+        std::free(buf);
+        releaseDict(dict);
+    }
+    return r;
+}
+
+// A schema of `classes` classes, each with an index; the last one refers to
+// an undefined type when `refused`.
+std::string generated(int classes, bool refused) {
+    std::string s = "declare database g" + std::to_string(classes) + ";\n";
+    for (int i = 0; i < classes; i++)
+        s += "class c" + std::to_string(i) + " {\n  int4 a;\n  string b;\n  char<8> n;\n  tree<a> ka;\n};\n";
+    if (refused)
+        s += "class bad {\n  undefined_t x;\n};\n";
+    return s;
+}
+
+std::vector<Input> inputs() {
+    std::vector<Input> v;
+    zyl_dict_load_params_t p = {};
+    p.includeDir = kCorpus.c_str();
+    DIR* d = opendir(kCorpus.c_str());
+    std::vector<std::string> names;
+    for (dirent* e; d != nullptr && (e = readdir(d)) != nullptr;)
+        if (std::string(e->d_name).size() > 4 && std::string(e->d_name).rfind(".zyl") == std::string(e->d_name).size() - 4)
+            names.push_back(e->d_name);
+    if (d != nullptr)
+        closedir(d);
+    std::sort(names.begin(), names.end());
+    for (std::string const& n : names)
+        v.push_back({readFile(kCorpus + n), p});
+    for (int classes : {1, 40, 300})
+        for (bool refused : {false, true})
+            v.push_back({generated(classes, refused), p});
+    // Refused by each stage: reading, grammar, finishing, layout.
+    v.push_back({"declare database r;\n#include \"missing.zyl\"\n", p});
+    v.push_back({"declare database r;\nclass c { int4 a; ", p});
+    v.push_back({"declare database r;\nclass c { int4 a; tree<b> k; };\n", p});
+    v.push_back({"declare database r;\nstruct s { s inner; };\nclass c { s x; };\n", p});
+    zyl_dict_load_params_t wide = p;
+    wide.wideOffsets = 1;
+    wide.keepFieldOrder = 1;
+    v.push_back({v[0].text, wide});
+    return v;
+}
+
+}  // namespace
+
+TEST(Threads, ConcurrentLoadsGiveTheSerialResults) {
+    std::vector<Input> const in = inputs();
+    std::vector<Result> serial;
+    int refused = 0;
+    for (Input const& i : in) {
+        serial.push_back(load(i));
+        refused += serial.back().rc != ZYL_DICT_LOAD_OK;
+    }
+    ASSERT_GE(refused, 6);
+    ASSERT_GE(in.size() - refused, 30u);
+
+    int const kThreads = 8;
+    int const kCalls = 200;
+    std::atomic<int> mismatches{0};
+    std::atomic<int> first{-1};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; t++) {
+        threads.emplace_back([&, t] {
+            for (int c = 0; c < kCalls; c++) {
+                std::size_t const k = (static_cast<std::size_t>(t) * 37 + static_cast<std::size_t>(c) * 11) % in.size();
+                if (!(load(in[k]) == serial[k])) {
+                    mismatches++;
+                    int none = -1;
+                    first.compare_exchange_strong(none, static_cast<int>(k));
+                }
+            }
+        });
+    }
+    for (std::thread& th : threads)
+        th.join();
+    EXPECT_EQ(mismatches.load(), 0) << "first differing input: " << first.load() << "\n"
+                                    << (first.load() >= 0 ? in[first.load()].text.substr(0, 200) : "");
+    // Whatever ran before, a legal schema still loads afterwards.
+    EXPECT_EQ(load(in[0]), serial[0]);
+}
