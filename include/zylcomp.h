@@ -68,8 +68,16 @@ typedef struct zyl_dict_load_params_t {
    in *dict. No exception leaves this function and it never ends the
    process, except when memory is exhausted. It writes no files. All memory
    of the dictionary comes from zyl_sys_malloc and zyl_sys_calloc and belongs
-   to the caller, also what a refused call had allocated already. The
-   compiler is single-threaded: one call at a time in a process. */
+   to the caller, also what a refused call had allocated already.
+
+   Threads: any number of threads may call this function at the same time,
+   each with its own arguments. Calls share no state: each has its own
+   string pool, temporary file, reporter and counters, and gives exactly
+   what it gives alone. `callback` runs on the calling thread, inside the
+   call, and may itself load another dictionary. What calls do share, the
+   caller keeps safe: zyl_sys_malloc and zyl_sys_calloc must be callable
+   from several threads at once (the defaults are), and ZYL_MESSAGES may be
+   changed only while no call runs. */
 int zyl_db_load_dictionary(const char* schema, const zyl_dict_load_params_t* params, zyl_dictionary_t** dict,
                            size_t* dictSize, char* dbName, size_t* dbNameSize, zyl_dict_error_callback_t callback,
                            void* context);
