@@ -54,6 +54,7 @@ char const* ZYL_MESSAGES[] = {
     "incorrect #include syntax=incorrect #include syntax",
     "current directory is #1, cannot open include file #2=current directory is #1, cannot open include file \"#2\"",
     "cannot open include file #1=cannot open include file \"#1\"",
+    "cannot include #1: not a regular file=cannot include \"#1\": not a regular file",
     "comment was not closed with */=comment was not closed with */",
     "no #endif for #if=no #endif for #if",
     "expected #1=expected \"#1\"",

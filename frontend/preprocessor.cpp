@@ -7,6 +7,10 @@
 // Expanded lines are built in memory; reading a schema creates no file.
 #include "frontend/preprocessor.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cstring>
 
 #include "foundation/ut.h"
@@ -38,6 +42,37 @@ struct PlainTable {
 constexpr PlainTable kPlain{};
 
 inline bool isPlain(char c) { return kPlain.c[static_cast<unsigned char>(c)]; }
+
+// Opens an include file for reading, or gives null. Only a regular file is
+// read: a FIFO would hold the compile until a writer came, a device may
+// never end, and a directory has no lines. `*irregular` tells that the path
+// names something other than a regular file.
+FILE* openRegular(char const* path, bool* irregular) {
+    // Looked at before the open, so that no device is opened at all, and
+    // again through the descriptor, since the path may change in between;
+    // the open does not wait for a FIFO's writer meanwhile.
+    struct stat st;
+    if (::stat(path, &st) == 0 && !S_ISREG(st.st_mode)) {
+        *irregular = true;
+        return nullptr;
+    }
+    int fd = ::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0)
+        return nullptr;
+    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+        ::close(fd);
+        *irregular = true;
+        return nullptr;
+    }
+    // The lines are read blocking, as from any file.
+    int flags = ::fcntl(fd, F_GETFL);
+    if (flags != -1)
+        ::fcntl(fd, F_SETFL, flags & ~O_NONBLOCK);
+    FILE* f = ::fdopen(fd, "r");
+    if (f == nullptr)
+        ::close(fd);
+    return f;
+}
 
 }  // namespace
 
@@ -360,7 +395,12 @@ void PreProcessor::include(mstring const& arg) {
     mstring name;
     name.set(a + 1, n - 2);
     mstring path = UT::makefnm(m_includeDir, name);
-    FILE* f = std::fopen(path.c_str(), "r");
+    bool irregular = false;
+    FILE* f = openRegular(path.c_str(), &irregular);
+    if (irregular) {
+        error1("cannot include #1: not a regular file", name, 0);
+        return;
+    }
     if (f == nullptr) {
         error2("current directory is #1, cannot open include file #2", UT::currdir(), name, 0);
         return;

@@ -120,6 +120,15 @@ std::string nestedStructs(int depth) {
 
 std::string withClass(std::string const& decl) { return "declare database h;\n" + decl + "\n"; }
 
+// s.zyl including `name`, which is not a regular file.
+Files includes(std::string const& name) {
+    return {{"s.zyl", "declare database h;\n#include \"" + name + "\"\nclass A { signed<4> x; tree<x> t; };\n"}};
+}
+
+Outcome notRegular(std::string const& name) {
+    return refused(2, "cannot include \"" + name + "\": not a regular file");
+}
+
 std::vector<Case> const& hostileCases() {
     static std::vector<Case> const cases = {
         // Bytes that are no text.
@@ -220,6 +229,15 @@ std::vector<Case> const& hostileCases() {
         {"5,000 nested structs", {{"s.zyl", nestedStructs(5000)}},
          {255, "File s.zyl; error: structures nested more than 1000 deep at \"S1000\"\n\n", 1005,
           "<memory buffer>:0:0: structures nested more than 1000 deep at \"S1000\""}},
+        // An include that would block or never end: only regular files are
+        // read. Opening a FIFO once waited for a writer, /dev/zero was read
+        // for ever, and a directory passed for an empty file.
+        {"an include of a FIFO", includes("fifo.zyl"), notRegular("fifo.zyl"),
+         [](TempDir const& dir) { ASSERT_EQ(mkfifo(dir.file("fifo.zyl").c_str(), 0644), 0); }, 10},
+        {"an include of /dev/zero", includes("zero.zyl"), notRegular("zero.zyl"),
+         [](TempDir const& dir) { ASSERT_EQ(symlink("/dev/zero", dir.file("zero.zyl").c_str()), 0); }, 10},
+        {"an include of a directory", includes("sub.zyl"), notRegular("sub.zyl"),
+         [](TempDir const& dir) { ASSERT_EQ(mkdir(dir.file("sub.zyl").c_str(), 0755), 0); }, 10},
     };
     return cases;
 }
