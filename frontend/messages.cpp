@@ -55,6 +55,7 @@ char const* ZYL_MESSAGES[] = {
     "current directory is #1, cannot open include file #2=current directory is #1, cannot open include file \"#2\"",
     "cannot open include file #1=cannot open include file \"#1\"",
     "cannot include #1: not a regular file=cannot include \"#1\": not a regular file",
+    "macro expansion of this line exceeds #1 characters=macro expansion of this line exceeds #1 characters",
     "comment was not closed with */=comment was not closed with */",
     "no #endif for #if=no #endif for #if",
     "expected #1=expected \"#1\"",

@@ -23,6 +23,10 @@ int const kLineBufSize = 5000;
 unsigned const kMaxIncludeDepth = 100;
 // An expansion this deep is taken for a macro that refers to itself.
 int const kMaxMacroDepth = 21;
+// The most characters one line may expand to. Macros that each name the
+// next several times grow exponentially, so the expansion stops as soon as
+// it passes this; no honest schema comes near it.
+unsigned const kMaxExpandedLine = 1u << 20;
 
 using schema_chars::isBlank;
 using schema_chars::isIdentChar;
@@ -169,6 +173,8 @@ void PreProcessor::grow(std::size_t n) {
 }
 
 void PreProcessor::put(char const* from, std::size_t n) {
+    if (m_outLen + n > kMaxExpandedLine)
+        tooLong();
     // One more for the NUL that ends the line.
     reserve(m_outLen + n + 1);
     std::memcpy(m_out + m_outLen, from, n);
@@ -281,10 +287,17 @@ char const* PreProcessor::processLine(char const* text, std::size_t len) {
         }
     }
     m_outLen = static_cast<size_t>(o - m_out);
+    // The text around the macros may still carry the line past the limit.
+    if (m_outLen > kMaxExpandedLine)
+        tooLong();
     if (m_outLen == 0)
         return "";
     *o = '\0';
     return m_out;
+}
+
+void PreProcessor::tooLong() {
+    error1("macro expansion of this line exceeds #1 characters", UT::n2s(kMaxExpandedLine), 0);
 }
 
 void PreProcessor::expand(char const* name, std::size_t n, int depth) {

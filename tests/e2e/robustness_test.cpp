@@ -120,6 +120,18 @@ std::string nestedStructs(int depth) {
 
 std::string withClass(std::string const& decl) { return "declare database h;\n" + decl + "\n"; }
 
+// Ten macros, each naming the next ten times: A0 would be 10^10 names.
+std::string macroBomb() {
+    std::string text = "declare database h;\n#define A9 x x x x x x x x x x\n";
+    for (int i = 8; i >= 0; i--) {
+        text += "#define A" + std::to_string(i);
+        for (int k = 0; k < 10; k++)
+            text += " A" + std::to_string(i + 1);
+        text += "\n";
+    }
+    return text + "class A { A0 x; };\n";
+}
+
 // s.zyl including `name`, which is not a regular file.
 Files includes(std::string const& name) {
     return {{"s.zyl", "declare database h;\n#include \"" + name + "\"\nclass A { signed<4> x; tree<x> t; };\n"}};
@@ -238,6 +250,9 @@ std::vector<Case> const& hostileCases() {
          [](TempDir const& dir) { ASSERT_EQ(symlink("/dev/zero", dir.file("zero.zyl").c_str()), 0); }, 10},
         {"an include of a directory", includes("sub.zyl"), notRegular("sub.zyl"),
          [](TempDir const& dir) { ASSERT_EQ(mkdir(dir.file("sub.zyl").c_str(), 0755), 0); }, 10},
+        // Expansion stops once a line passes 1 MiB, long before memory runs out.
+        {"a macro bomb", {{"s.zyl", macroBomb()}}, refused(12, "macro expansion of this line exceeds 1048576 characters"),
+         nullptr, 10},
     };
     return cases;
 }
