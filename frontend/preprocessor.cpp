@@ -344,7 +344,7 @@ void PreProcessor::directive(mstring const& word, mstring const& arg) {
         Cond cond;
         cond.m_word = word;
         cond.m_active = active && (word == "ifdef" ? known : !known);
-        v_conds.push_back(cond);
+        pushCond(cond);
     } else if (word == "else") {
         if (!arg.empty())
             error("extra words after #else", 0);
@@ -359,7 +359,7 @@ void PreProcessor::directive(mstring const& word, mstring const& arg) {
         Cond cond;
         cond.m_word = "else";
         cond.m_active = wasTaken ? false : active;
-        v_conds.push_back(cond);
+        pushCond(cond);
     } else if (word == "endif") {
         if (v_conds.size() == 0) {
             error("#endif without matching #if", 0);
@@ -391,6 +391,19 @@ void PreProcessor::directive(mstring const& word, mstring const& arg) {
     // Keeps the top pointer valid after a push; `active` is taken again at
     // the next line anyway.
     setLast();
+}
+
+void PreProcessor::pushCond(Cond const& cond) {
+    // The vector grows by one place at a time, copying all it holds, which
+    // made each level of nesting cost as much as all those below it. Room
+    // is made by doubling instead: a shrink keeps the places, so push_back
+    // finds one free.
+    unsigned n = v_conds.size();
+    if (n == v_conds.capacity()) {
+        v_conds.resize(n < 8 ? 8 : 2 * n);
+        v_conds.resize(n);
+    }
+    v_conds.push_back(cond);
 }
 
 void PreProcessor::include(mstring const& arg) {

@@ -135,6 +135,8 @@ private:
     void put(char const* from, std::size_t n);
     void put(char c) { put(&c, 1); }
     void tooLong();
+    // Pushes onto the condition stack in amortized constant time.
+    void pushCond(Cond const& cond);
     void include(mstring const& arg);
 
     IErrReporter* m_reporter;

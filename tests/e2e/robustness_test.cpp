@@ -132,6 +132,16 @@ std::string macroBomb() {
     return text + "class A { A0 x; };\n";
 }
 
+std::string nestedIfdefs(int depth) {
+    std::string text = "declare database h;\n#define X\n";
+    for (int i = 0; i < depth; i++)
+        text += "#ifdef X\n";
+    text += "class A { signed<4> x; tree<x> t; };\n";
+    for (int i = 0; i < depth; i++)
+        text += "#endif\n";
+    return text;
+}
+
 // s.zyl including `name`, which is not a regular file.
 Files includes(std::string const& name) {
     return {{"s.zyl", "declare database h;\n#include \"" + name + "\"\nclass A { signed<4> x; tree<x> t; };\n"}};
@@ -253,6 +263,9 @@ std::vector<Case> const& hostileCases() {
         // Expansion stops once a line passes 1 MiB, long before memory runs out.
         {"a macro bomb", {{"s.zyl", macroBomb()}}, refused(12, "macro expansion of this line exceeds 1048576 characters"),
          nullptr, 10},
+        // Nesting costs the same at every depth: each level once cost as
+        // much as all those below it, some 400 s for this case.
+        {"200,000 nested #ifdef", {{"s.zyl", nestedIfdefs(200000)}}, completes(), nullptr, 10},
     };
     return cases;
 }
