@@ -223,6 +223,7 @@ char const* PreProcessor::processLine(char const* text, std::size_t len) {
     char* o = m_out;
     char prev = 0;
     char const* s = text;
+    char const* const end = text + len;
     while (*s != '\0') {
         // A run of plain characters, taken in one loop: none of them is a
         // '0', so the character behind the run sees no '0' before it.
@@ -257,7 +258,7 @@ char const* PreProcessor::processLine(char const* text, std::size_t len) {
                     s++;
                 m_outLen = static_cast<size_t>(o - m_out);
                 expand(start, static_cast<size_t>(s - start), 0);
-                reserve(m_outLen + 3 * std::strlen(s) + 2);
+                reserve(m_outLen + 3 * static_cast<size_t>(end - s) + 2);
                 o = m_out + m_outLen;
             } else {
                 do
