@@ -7,6 +7,10 @@
 // Expanded lines are built in memory; reading a schema creates no file.
 #include "frontend/preprocessor.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cstring>
 
 #include "foundation/ut.h"
@@ -19,6 +23,10 @@ int const kLineBufSize = 5000;
 unsigned const kMaxIncludeDepth = 100;
 // An expansion this deep is taken for a macro that refers to itself.
 int const kMaxMacroDepth = 21;
+// The most characters one line may expand to. Macros that each name the
+// next several times grow exponentially, so the expansion stops as soon as
+// it passes this; no honest schema comes near it.
+unsigned const kMaxExpandedLine = 1u << 20;
 
 using schema_chars::isBlank;
 using schema_chars::isIdentChar;
@@ -38,6 +46,37 @@ struct PlainTable {
 constexpr PlainTable kPlain{};
 
 inline bool isPlain(char c) { return kPlain.c[static_cast<unsigned char>(c)]; }
+
+// Opens an include file for reading, or gives null. Only a regular file is
+// read: a FIFO would hold the compile until a writer came, a device may
+// never end, and a directory has no lines. `*irregular` tells that the path
+// names something other than a regular file.
+FILE* openRegular(char const* path, bool* irregular) {
+    // Looked at before the open, so that no device is opened at all, and
+    // again through the descriptor, since the path may change in between;
+    // the open does not wait for a FIFO's writer meanwhile.
+    struct stat st;
+    if (::stat(path, &st) == 0 && !S_ISREG(st.st_mode)) {
+        *irregular = true;
+        return nullptr;
+    }
+    int fd = ::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0)
+        return nullptr;
+    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+        ::close(fd);
+        *irregular = true;
+        return nullptr;
+    }
+    // The lines are read blocking, as from any file.
+    int flags = ::fcntl(fd, F_GETFL);
+    if (flags != -1)
+        ::fcntl(fd, F_SETFL, flags & ~O_NONBLOCK);
+    FILE* f = ::fdopen(fd, "r");
+    if (f == nullptr)
+        ::close(fd);
+    return f;
+}
 
 }  // namespace
 
@@ -134,6 +173,8 @@ void PreProcessor::grow(std::size_t n) {
 }
 
 void PreProcessor::put(char const* from, std::size_t n) {
+    if (m_outLen + n > kMaxExpandedLine)
+        tooLong();
     // One more for the NUL that ends the line.
     reserve(m_outLen + n + 1);
     std::memcpy(m_out + m_outLen, from, n);
@@ -182,6 +223,7 @@ char const* PreProcessor::processLine(char const* text, std::size_t len) {
     char* o = m_out;
     char prev = 0;
     char const* s = text;
+    char const* const end = text + len;
     while (*s != '\0') {
         // A run of plain characters, taken in one loop: none of them is a
         // '0', so the character behind the run sees no '0' before it.
@@ -216,7 +258,7 @@ char const* PreProcessor::processLine(char const* text, std::size_t len) {
                     s++;
                 m_outLen = static_cast<size_t>(o - m_out);
                 expand(start, static_cast<size_t>(s - start), 0);
-                reserve(m_outLen + 3 * std::strlen(s) + 2);
+                reserve(m_outLen + 3 * static_cast<size_t>(end - s) + 2);
                 o = m_out + m_outLen;
             } else {
                 do
@@ -246,10 +288,17 @@ char const* PreProcessor::processLine(char const* text, std::size_t len) {
         }
     }
     m_outLen = static_cast<size_t>(o - m_out);
+    // The text around the macros may still carry the line past the limit.
+    if (m_outLen > kMaxExpandedLine)
+        tooLong();
     if (m_outLen == 0)
         return "";
     *o = '\0';
     return m_out;
+}
+
+void PreProcessor::tooLong() {
+    error1("macro expansion of this line exceeds #1 characters", UT::n2s(kMaxExpandedLine), 0);
 }
 
 void PreProcessor::expand(char const* name, std::size_t n, int depth) {
@@ -296,7 +345,7 @@ void PreProcessor::directive(mstring const& word, mstring const& arg) {
         Cond cond;
         cond.m_word = word;
         cond.m_active = active && (word == "ifdef" ? known : !known);
-        v_conds.push_back(cond);
+        pushCond(cond);
     } else if (word == "else") {
         if (!arg.empty())
             error("extra words after #else", 0);
@@ -311,7 +360,7 @@ void PreProcessor::directive(mstring const& word, mstring const& arg) {
         Cond cond;
         cond.m_word = "else";
         cond.m_active = wasTaken ? false : active;
-        v_conds.push_back(cond);
+        pushCond(cond);
     } else if (word == "endif") {
         if (v_conds.size() == 0) {
             error("#endif without matching #if", 0);
@@ -345,6 +394,19 @@ void PreProcessor::directive(mstring const& word, mstring const& arg) {
     setLast();
 }
 
+void PreProcessor::pushCond(Cond const& cond) {
+    // The vector grows by one place at a time, copying all it holds, which
+    // made each level of nesting cost as much as all those below it. Room
+    // is made by doubling instead: a shrink keeps the places, so push_back
+    // finds one free.
+    unsigned n = v_conds.size();
+    if (n == v_conds.capacity()) {
+        v_conds.resize(n < 8 ? 8 : 2 * n);
+        v_conds.resize(n);
+    }
+    v_conds.push_back(cond);
+}
+
 void PreProcessor::include(mstring const& arg) {
     if (v_files.size() > kMaxIncludeDepth) {
         error("recursion in #include", 0);
@@ -360,7 +422,12 @@ void PreProcessor::include(mstring const& arg) {
     mstring name;
     name.set(a + 1, n - 2);
     mstring path = UT::makefnm(m_includeDir, name);
-    FILE* f = std::fopen(path.c_str(), "r");
+    bool irregular = false;
+    FILE* f = openRegular(path.c_str(), &irregular);
+    if (irregular) {
+        error1("cannot include #1: not a regular file", name, 0);
+        return;
+    }
     if (f == nullptr) {
         error2("current directory is #1, cannot open include file #2", UT::currdir(), name, 0);
         return;

@@ -130,8 +130,13 @@ private:
             grow(n);
     }
     void grow(std::size_t n);
+    // Appends to the output line; past the limit of one line's expansion
+    // the line is refused before anything more is built.
     void put(char const* from, std::size_t n);
     void put(char c) { put(&c, 1); }
+    void tooLong();
+    // Pushes onto the condition stack in amortized constant time.
+    void pushCond(Cond const& cond);
     void include(mstring const& arg);
 
     IErrReporter* m_reporter;

@@ -1,9 +1,11 @@
 // Hostile input against both entries. For every case the run-time entry
-// returns 0 or 1005 and this process lives on; the batch entry (the
+// returns 0 or 1005 and its process lives on; the batch entry (the
 // command-line compiler) either completes or ends with its diagnostic and
 // status 255, leaves no file of that compile behind, and never touches the
 // skeletons {db}_udf.c and {db}_coll.c that a person keeps in the output
-// directory. Every case names database "h" where it names one.
+// directory. Every case names database "h" where it names one. Each entry
+// runs in a child process with bounded time and memory, so that a case
+// that hangs or grows without end fails instead of holding the machine.
 //
 // Under the sanitize preset the same cases run with AddressSanitizer and
 // UndefinedBehaviorSanitizer in the compiler, which then ends with their
@@ -12,13 +14,17 @@
 #include <gtest/gtest.h>
 
 #include <dirent.h>
+#include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <ostream>
 #include <string>
 #include <utility>
@@ -61,10 +67,16 @@ Outcome refused(int line, std::string const& msg, std::string const& file = "s.z
             memFile + ":" + std::to_string(line) + ":0: " + msg};
 }
 
+// Each entry's compile of a case gets this long, unless the case says less.
+unsigned const kSeconds = 60;
+
 struct Case {
     std::string name;
     Files files;
     Outcome expected;
+    // Makes what the files cannot hold (a FIFO, a link) in the case's directory.
+    std::function<void(TempDir const&)> prepare = nullptr;
+    unsigned seconds = kSeconds;
 };
 
 // A failure names the case, not its bytes.
@@ -107,6 +119,37 @@ std::string nestedStructs(int depth) {
 }
 
 std::string withClass(std::string const& decl) { return "declare database h;\n" + decl + "\n"; }
+
+// Ten macros, each naming the next ten times: A0 would be 10^10 names.
+std::string macroBomb() {
+    std::string text = "declare database h;\n#define A9 x x x x x x x x x x\n";
+    for (int i = 8; i >= 0; i--) {
+        text += "#define A" + std::to_string(i);
+        for (int k = 0; k < 10; k++)
+            text += " A" + std::to_string(i + 1);
+        text += "\n";
+    }
+    return text + "class A { A0 x; };\n";
+}
+
+std::string nestedIfdefs(int depth) {
+    std::string text = "declare database h;\n#define X\n";
+    for (int i = 0; i < depth; i++)
+        text += "#ifdef X\n";
+    text += "class A { signed<4> x; tree<x> t; };\n";
+    for (int i = 0; i < depth; i++)
+        text += "#endif\n";
+    return text;
+}
+
+// s.zyl including `name`, which is not a regular file.
+Files includes(std::string const& name) {
+    return {{"s.zyl", "declare database h;\n#include \"" + name + "\"\nclass A { signed<4> x; tree<x> t; };\n"}};
+}
+
+Outcome notRegular(std::string const& name) {
+    return refused(2, "cannot include \"" + name + "\": not a regular file");
+}
 
 std::vector<Case> const& hostileCases() {
     static std::vector<Case> const cases = {
@@ -208,6 +251,21 @@ std::vector<Case> const& hostileCases() {
         {"5,000 nested structs", {{"s.zyl", nestedStructs(5000)}},
          {255, "File s.zyl; error: structures nested more than 1000 deep at \"S1000\"\n\n", 1005,
           "<memory buffer>:0:0: structures nested more than 1000 deep at \"S1000\""}},
+        // An include that would block or never end: only regular files are
+        // read. Opening a FIFO once waited for a writer, /dev/zero was read
+        // for ever, and a directory passed for an empty file.
+        {"an include of a FIFO", includes("fifo.zyl"), notRegular("fifo.zyl"),
+         [](TempDir const& dir) { ASSERT_EQ(mkfifo(dir.file("fifo.zyl").c_str(), 0644), 0); }, 10},
+        {"an include of /dev/zero", includes("zero.zyl"), notRegular("zero.zyl"),
+         [](TempDir const& dir) { ASSERT_EQ(symlink("/dev/zero", dir.file("zero.zyl").c_str()), 0); }, 10},
+        {"an include of a directory", includes("sub.zyl"), notRegular("sub.zyl"),
+         [](TempDir const& dir) { ASSERT_EQ(mkdir(dir.file("sub.zyl").c_str(), 0755), 0); }, 10},
+        // Expansion stops once a line passes 1 MiB, long before memory runs out.
+        {"a macro bomb", {{"s.zyl", macroBomb()}}, refused(12, "macro expansion of this line exceeds 1048576 characters"),
+         nullptr, 10},
+        // Nesting costs the same at every depth: each level once cost as
+        // much as all those below it, some 400 s for this case.
+        {"200,000 nested #ifdef", {{"s.zyl", nestedIfdefs(200000)}}, completes(), nullptr, 10},
     };
     return cases;
 }
@@ -246,6 +304,7 @@ struct MemResult {
     int rc;
     std::string report;  // the first error
     int reports = 0;
+    std::string owned;   // what dictmem::checkOwnedBy says of a dictionary made
 };
 
 void collectFirst(int type, char const* message, char const* file, int line, int pos, void* context) {
@@ -266,28 +325,72 @@ MemResult loadText(std::string const& text, std::string const& includeDir, std::
     MemResult r;
     r.rc = zyl_db_load_dictionary(text.c_str(), &p, &dict, &dictSize, name, &nameSize, collectFirst, &r);
     if (r.rc == 0) {
-        EXPECT_EQ(dictmem::checkOwnedBy(dict), "");
+        r.owned = dictmem::checkOwnedBy(dict);
+        EXPECT_EQ(r.owned, "");
     }
     dictmem::releaseAll();
     return r;
 }
 
+// The bounds of a child that runs one entry: a time, after which SIGALRM
+// ends it, and 1 GiB of address space, which AddressSanitizer's shadow
+// memory alone exceeds, so that a sanitized child has only the time.
+void limitChild(unsigned seconds) {
+    alarm(seconds);
+#ifndef __SANITIZE_ADDRESS__
+    rlim_t const bytes = rlim_t(1) << 30;
+    rlimit const as = {bytes, bytes};
+    setrlimit(RLIMIT_AS, &as);
+#endif
+}
+
+int const kTimedOut = 128 + SIGALRM;
+
+// loadText in a child process under limitChild; its status is that of the
+// child, 0 where the entry returned.
+MemResult loadBounded(std::string const& text, std::string const& includeDir, std::string const& outputDir,
+                      unsigned seconds, int* status) {
+    ProcessResult const r = runInChild([&] {
+        limitChild(seconds);
+        MemResult const m = loadText(text, includeDir, outputDir);
+        std::string const fields = std::to_string(m.rc) + '\0' + m.report + '\0' + m.owned;
+        std::fwrite(fields.data(), 1, fields.size(), stdout);
+    });
+    *status = r.status;
+    MemResult m = {-1, "", 0, ""};
+    std::size_t const a = r.out.find('\0');
+    std::size_t const b = a == std::string::npos ? a : r.out.find('\0', a + 1);
+    if (b != std::string::npos) {
+        m.rc = std::atoi(r.out.substr(0, a).c_str());
+        m.report = r.out.substr(a + 1, b - a - 1);
+        m.owned = r.out.substr(b + 1);
+    }
+    return m;
+}
+
 // One case through both entries, in a directory of its own.
-void runCase(std::string const& name, Files const& files, Outcome const& want) {
+void runCase(std::string const& name, Files const& files, Outcome const& want,
+             std::function<void(TempDir const&)> const& prepare = nullptr, unsigned seconds = kSeconds) {
     SCOPED_TRACE(name);
     TempDir dir;
     for (auto const& f : files)
         dir.write(f.first, f.second);
+    if (prepare)
+        prepare(dir);
     std::string const out = prepareOutput(dir);
 
-    MemResult const mem = loadText(files.front().second, dir.path(), out);
+    int status = -1;
+    MemResult const mem = loadBounded(files.front().second, dir.path(), out, seconds, &status);
+    EXPECT_EQ(status, 0) << (status == kTimedOut ? "the run-time entry took longer than its bound" : "");
     EXPECT_EQ(mem.rc, want.rc);
     EXPECT_EQ(mem.report, want.report);
+    EXPECT_EQ(mem.owned, "");
     std::vector<std::string> const untouched = {"h_coll.c", "h_udf.c"};
     EXPECT_EQ(listDir(out), untouched) << "the run-time entry wrote into the output directory";
 
-    ProcessResult const r = runProgram({cliPath(), "-o", out, "s.zyl"}, dir.path());
-    EXPECT_EQ(r.status, want.status);
+    ProcessResult const r =
+        runProgram({cliPath(), "-o", out, "s.zyl"}, dir.path(), [seconds] { limitChild(seconds); });
+    EXPECT_EQ(r.status, want.status) << (r.status == kTimedOut ? "the batch entry took longer than its bound" : "");
     for (std::string const& user : untouched)
         EXPECT_EQ(readFile(out + "/" + user), kUserText) << user;
     if (want.status == 0) {
@@ -303,7 +406,10 @@ void runCase(std::string const& name, Files const& files, Outcome const& want) {
 
 class Hostile : public ::testing::TestWithParam<Case> {};
 
-TEST_P(Hostile, ThroughBothEntries) { runCase(GetParam().name, GetParam().files, GetParam().expected); }
+TEST_P(Hostile, ThroughBothEntries) {
+    Case const& c = GetParam();
+    runCase(c.name, c.files, c.expected, c.prepare, c.seconds);
+}
 
 INSTANTIATE_TEST_SUITE_P(Robustness, Hostile, ::testing::ValuesIn(hostileCases()),
                          [](::testing::TestParamInfo<Case> const& info) {

@@ -17,7 +17,10 @@ struct ProcessResult {
 ProcessResult runInChild(std::function<void()> const& body);
 
 // Runs a program with arguments in `cwd` (empty: the current directory).
-ProcessResult runProgram(std::vector<std::string> const& argv, std::string const& cwd = "");
+// `inChild`, when given, runs in the child just before the program starts,
+// to set limits that the program inherits.
+ProcessResult runProgram(std::vector<std::string> const& argv, std::string const& cwd = "",
+                         std::function<void()> const& inChild = {});
 
 // The path of the built command-line compiler.
 std::string cliPath();
