@@ -425,7 +425,9 @@ void PreProcessor::include(mstring const& arg) {
     bool irregular = false;
     FILE* f = openRegular(path.c_str(), &irregular);
     if (irregular) {
-        error1("cannot include #1: not a regular file", name, 0);
+        // Our own texts, kept out of the message table: it holds exactly the
+    // system's pairs. A key with no entry is printed as it stands.
+    error1("cannot include \"#1\": not a regular file", name, 0);
         return;
     }
     if (f == nullptr) {
