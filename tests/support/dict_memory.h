@@ -21,11 +21,10 @@ std::size_t live();
 void releaseAll();
 
 // Checks that the live blocks are exactly the memory of `dict`: every block
-// is the dictionary, a table or a string it points to, or one of the
-// initial-value tables each structure before the last leaves behind (see
-// MemoryClassDictCreator::create), or the empty field table of a
-// dictionary without structures; and everything the dictionary points to
-// lies inside a live block. Returns an empty text, or what is wrong.
+// is the dictionary, a table or a string it points to; everything the
+// dictionary points to lies inside a live block; and every string is a
+// block of its own that no other pointer reaches. Returns an empty text, or
+// what is wrong.
 std::string checkOwnedBy(zyl_dictionary_t const* dict);
 
 }  // namespace dictmem
