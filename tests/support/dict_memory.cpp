@@ -5,6 +5,8 @@
 #include <map>
 #include <set>
 
+#include "zylcomp.h"
+
 namespace {
 
 // Start of each live block and its size in bytes. Built on first use, so
@@ -104,6 +106,36 @@ void releaseAll() {
     for (auto const& b : blocks())
         std::free(const_cast<char*>(b.first));
     blocks().clear();
+}
+
+bool release(void* p) {
+    auto it = blocks().find(static_cast<char const*>(p));
+    if (it == blocks().end())
+        return false;
+    blocks().erase(it);
+    std::free(p);
+    return true;
+}
+
+namespace {
+
+std::size_t freed = 0;
+std::size_t notLive = 0;
+
+void deallocate(void* p) {
+    if (release(p))
+        freed++;
+    else
+        notLive++;
+}
+
+}  // namespace
+
+std::size_t freeDictionary(zyl_dictionary_t* dict, std::size_t* wrong) {
+    freed = notLive = 0;
+    zyl_dict_free(dict, deallocate);
+    *wrong += notLive;
+    return freed;
 }
 
 std::string checkOwnedBy(zyl_dictionary_t const* d) {

@@ -19,6 +19,15 @@ std::size_t allocations();
 std::size_t live();
 // Frees every live block.
 void releaseAll();
+// A runtime's deallocator: frees live block `p` and forgets it. Returns
+// false, and frees nothing, when `p` is no live block: never handed out, or
+// released already.
+bool release(void* p);
+
+// Releases `dict` through zyl_dict_free with release() as its deallocator.
+// Returns the blocks freed, and counts in `wrong` the pointers it was handed
+// that were no live block.
+std::size_t freeDictionary(zyl_dictionary_t* dict, std::size_t* wrong);
 
 // Checks that the live blocks are exactly the memory of `dict`: every block
 // is the dictionary, a table or a string it points to; everything the
