@@ -2,9 +2,10 @@
 // schema text. Whatever the text, the call returns 0 or 1005 and the
 // process lives; a refusal reaches the callback as an error; nothing is
 // written into the output directory; and the memory handed out through
-// zyl_sys_malloc and zyl_sys_calloc is exactly the dictionary's. That
-// memory is the caller's, so it is freed here after each input, and the
-// leak checker sees only what the compiler itself lost.
+// zyl_sys_malloc and zyl_sys_calloc is exactly the dictionary's, which
+// zyl_dict_free gives back whole, each block once. What a refused call left
+// behind is freed here too, so the leak checker sees only what the compiler
+// itself lost.
 #include <dirent.h>
 #include <unistd.h>
 
@@ -85,6 +86,13 @@ extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
         std::string const owned = dictmem::checkOwnedBy(dict);
         if (!owned.empty())
             fail("dictionary memory", owned);
+        std::size_t const live = dictmem::live();
+        std::size_t wrong = 0;
+        std::size_t const freed = dictmem::freeDictionary(dict, &wrong);
+        if (wrong != 0)
+            fail("zyl_dict_free passed a pointer that was no live block", std::to_string(wrong));
+        if (freed != live)
+            fail("zyl_dict_free left blocks", std::to_string(live - freed));
     } else if (rc == ZYL_DICT_LOAD_REFUSED) {
         if (dict != nullptr)
             fail("a dictionary stored on a refusal");

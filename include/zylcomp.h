@@ -68,7 +68,9 @@ typedef struct zyl_dict_load_params_t {
    in *dict. No exception leaves this function and it never ends the
    process, except when memory is exhausted. It writes no files. All memory
    of the dictionary comes from zyl_sys_malloc and zyl_sys_calloc and belongs
-   to the caller, also what a refused call had allocated already.
+   to the caller, who releases it with zyl_dict_free. A refused call may
+   leave blocks it had allocated from them already: nothing points to
+   those, and they stay allocated.
 
    Threads: any number of threads may call this function at the same time,
    each with its own arguments. Calls share no state: each has its own
@@ -87,6 +89,17 @@ int zyl_db_load_dictionary(const char* schema, const zyl_dict_load_params_t* par
    a runtime loaded beside it replaces. */
 void* zyl_sys_malloc(size_t size);
 void* zyl_sys_calloc(size_t count, size_t size);
+
+/* Releases a dictionary that zyl_db_load_dictionary built: every block of
+   it, the record, each table and each string, goes to `deallocate` exactly
+   once, and no other pointer does; a null pointer is never passed. The
+   deallocator must release what zyl_sys_malloc and zyl_sys_calloc hand
+   out, so a host that supplies those supplies its counterpart; a null
+   `deallocate` means free, which matches the library's own defaults. A
+   null `dict` does nothing. Only for a dictionary of that call, freed once
+   and not changed since: a dictionary compiled from a generated {db}.c is
+   static and must not be passed here. */
+void zyl_dict_free(zyl_dictionary_t* dict, void (*deallocate)(void* block));
 
 /* Writes `dict` to `out` as one JSON object keyed by the member names of
    zyl_dictionary_t, with every table in place of its pointer. Returns 0, or

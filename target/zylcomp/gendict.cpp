@@ -445,7 +445,9 @@ void MemoryClassDictCreator::begin(zyl_dictionary_t* dict) {
     unsigned const nStructs = v_used.size();
     m_structs = table<zyl_dict_struct_t>(nStructs);
     dict->v_all_struct = m_structs;
-    m_fields = table<zyl_dict_field_t>(static_cast<unsigned>(m_nFields));
+    // Without structures nothing would point to a field table.
+    if (nStructs > 0)
+        m_fields = table<zyl_dict_field_t>(static_cast<unsigned>(m_nFields));
     dict->n_structs = u16(static_cast<int>(nStructs));
 }
 
@@ -498,8 +500,11 @@ void MemoryClassDictCreator::entry(zyl_dictionary_t* dict, unsigned n, bool sort
         x->seq_elem_size = static_cast<std::uint8_t>(memNumber(e.m_seqElemSize, "!seq_elem_size.is_str()"));
     }
 
-    // Deliberately after every structure, not once after the last: the
-    // last copy stands, and the earlier ones stay with the caller.
+    // The initial values are complete after the last structure: only then
+    // are they copied, so that no earlier copy is left where nothing
+    // points to it.
+    if (n + 1 != v_used.size())
+        return;
     std::int32_t* ints = table<std::int32_t>(v_initI.size());
     double* reals = table<double>(v_initD.size());
     for (unsigned k = 0; k < v_initI.size(); k++)

@@ -91,8 +91,8 @@ public:
     void create(zyl_dictionary_t* dict, bool sortFields);
     // Allocates the structure and field tables.
     void begin(zyl_dictionary_t* dict);
-    // The record of structure `n` and its fields, and a copy of the initial
-    // values so far.
+    // The record of structure `n` and its fields; after the last structure,
+    // the tables of initial values.
     void entry(zyl_dictionary_t* dict, unsigned n, bool sortFields);
     Class const* usedClass(unsigned n) const { return v_usedClass[static_cast<int>(n)]; }
 

@@ -192,7 +192,23 @@ void collect(int type, char const* msg, char const* file, int line, int pos, voi
     static_cast<std::vector<Report>*>(context)->push_back({type, msg, file, line, pos});
 }
 
+// Frees its dictionary, as the caller owns it, and checks that each block
+// it gives back is one the call handed out and not yet freed.
 struct Loaded {
+    Loaded() = default;
+    Loaded(Loaded&& other) noexcept
+        : rc(other.rc), dict(other.dict), dictSize(other.dictSize), name(std::move(other.name)),
+          nameSize(other.nameSize), reports(std::move(other.reports)) {
+        other.dict = nullptr;
+    }
+    Loaded(Loaded const&) = delete;
+    Loaded& operator=(Loaded const&) = delete;
+    ~Loaded() {
+        std::size_t wrong = 0;
+        dictmem::freeDictionary(dict, &wrong);
+        EXPECT_EQ(wrong, 0u);
+    }
+
     int rc;
     zyl_dictionary_t* dict = nullptr;
     size_t dictSize = 0;

@@ -6,6 +6,8 @@
 #include <mutex>
 #include <set>
 
+#include "zylcomp.h"
+
 namespace {
 
 // Start of each live block and its size in bytes. Built on first use, so
@@ -39,18 +41,29 @@ public:
                 fail(std::string(what) + " is null with entries");
             return;
         }
-        reach(static_cast<char const*>(p), count * size, what);
+        char const* start = reach(static_cast<char const*>(p), count * size, what);
+        if (start != nullptr)
+            m_tables.insert(start);
     }
+    // A string is a block of its own, which one pointer alone reaches.
     void text(char const* s, char const* what) {
         if (s == nullptr) {
             fail(std::string(what) + " is null");
             return;
         }
+        if (blocks().count(s) == 0) {
+            fail(std::string(what) + " is no block of its own");
+            return;
+        }
+        if (!m_texts.insert(s).second)
+            fail(std::string(what) + " is reached twice");
         // The block must hold the text with its NUL before strlen reads it.
-        if (reach(s, 1, what))
+        if (reach(s, 1, what) != nullptr)
             reach(s, std::strlen(s) + 1, what);
     }
     std::set<char const*> const& reached() const { return m_reached; }
+    std::set<char const*> const& texts() const { return m_texts; }
+    std::set<char const*> const& tables() const { return m_tables; }
     std::string const& error() const { return m_error; }
     void fail(std::string const& e) {
         if (m_error.empty())
@@ -58,21 +71,24 @@ public:
     }
 
 private:
-    bool reach(char const* p, std::size_t bytes, char const* what) {
+    // The start of the block that holds `bytes` bytes at `p`, or null.
+    char const* reach(char const* p, std::size_t bytes, char const* what) {
         auto it = blocks().upper_bound(p);
         if (it != blocks().begin()) {
             --it;
             char const* start = it->first;
             if (p >= start && p + bytes <= start + it->second) {
                 m_reached.insert(start);
-                return true;
+                return start;
             }
         }
         fail(std::string(what) + " lies outside the dictionary's blocks");
-        return false;
+        return nullptr;
     }
 
     std::set<char const*> m_reached;
+    std::set<char const*> m_texts;
+    std::set<char const*> m_tables;
     std::string m_error;
 };
 
@@ -94,6 +110,37 @@ void releaseAll() {
     for (auto const& b : blocks())
         std::free(const_cast<char*>(b.first));
     blocks().clear();
+}
+
+bool release(void* p) {
+    std::lock_guard<std::mutex> hold(recording);
+    auto it = blocks().find(static_cast<char const*>(p));
+    if (it == blocks().end())
+        return false;
+    blocks().erase(it);
+    std::free(p);
+    return true;
+}
+
+namespace {
+
+std::size_t freed = 0;
+std::size_t notLive = 0;
+
+void deallocate(void* p) {
+    if (release(p))
+        freed++;
+    else
+        notLive++;
+}
+
+}  // namespace
+
+std::size_t freeDictionary(zyl_dictionary_t* dict, std::size_t* wrong) {
+    freed = notLive = 0;
+    zyl_dict_free(dict, deallocate);
+    *wrong += notLive;
+    return freed;
 }
 
 std::string checkOwnedBy(zyl_dictionary_t const* d) {
@@ -137,25 +184,12 @@ std::string checkOwnedBy(zyl_dictionary_t const* d) {
     w.table(d->init_d_data.ptr, d->init_d_data_n, sizeof(double), "init_d_data");
     if (!w.error().empty())
         return w.error();
-
-    // Each structure before the last leaves a pair of initial-value tables
-    // behind, no larger than the pair that stands. Without a structure the
-    // empty field table is the one block nothing points to.
-    std::size_t const leftBehind = d->n_structs > 0 ? 2u * (d->n_structs - 1u) : 1u;
-    std::size_t const largest = d->init_i_data_n * sizeof(std::int32_t) > d->init_d_data_n * sizeof(double)
-                                    ? d->init_i_data_n * sizeof(std::int32_t)
-                                    : d->init_d_data_n * sizeof(double);
-    std::size_t unreached = 0;
     for (auto const& b : blocks()) {
-        if (w.reached().count(b.first) != 0)
-            continue;
-        unreached++;
-        if (b.second > largest)
+        if (w.reached().count(b.first) == 0)
             return "a block of " + std::to_string(b.second) + " bytes that the dictionary does not reach";
+        if (w.texts().count(b.first) != 0 && w.tables().count(b.first) != 0)
+            return "a string in a block that a table pointer reaches too";
     }
-    if (unreached != leftBehind)
-        return std::to_string(unreached) + " blocks that the dictionary does not reach, where " +
-               std::to_string(leftBehind) + " initial-value tables are left behind";
     return "";
 }
 

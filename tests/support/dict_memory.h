@@ -19,13 +19,21 @@ std::size_t allocations();
 std::size_t live();
 // Frees every live block.
 void releaseAll();
+// A runtime's deallocator: frees live block `p` and forgets it. Returns
+// false, and frees nothing, when `p` is no live block: never handed out, or
+// released already.
+bool release(void* p);
+
+// Releases `dict` through zyl_dict_free with release() as its deallocator.
+// Returns the blocks freed, and counts in `wrong` the pointers it was handed
+// that were no live block.
+std::size_t freeDictionary(zyl_dictionary_t* dict, std::size_t* wrong);
 
 // Checks that the live blocks are exactly the memory of `dict`: every block
-// is the dictionary, a table or a string it points to, or one of the
-// initial-value tables each structure before the last leaves behind (see
-// MemoryClassDictCreator::create), or the empty field table of a
-// dictionary without structures; and everything the dictionary points to
-// lies inside a live block. Returns an empty text, or what is wrong.
+// is the dictionary, a table or a string it points to; everything the
+// dictionary points to lies inside a live block; and every string is a
+// block of its own that no other pointer reaches. Returns an empty text, or
+// what is wrong.
 std::string checkOwnedBy(zyl_dictionary_t const* dict);
 
 }  // namespace dictmem
