@@ -68,9 +68,10 @@ typedef struct zyl_dict_load_params_t {
    in *dict. No exception leaves this function and it never ends the
    process, except when memory is exhausted. It writes no files. All memory
    of the dictionary comes from zyl_sys_malloc and zyl_sys_calloc and belongs
-   to the caller, who releases it with zyl_dict_free. A refused call may
-   leave blocks it had allocated from them already: nothing points to
-   those, and they stay allocated.
+   to the caller, who releases it with zyl_dict_free. A refused call frees
+   what it had allocated when the library's own allocators are in use; with
+   a runtime's own allocators the blocks of a refused call stay allocated,
+   nothing pointing to them, as the runtime's to account for.
 
    Threads: any number of threads may call this function at the same time,
    each with its own arguments. Calls share no state: each has its own

@@ -75,7 +75,9 @@ int dumpDictionary(CliOptions const& o) {
         std::fprintf(stderr, "zylcomp: no temporary file for the schema text\n");
     if (rc != ZYL_DICT_LOAD_OK)
         return 1;
-    return zyl_dict_write_json(dict, stdout) == 0 ? 0 : 1;
+    int const written = zyl_dict_write_json(dict, stdout);
+    zyl_dict_free(dict, nullptr);
+    return written == 0 ? 0 : 1;
 }
 
 }  // namespace

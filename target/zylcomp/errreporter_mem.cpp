@@ -1,9 +1,14 @@
 #include "target/zylcomp/errreporter_mem.h"
 
+#include "target/zylcomp/ledger.h"
+
 void ErrReporterMem::ProcessError(CompilerErrorType type, mstring const& message, mstring const& file, int line,
                                   int pos) {
-    if (m_report)
+    if (m_report) {
+        // What the report function allocates is its own, refused call or not.
+        LedgerPause pause;
         m_report(type, message.c_str(), file.c_str(), line, pos, m_userWord);
+    }
     // Warnings run the final callback too.
     if (m_finalCallback)
         m_finalCallback->execute();

@@ -18,14 +18,8 @@
 #include "host/zylcomp/analyzer.h"
 #include "target/zylcomp/errreporter_mem.h"
 #include "target/zylcomp/gendict.h"
+#include "target/zylcomp/ledger.h"
 #include "zylcomp.h"
-
-// Stand-ins for the runtime's allocators, so that the library works alone.
-// Weak, so that a runtime loaded beside it takes their place.
-extern "C" __attribute__((weak)) void* zyl_sys_malloc(size_t size) { return std::malloc(size); }
-extern "C" __attribute__((weak)) void* zyl_sys_calloc(size_t count, size_t size) {
-    return std::calloc(count, size);
-}
 
 namespace {
 
@@ -123,6 +117,7 @@ extern "C" int zyl_db_load_dictionary(const char* schema, const zyl_dict_load_pa
     // Every string of this call comes from its own pool: calls on other
     // threads run beside it without sharing anything.
     strblocks::Scope strings;
+    Ledger ledger;
     if (schema != nullptr)
         std::fputs(schema, f);
     std::rewind(f);
@@ -148,6 +143,7 @@ extern "C" int zyl_db_load_dictionary(const char* schema, const zyl_dict_load_pa
             if (dictSize != nullptr)
                 *dictSize = sizeof(zyl_dictionary_t);
             giveName(run.analyzer->schema().m_dbName, dbName, dbNameSize);
+            ledger.keep();
             rc = ZYL_DICT_LOAD_OK;
         } catch (CompilerError const&) {
             // The caller's function has had the message.
@@ -160,5 +156,7 @@ extern "C" int zyl_db_load_dictionary(const char* schema, const zyl_dict_load_pa
         }
     }
     std::fclose(f);
+    if (rc != ZYL_DICT_LOAD_OK)
+        ledger.freeAll();
     return rc;
 }
