@@ -10,11 +10,16 @@ void FinalCallback::dbnameFound(mstring const& name) {
     m_files = GenOutput::listAllOutputs(name, m_outputDir);
 }
 
-void FinalCallback::execute() {
+void FinalCallback::discard() {
     if (m_gen) {
         m_gen->close();
         m_gen->closeBindings();
+        m_gen->outputFiles().discard();
     }
+}
+
+void FinalCallback::execute() {
+    discard();
     for (unsigned i = 0; i < m_files.size(); i++)
         ::unlink(m_files[i].c_str());
     // The C#, Java and other files the list cannot know by name.

@@ -1,6 +1,7 @@
-// What a failed compile does before it ends: close the generator's streams
-// and remove every file this database's compile can write, so that nothing
-// half-written (or stale from an earlier compile) is left behind.
+// What a failed compile does before it ends: close the generator's streams,
+// remove the temporaries of its outputs, and remove every file this
+// database's compile can write, so that nothing half-written (or stale from
+// an earlier compile) is left behind.
 #pragma once
 
 #include "foundation/mstring.h"
@@ -15,6 +16,9 @@ public:
 
     void execute() override;
     void dbnameFound(mstring const& name) override;
+    // The part of execute() that leaves every existing output alone: the
+    // streams closed and the temporaries removed.
+    void discard();
     void setGenerator(GenOutput* gen) { m_gen = gen; }
     mvector<mstring> const& files() const { return m_files; }
 

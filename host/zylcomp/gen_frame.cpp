@@ -45,9 +45,11 @@ void GenOutput::init() {
 
 bool GenOutput::openOutput(IOutStream*& slot, mstring const& name) {
     mstring path = UT::makefnm(m_outputDir, name);
-    slot = IOutStream::createFileStream(path);
-    if (!slot->good()) {
-        m_err->err(mstring("Cannot create output file ") + path);
+    int error = 0;
+    slot = m_outFiles.open(path, error);
+    if (slot == nullptr) {
+        if (m_unopened.empty())
+            m_unopened = path;
         return false;
     }
     m_createdFiles.push_back(path);
