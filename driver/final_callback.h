@@ -9,6 +9,7 @@
 #include "frontend/diagnostics.h"
 
 class GenOutput;
+class Parser;
 
 class FinalCallback : public IFinalCallback, public IOnDbNameFound {
 public:
@@ -17,13 +18,26 @@ public:
     void execute() override;
     void dbnameFound(mstring const& name) override;
     // The part of execute() that leaves every existing output alone: the
-    // streams closed and the temporaries removed.
+    // streams closed, the temporaries and the dependency file removed.
     void discard();
     void setGenerator(GenOutput* gen) { m_gen = gen; }
+    // A dependency file of an earlier compile must not outlive a failed
+    // one, but the schema, a file it includes or an output is never
+    // removed in its name. The parser tells the includes read so far.
+    void setDepFile(mstring const& depFile, mstring const& schema) {
+        m_depFile = depFile;
+        m_schema = schema;
+    }
+    void setParser(Parser* parser) { m_parser = parser; }
     mvector<mstring> const& files() const { return m_files; }
 
 private:
+    bool depFileIsInputOrOutput();
+
     mvector<mstring> m_files;
     GenOutput* m_gen = nullptr;
     mstring m_outputDir;
+    mstring m_depFile;
+    mstring m_schema;
+    Parser* m_parser = nullptr;
 };

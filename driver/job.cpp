@@ -50,9 +50,20 @@ namespace {
     IErrReporter::panic(mstring("Cannot open file ") + path, true);
 }
 
+bool namesOneOf(mstring const& path, mvector<mstring> const& files) {
+    for (unsigned i = 0; i < files.size(); i++)
+        if (OutFile::sameFile(path, files[i]))
+            return true;
+    return false;
+}
+
 }  // namespace
 
 unsigned Job::run() {
+    // A failed compile removes the dependency file, so it must not be the
+    // schema, which is not even read then.
+    if (!depFile.empty() && OutFile::sameFile(depFile, inputFile))
+        return DepFileIsInput;
     // An interrupt takes the temporaries of the outputs with it.
     InterruptCleanup interrupts;
 
@@ -60,6 +71,7 @@ unsigned Job::run() {
     ErrReporter reporter;
     mstring localOutputDir = outputDir;
     FinalCallback* finalCallback = new FinalCallback(localOutputDir);
+    finalCallback->setDepFile(depFile, inputFile);
     reporter.setFinalCallback(finalCallback);
     if (f == nullptr) {
         std::printf("Current directory is: %s\n", UT::currdir().c_str());
@@ -72,6 +84,7 @@ unsigned Job::run() {
         localIncludeDir = deriveIncludeDir(inputFile);
 
     Parser* parser = new Parser(f, inputFile, &reporter, localIncludeDir, localOutputDir);
+    finalCallback->setParser(parser);
     Analyzer* analyzer = new Analyzer(parser, keepFieldOrder, wideOffsets, compactDefault, sqlReservedWords,
                                       persistentDefault, transientUnused, atomicDefault, sizeofSize, spareSize,
                                       &hiddenClasses, finalCallback);
@@ -99,10 +112,19 @@ unsigned Job::run() {
     filesRead.insert(0, inputFile);
     filesWritten = gen->createdFiles();
 
-    // All outputs are complete: now, and only now, they replace the earlier
-    // ones. A failure here removes them all, as any failure does.
-    if (int error = gen->outputFiles().commit(failed))
-        reporter.err(mstring("cannot write output file \"") + failed + "\": " + std::strerror(error));
+    unsigned result = Compiled;
+    if (!depFile.empty() && namesOneOf(depFile, filesRead))
+        result = DepFileIsInput;
+    else if (!depFile.empty() && namesOneOf(depFile, filesWritten))
+        result = DepFileIsOutput;
+    if (result == Compiled) {
+        // All outputs are complete: now, and only now, they replace the
+        // earlier ones. A failure here removes them all, as any failure does.
+        if (int error = gen->outputFiles().commit(failed))
+            reporter.err(mstring("cannot write output file \"") + failed + "\": " + std::strerror(error));
+    } else {
+        gen->outputFiles().discard();
+    }
     // From here on the output is complete: a later failure must not remove it.
     reporter.setFinalCallback(nullptr);
 
@@ -110,5 +132,5 @@ unsigned Job::run() {
     delete analyzer;  // the schema lives inside the analyzer
     delete parser;
     delete finalCallback;
-    return 1;
+    return result;
 }
