@@ -61,10 +61,13 @@ ProcessResult runForked(std::function<void()> const& child) {
 
 ProcessResult runInChild(std::function<void()> const& body) { return runForked(body); }
 
-ProcessResult runProgram(std::vector<std::string> const& argv, std::string const& cwd) {
+ProcessResult runProgram(std::vector<std::string> const& argv, std::string const& cwd,
+                         std::function<void()> const& setup) {
     return runForked([&] {
         if (!cwd.empty() && chdir(cwd.c_str()) != 0)
             _exit(126);
+        if (setup)
+            setup();
         std::vector<char*> args;
         for (std::string const& a : argv)
             args.push_back(const_cast<char*>(a.c_str()));

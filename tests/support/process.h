@@ -16,8 +16,11 @@ struct ProcessResult {
 // Runs `body` in a forked child; a body that returns exits with status 0.
 ProcessResult runInChild(std::function<void()> const& body);
 
-// Runs a program with arguments in `cwd` (empty: the current directory).
-ProcessResult runProgram(std::vector<std::string> const& argv, std::string const& cwd = "");
+// Runs a program with arguments in `cwd` (empty: the current directory);
+// `setup`, when given, runs in the child just before the program starts
+// (to set limits or signal actions that the program inherits).
+ProcessResult runProgram(std::vector<std::string> const& argv, std::string const& cwd = "",
+                         std::function<void()> const& setup = {});
 
 // The path of the built command-line compiler.
 std::string cliPath();
