@@ -25,13 +25,15 @@
 // allocate nothing: the temporaries stand in a list that only ever grows,
 // each node published whole by an atomic store before anyone can see it.
 // A node is reused once its file is gone, so a process that compiles again
-// and again does not grow the list for ever.
+// and again does not grow the list for ever; the nodes free for that wait
+// in a second list, under a lock, which the handler never reads.
 
 enum : int { kFree = 0, kBusy = 1, kLive = 2 };
 
 struct TempNode {
     std::atomic<int> state{kBusy};  // kLive: path names a temporary that exists
     TempNode* next = nullptr;       // fixed before the node is published
+    TempNode* nextFree = nullptr;   // in the free list, under its lock
     size_t cap = 0;
     char* path = nullptr;  // cap bytes
     pid_t pid = 0;         // of the process that made it: a forked child leaves it alone
@@ -40,13 +42,19 @@ struct TempNode {
 namespace {
 
 std::atomic<TempNode*> g_temps{nullptr};
+std::mutex g_freeMutex;
+TempNode* g_free = nullptr;
 
 // A node of at least `size` bytes, taken for the caller (kBusy).
 TempNode* takeNode(size_t size) {
-    for (TempNode* n = g_temps.load(); n != nullptr; n = n->next) {
-        int expected = kFree;
-        if (n->cap >= size && n->state.compare_exchange_strong(expected, kBusy))
+    {
+        std::lock_guard<std::mutex> lock(g_freeMutex);
+        if (g_free != nullptr && g_free->cap >= size) {
+            TempNode* n = g_free;
+            g_free = n->nextFree;
+            n->state.store(kBusy);
             return n;
+        }
     }
     TempNode* n = new TempNode();
     n->cap = size < 256 ? 256 : size;
@@ -56,6 +64,13 @@ TempNode* takeNode(size_t size) {
     while (!g_temps.compare_exchange_weak(n->next, n)) {
     }
     return n;
+}
+
+void releaseNode(TempNode* n) {
+    n->state.store(kFree);
+    std::lock_guard<std::mutex> lock(g_freeMutex);
+    n->nextFree = g_free;
+    g_free = n;
 }
 
 // SIGINT and SIGTERM held back in this thread while one lives.
@@ -187,7 +202,7 @@ int OutFile::open(IOutStream*& stream) {
             error = errno;
     }
     if (fd < 0) {
-        node->state.store(kFree);
+        releaseNode(node);
         return error;
     }
     m_temp = node;
@@ -219,7 +234,7 @@ int OutFile::commit() {
         return EBADF;
     if (::rename(m_temp->path, m_path.c_str()) != 0)
         return errno;
-    m_temp->state.store(kFree);
+    releaseNode(m_temp);
     m_temp = nullptr;
     return 0;
 }
@@ -228,7 +243,7 @@ void OutFile::discard() {
     if (m_temp == nullptr)
         return;
     ::unlink(m_temp->path);
-    m_temp->state.store(kFree);
+    releaseNode(m_temp);
     m_temp = nullptr;
 }
 
