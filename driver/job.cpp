@@ -1,8 +1,10 @@
 #include "driver/job.h"
 
 #include <cstdio>
+#include <cstring>
 
 #include "driver/final_callback.h"
+#include "foundation/outfile.h"
 #include "foundation/ut.h"
 #include "frontend/diagnostics.h"
 #include "frontend/parser.h"
@@ -39,12 +41,41 @@ GenOutput* Job::createGenerator(Schema& schema, IErrReporter* reporter, mstring 
                          sizeofSize, spareSize, prefixNames, relativeClassCodes, dllSpec);
 }
 
+namespace {
+
+// An output that could not be created ends the compile at once, as it
+// always has, with nothing of this compile left.
+[[noreturn]] void cannotOpen(FinalCallback* finalCallback, mstring const& path) {
+    finalCallback->discard();
+    IErrReporter::panic(mstring("Cannot open file ") + path, true);
+}
+
+bool namesOneOf(mstring const& path, mvector<mstring> const& files) {
+    for (unsigned i = 0; i < files.size(); i++)
+        if (OutFile::sameFile(path, files[i]))
+            return true;
+    return false;
+}
+
+}  // namespace
+
 unsigned Job::run() {
     // The compile's strings come from a pool of its own (the few that the
     // job keeps afterwards, such as filesRead, keep their slab alive).
     strblocks::Scope strings;
+    // A failed compile removes the dependency file, so it must not be the
+    // schema, which is not even read then.
+    if (!depFile.empty() && OutFile::sameFile(depFile, inputFile))
+        return DepFileIsInput;
+    // An interrupt takes the temporaries of the outputs with it.
+    InterruptCleanup interrupts;
+
     FILE* f = std::fopen(inputFile.c_str(), "r");
     ErrReporter reporter;
+    mstring localOutputDir = outputDir;
+    FinalCallback* finalCallback = new FinalCallback(localOutputDir);
+    finalCallback->setDepFile(depFile, inputFile);
+    reporter.setFinalCallback(finalCallback);
     if (f == nullptr) {
         std::printf("Current directory is: %s\n", UT::currdir().c_str());
         reporter.err(mstring("Cannot open \"") + inputFile + "\"");
@@ -54,12 +85,9 @@ unsigned Job::run() {
     mstring localIncludeDir = includeDir;
     if (localIncludeDir.empty())
         localIncludeDir = deriveIncludeDir(inputFile);
-    mstring localOutputDir = outputDir;
-
-    FinalCallback* finalCallback = new FinalCallback(localOutputDir);
-    reporter.setFinalCallback(finalCallback);
 
     Parser* parser = new Parser(f, inputFile, &reporter, localIncludeDir, localOutputDir);
+    finalCallback->setParser(parser);
     Analyzer* analyzer = new Analyzer(parser, keepFieldOrder, wideOffsets, compactDefault, sqlReservedWords,
                                       persistentDefault, transientUnused, atomicDefault, sizeofSize, spareSize,
                                       &hiddenClasses, finalCallback);
@@ -69,20 +97,43 @@ unsigned Job::run() {
     std::fclose(f);
 
     GenOutput* gen = createGenerator(analyzer->schema(), &reporter, localOutputDir);
-    gen->init();
+    // Set first, so that a failure while the outputs open removes those open.
     finalCallback->setGenerator(gen);
+    gen->init();
+    if (!gen->unopenedFile().empty())
+        cannotOpen(finalCallback, gen->unopenedFile());
     gen->run();
+    if (!gen->unopenedFile().empty())
+        cannotOpen(finalCallback, gen->unopenedFile());
     gen->close();
-    // From here on the output is complete: a later failure must not remove it.
-    reporter.setFinalCallback(nullptr);
+    gen->closeBindings();
+    mstring failed;
+    if (int error = gen->outputFiles().firstError(failed))
+        reporter.err(mstring("cannot write output file \"") + failed + "\": " + std::strerror(error));
 
     filesRead = parser->pp().includedFiles();
     filesRead.insert(0, inputFile);
     filesWritten = gen->createdFiles();
 
+    unsigned result = Compiled;
+    if (!depFile.empty() && namesOneOf(depFile, filesRead))
+        result = DepFileIsInput;
+    else if (!depFile.empty() && namesOneOf(depFile, filesWritten))
+        result = DepFileIsOutput;
+    if (result == Compiled) {
+        // All outputs are complete: now, and only now, they replace the
+        // earlier ones. A failure here removes them all, as any failure does.
+        if (int error = gen->outputFiles().commit(failed))
+            reporter.err(mstring("cannot write output file \"") + failed + "\": " + std::strerror(error));
+    } else {
+        gen->outputFiles().discard();
+    }
+    // From here on the output is complete: a later failure must not remove it.
+    reporter.setFinalCallback(nullptr);
+
     delete gen;
     delete analyzer;  // the schema lives inside the analyzer
     delete parser;
     delete finalCallback;
-    return 1;
+    return result;
 }

@@ -1,6 +1,7 @@
 // The batch entry of the schema compiler: the front end fills a Job and
-// calls run(). Every failure ends the process inside the reporter, so run()
-// only ever returns after a complete compile.
+// calls run(). Every failure of the compile ends the process inside the
+// reporter, so run() returns after a complete compile, or after one whose
+// outputs it refused to put in place because of the dependency file.
 #pragma once
 
 #include "foundation/mstring.h"
@@ -43,7 +44,18 @@ struct Job {
     // the order it was opened) and the files written, in the order opened.
     mvector<mstring> filesRead;
     mvector<mstring> filesWritten;
+    // The dependency file a build tool reads, which the caller writes after
+    // a complete compile; empty for none. A failed compile removes the one
+    // of an earlier compile. It may not be the schema, a file it includes
+    // or an output: run() then writes nothing and says so.
+    mstring depFile;
 
+    // What run() gives back when it returns.
+    enum : unsigned {
+        Compiled = 1,         // every output is in place
+        DepFileIsInput = 2,   // depFile is the schema or a file it includes
+        DepFileIsOutput = 3,  // depFile is one of the outputs
+    };
     unsigned run();
 
     // The generator for `schema` with this job's switches; the caller owns it.

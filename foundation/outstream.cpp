@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <cerrno>
+
 #include "foundation/ut.h"
 #include "frontend/diagnostics.h"
 
@@ -12,20 +14,20 @@ IOutStream& IOutStream::write(char const* s, size_t n) {
 }
 
 IOutStream& ZylOFstream::write(char const* s, size_t n) {
-    if (m_file && n > 0)
-        std::fwrite(s, 1, n, m_file);
+    if (m_file && n > 0 && std::fwrite(s, 1, n, m_file) != n)
+        failed();
     return *this;
 }
 
 IOutStream& ZylOFstream::operator<<(mstring const& s) {
-    if (m_file && s.ptr())
-        std::fputs(s.ptr(), m_file);
+    if (m_file && s.ptr() && std::fputs(s.ptr(), m_file) == EOF)
+        failed();
     return *this;
 }
 
 IOutStream& ZylOFstream::operator<<(char const* s) {
-    if (m_file && s)
-        std::fputs(s, m_file);
+    if (m_file && s && std::fputs(s, m_file) == EOF)
+        failed();
     return *this;
 }
 
@@ -33,38 +35,49 @@ IOutStream& ZylOFstream::operator<<(char const* s) {
 // fprintf's "%ld", "%lu" and "%lld" would give.
 IOutStream& ZylOFstream::operator<<(long v) {
     char buf[24];
-    if (m_file)
-        std::fputs(UT::decimal(static_cast<long long>(v), buf), m_file);
+    if (m_file && std::fputs(UT::decimal(static_cast<long long>(v), buf), m_file) == EOF)
+        failed();
     return *this;
 }
 
 IOutStream& ZylOFstream::operator<<(unsigned long v) {
     char buf[24];
-    if (m_file)
-        std::fputs(UT::decimal(static_cast<unsigned long long>(v), buf), m_file);
+    if (m_file && std::fputs(UT::decimal(static_cast<unsigned long long>(v), buf), m_file) == EOF)
+        failed();
     return *this;
 }
 
 IOutStream& ZylOFstream::operator<<(char c) {
-    if (m_file)
-        std::fputc(c, m_file);
+    if (m_file && std::fputc(c, m_file) == EOF)
+        failed();
     return *this;
 }
 
 IOutStream& ZylOFstream::operator<<(long long v) {
     char buf[24];
-    if (m_file)
-        std::fputs(UT::decimal(v, buf), m_file);
+    if (m_file && std::fputs(UT::decimal(v, buf), m_file) == EOF)
+        failed();
     return *this;
 }
 
-void ZylOFstream::close() {
+void ZylOFstream::failed() {
+    if (m_error == 0)
+        m_error = errno != 0 ? errno : EIO;
+}
+
+int ZylOFstream::finish() {
     if (m_file) {
-        std::fclose(m_file);
+        if (std::fflush(m_file) != 0)
+            failed();
+        if (std::ferror(m_file) && m_error == 0)
+            m_error = EIO;
+        if (std::fclose(m_file) != 0)
+            failed();
         m_file = nullptr;
     }
     delete[] m_buffer;
     m_buffer = nullptr;
+    return m_error;
 }
 
 void ZylOFstream::setBuffer(size_t size) {

@@ -58,13 +58,21 @@ public:
     IOutStream& write(char const* s, size_t n) override;
     using IOutStream::write;
     bool good() override { return m_file != nullptr; }
-    void close();
+    void close() { finish(); }
+    // Closes the file and gives the first error of writing, flushing or
+    // closing it (an errno value), or 0. Errors of stdio are sticky, so a
+    // write that failed is known here even when its result went unseen.
+    int finish();
     // Gives the file a write buffer of `size` bytes, which the stream owns.
     void setBuffer(size_t size);
 
 private:
+    // Keeps the errno of the first failure.
+    void failed();
+
     FILE* m_file;
     char* m_buffer = nullptr;
+    int m_error = 0;
 };
 
 // A text collected in a temporary file `temp_{pid}_{counter}` of a given

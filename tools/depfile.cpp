@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "foundation/outfile.h"
+#include "foundation/outstream.h"
+
 namespace {
 
 // A path as a make rule spells it.
@@ -43,14 +46,20 @@ std::string depfileText(std::vector<std::string> const& targets, std::vector<std
 bool writeDepfile(std::string const& path, std::vector<std::string> const& targets,
                   std::vector<std::string> const& prerequisites) {
     std::string text = depfileText(targets, prerequisites);
-    FILE* f = std::fopen(path.c_str(), "w");
-    if (f == nullptr)
-        return false;
-    bool written = std::fwrite(text.data(), 1, text.size(), f) == text.size();
-    // A short file would look complete to the build tool: better none.
-    if (std::fclose(f) != 0 || !written) {
-        std::remove(path.c_str());
-        return false;
+    // Written beside its name and moved over it whole, as the outputs are:
+    // a build tool never reads half a rule, and a link is not followed.
+    InterruptCleanup interrupts;
+    OutFileSet files;
+    int error = 0;
+    IOutStream* out = files.open(path.c_str(), error);
+    if (out != nullptr) {
+        out->write(text);
+        delete out;
+        mstring failed;
+        if (files.firstError(failed) == 0 && files.commit(failed) == 0)
+            return true;
     }
-    return true;
+    // The rule of an earlier compile would name what this one did not.
+    std::remove(path.c_str());
+    return false;
 }

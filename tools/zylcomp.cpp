@@ -129,11 +129,16 @@ int main(int argc, char** argv) {
     for (std::string const& name : o.hiddenClasses)
         job.hiddenClasses.push_back(name.c_str());
 
-    // A failed compile ends the process inside run(): remove the rule of an
-    // earlier compile first, so that no stale one is left behind.
-    if (!o.depFile.empty())
-        std::remove(o.depFile.c_str());
-    job.run();
+    // A failed compile ends the process inside run(), which removes the
+    // rule of an earlier compile, so that no stale one is left behind.
+    job.depFile = o.depFile.c_str();
+    unsigned const done = job.run();
+    if (done != Job::Compiled) {
+        std::fprintf(stderr, "zylcomp: the dependency file '%s' is %s\n%s", o.depFile.c_str(),
+                     done == Job::DepFileIsInput ? "the schema or a file it includes" : "an output of the compile",
+                     usageText());
+        return 2;
+    }
     if (!o.depFile.empty() && !writeDepfile(o.depFile, strings(job.filesWritten), strings(job.filesRead))) {
         std::fprintf(stderr, "zylcomp: cannot write the dependency file '%s'\n", o.depFile.c_str());
         return 1;

@@ -1,6 +1,6 @@
 // The generator frame: opening the outputs, the order of the sections, the
 // text that opens and closes every file, and the helpers all sections use.
-#include <unistd.h>
+#include <sys/stat.h>
 
 #include <cstring>
 #include <string>
@@ -45,9 +45,11 @@ void GenOutput::init() {
 
 bool GenOutput::openOutput(IOutStream*& slot, mstring const& name) {
     mstring path = UT::makefnm(m_outputDir, name);
-    slot = IOutStream::createFileStream(path);
-    if (!slot->good()) {
-        m_err->err(mstring("Cannot create output file ") + path);
+    int error = 0;
+    slot = m_outFiles.open(path, error);
+    if (slot == nullptr) {
+        if (m_unopened.empty())
+            m_unopened = path;
         return false;
     }
     m_createdFiles.push_back(path);
@@ -57,8 +59,10 @@ bool GenOutput::openOutput(IOutStream*& slot, mstring const& name) {
 bool GenOutput::openSkeleton(IOutStream*& slot, char const* suffix, char const* existsWarning) {
     mstring const& db = m_schema->m_dbName;
     mstring name = db + suffix;
-    // A skeleton a person has filled in is never overwritten.
-    if (::access(UT::makefnm(m_outputDir, name).c_str(), F_OK) == 0) {
+    // A skeleton a person has filled in is never overwritten; a link of
+    // that name, even one that leads nowhere, counts as theirs.
+    struct stat st;
+    if (::lstat(UT::makefnm(m_outputDir, name).c_str(), &st) == 0) {
         m_err->warning1(existsWarning, db);
         name += ".new";
     }

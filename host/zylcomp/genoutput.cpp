@@ -2,7 +2,7 @@
 // a compile may write.
 #include "host/zylcomp/genoutput.h"
 
-#include <unistd.h>
+#include <sys/stat.h>
 
 #include <cstring>
 
@@ -52,7 +52,8 @@ mvector<mstring> GenOutput::listAllOutputs(mstring const& name, mstring const& d
     // this compile would write.
     for (char const* suffix : {"_udf.c", "_coll.c"}) {
         mstring path = UT::makefnm(dir, name + suffix);
-        if (::access(path.c_str(), F_OK) == 0)
+        struct stat st;
+        if (::lstat(path.c_str(), &st) == 0)
             path += ".new";
         files.push_back(path);
     }

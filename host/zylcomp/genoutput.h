@@ -21,6 +21,7 @@
 
 #include "foundation/mstring.h"
 #include "foundation/mvector.h"
+#include "foundation/outfile.h"
 #include "foundation/outstream.h"
 #include "frontend/diagnostics.h"
 #include "host/zylcomp/fsize.h"
@@ -61,6 +62,12 @@ public:
     static mvector<mstring> listAllOutputs(mstring const& name, mstring const& dir);
 
     mvector<mstring> const& createdFiles() const { return m_createdFiles; }
+    // The files written, each still beside its final name: the caller
+    // moves them in place once the whole compile has succeeded.
+    OutFileSet& outputFiles() { return m_outFiles; }
+    // The first output that could not be created, or empty. Output stops
+    // where it failed, and the caller ends the compile.
+    mstring const& unopenedFile() const { return m_unopened; }
     // Closes m_cs and m_java as well, which close() leaves alone: a failed
     // compile closes every file it created before it removes them.
     void closeBindings();
@@ -294,6 +301,8 @@ protected:
     mvector<mstring> m_createdFiles;
     // Depth of the nested structs being placed right now.
     int m_layoutNesting = 0;
+    OutFileSet m_outFiles;
+    mstring m_unopened;
     // Column widths of the generated text, set by calculateFormating. The
     // starting values are what it gives for a schema without classes.
     int m_structNameWidth = 0;
@@ -330,7 +339,8 @@ protected:
 
 private:
     // Opens `name` in the output directory into `slot` and records it.
-    // False, after the error has gone to m_err, when it cannot be written.
+    // False, with the path kept for unopenedFile(), when it cannot be
+    // created; `slot` is null then.
     bool openOutput(IOutStream*& slot, mstring const& name);
     // Opens a skeleton the user fills in, "{db}{suffix}"; when one exists
     // already it is left alone and "{db}{suffix}.new" is written instead.

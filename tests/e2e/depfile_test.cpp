@@ -127,3 +127,48 @@ TEST(Depfile, UnwritableFile) {
     EXPECT_EQ(r.out.find("Compiled successfully"), std::string::npos);
     EXPECT_EQ(dir.list(), (std::vector<std::string>{"s.c", "s.h", "s.zyl"}));
 }
+
+// The rule may not take the place of a file the compile reads or writes: a
+// failed compile would remove it, a complete one overwrite it. Such a
+// command line is wrong, and the command changes no file at all: neither
+// the one named nor an output. A compile that fails on its own still
+// leaves an input alone.
+TEST(Depfile, NeverAFileTheCompileReadsOrWrites) {
+    std::string const usage = "usage: zylcomp [OPTIONS] SCHEMA-FILE\nTry 'zylcomp --help' for the options.\n";
+    std::string const good = "declare database s;\n#include \"t.zyl\"\nclass C { unsigned<4> n; };\n";
+    struct {
+        char const* depfile;
+        char const* schema;
+        int status;
+        char const* err;
+    } const cases[] = {
+        {"s.zyl", good.c_str(), 2, "zylcomp: the dependency file 's.zyl' is the schema or a file it includes\n"},
+        {"./s.zyl", good.c_str(), 2, "zylcomp: the dependency file './s.zyl' is the schema or a file it includes\n"},
+        {"t.zyl", good.c_str(), 2, "zylcomp: the dependency file 't.zyl' is the schema or a file it includes\n"},
+        {"out/s.h", good.c_str(), 2, "zylcomp: the dependency file 'out/s.h' is an output of the compile\n"},
+        {"out/../out/s.c", good.c_str(), 2,
+         "zylcomp: the dependency file 'out/../out/s.c' is an output of the compile\n"},
+        {"t.zyl", "declare database s;\n#include \"t.zyl\"\nclass C { NoSuchType x; };\n", 255,
+         "File s.zyl;  line 3: error: undefined type NoSuchType used in x\n\n"},
+    };
+    for (auto const& c : cases) {
+        SCOPED_TRACE(c.depfile);
+        TempDir dir;
+        makeDirs(dir, {"out"});
+        dir.write("s.zyl", c.schema);
+        dir.write("t.zyl", "#define T 1\n");
+        dir.write("out/s.h", "/* an earlier output */\n");
+        dir.write("out/s.c", "/* an earlier output */\n");
+        ProcessResult r = runProgram({cliPath(), "-o", "out", "--depfile", c.depfile, "s.zyl"}, dir.path());
+        EXPECT_EQ(r.status, c.status);
+        EXPECT_EQ(r.err, std::string(c.err) + (c.status == 2 ? usage : ""));
+        EXPECT_EQ(readFile(dir.file("s.zyl")), c.schema);
+        EXPECT_EQ(readFile(dir.file("t.zyl")), "#define T 1\n");
+        if (c.status == 2) {
+            EXPECT_EQ(r.out, "");
+            EXPECT_EQ(readFile(dir.file("out/s.h")), "/* an earlier output */\n");
+            EXPECT_EQ(readFile(dir.file("out/s.c")), "/* an earlier output */\n");
+            EXPECT_EQ(dir.list(), (std::vector<std::string>{"out", "s.zyl", "t.zyl"}));
+        }
+    }
+}

@@ -529,8 +529,7 @@ TEST(Robustness, MissingOutputDirectory) {
 
 // A later output that cannot be opened, here {db}.hpp of a database name
 // that leaves no room for its suffix: the compile ends at once, as with an
-// unwritable directory, and the outputs opened before it stay. Every
-// output is opened before any is written, so they are empty.
+// unwritable directory, and the outputs opened before it go with it.
 TEST(Robustness, AnOutputThatCannotBeOpenedAfterOthers) {
     std::string const db(253, 'd');
     TempDir dir;
@@ -540,10 +539,7 @@ TEST(Robustness, AnOutputThatCannotBeOpenedAfterOthers) {
     EXPECT_EQ(r.status, 255);
     EXPECT_EQ(r.err, "error: Cannot open file out/" + db + ".hpp\n");
     EXPECT_EQ(r.out, "");
-    std::vector<std::string> const left = {db + ".c", db + ".h"};
-    EXPECT_EQ(listDir(dir.file("out")), left);
-    for (std::string const& name : left)
-        EXPECT_EQ(readFile(dir.file("out/" + name)), "") << name;
+    EXPECT_EQ(listDir(dir.file("out")), std::vector<std::string>());
 
     MemResult const mem = loadText(readFile(dir.file("s.zyl")), dir.path(), dir.file("out"));
     EXPECT_EQ(mem.rc, 0);

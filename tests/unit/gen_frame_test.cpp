@@ -34,6 +34,10 @@ struct Frame {
         gen->init();
         gen->run();
         gen->close();
+        gen->closeBindings();
+        // The files stand beside their names until the job moves them in place.
+        mstring failed;
+        EXPECT_EQ(gen->outputFiles().commit(failed), 0) << failed.c_str();
         std::vector<std::string> names;
         for (unsigned i = 0; i < gen->createdFiles().size(); i++)
             names.push_back(gen->createdFiles()[i].c_str() + out.path().size() + 1);

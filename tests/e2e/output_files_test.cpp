@@ -1,0 +1,219 @@
+// How the command line puts its outputs on disk: each is written beside
+// its name and moved over it when the whole compile has succeeded, so a
+// failed write is an error and leaves nothing, a link of an output's name
+// is replaced and never written through, and an interrupt leaves the
+// earlier outputs as they were.
+#include <gtest/gtest.h>
+
+#include <dirent.h>
+#include <signal.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "support/process.h"
+
+namespace {
+
+std::string const kVictim = "a file outside the output directory\n";
+
+// `n` classes of a dozen fields and two indexes each.
+std::string classes(int n) {
+    std::string text = "declare database h;\n";
+    for (int i = 0; i < n; i++)
+        text += "class C" + std::to_string(i) +
+                " {\n  signed<4> a; string b; unsigned<8> c; double d; char<16> e; boolean f;\n"
+                "  float g; signed<2> h; date i; nullable signed<4> j; vector<signed<4>> k; nstring l;\n"
+                "  unique tree<a> byA; hash<b> byB[1000];\n};\n";
+    return text;
+}
+
+// The names in a directory, sorted, temporaries (dot files) included.
+std::vector<std::string> listDir(std::string const& path) {
+    std::vector<std::string> names;
+    if (DIR* d = opendir(path.c_str())) {
+        while (dirent* e = readdir(d))
+            if (std::strcmp(e->d_name, ".") != 0 && std::strcmp(e->d_name, "..") != 0)
+                names.push_back(e->d_name);
+        closedir(d);
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+bool isLink(std::string const& path) {
+    struct stat st;
+    return lstat(path.c_str(), &st) == 0 && S_ISLNK(st.st_mode);
+}
+
+bool exists(std::string const& path) {
+    struct stat st;
+    return lstat(path.c_str(), &st) == 0;
+}
+
+// A directory on a file system of 64 KiB, while it lives; empty when
+// nothing can be mounted here.
+class TinyFileSystem {
+public:
+    TinyFileSystem(std::string const& path, bool wanted) {
+        if (wanted && mkdir(path.c_str(), 0755) == 0 &&
+            mount("tmpfs", path.c_str(), "tmpfs", 0, "size=64k") == 0)
+            m_path = path;
+    }
+    ~TinyFileSystem() {
+        if (!m_path.empty())
+            umount2(m_path.c_str(), MNT_DETACH);
+    }
+    std::string const& path() const { return m_path; }
+
+private:
+    std::string m_path;
+};
+
+}  // namespace
+
+// Output that does not fit: the diagnostic, status 255, and no output or
+// temporary left, an earlier output included (as after any failure).
+TEST(OutputFiles, AWriteThatFailsIsAnError) {
+    struct {
+        char const* name;
+        std::vector<std::string> options;
+        bool tmpfs;  // a full file system; otherwise a file size limit
+        char const* reason;
+    } const cases[] = {
+        {"size_limit", {}, false, "File too large"},
+        {"size_limit_every_output", {"--cpp", "--cs", "--java", "--xml-schema"}, false, "File too large"},
+        {"full_disk", {}, true, "No space left on device"},
+    };
+    for (auto const& c : cases) {
+        SCOPED_TRACE(c.name);
+        TempDir dir;
+        dir.write("s.zyl", classes(200));
+        TinyFileSystem tiny(dir.file("out"), c.tmpfs);
+        if (c.tmpfs && tiny.path().empty()) {
+            std::printf("no tmpfs here: %s left out\n", c.name);
+            continue;
+        }
+        mkdir(dir.file("out").c_str(), 0755);
+        dir.write("out/h.c", "/* an earlier output */\n");
+
+        std::vector<std::string> argv = {cliPath(), "-o", "out", "s.zyl"};
+        argv.insert(argv.begin() + 1, c.options.begin(), c.options.end());
+        ProcessResult const r = runProgram(argv, dir.path(), [&] {
+            if (!c.tmpfs) {
+                // Writes past the limit then fail with EFBIG instead of
+                // ending the process.
+                signal(SIGXFSZ, SIG_IGN);
+                rlimit const limit = {64 * 1024, 64 * 1024};
+                setrlimit(RLIMIT_FSIZE, &limit);
+            }
+        });
+        EXPECT_EQ(r.status, 255);
+        EXPECT_EQ(r.err, std::string("File s.zyl; error: cannot write output file \"out/h.h\": ") + c.reason + "\n\n");
+        EXPECT_EQ(r.out, "Error executing DDL compiler\n");
+        EXPECT_EQ(listDir(dir.file("out")), std::vector<std::string>());
+    }
+}
+
+// A link named like an output is replaced by the output, and the file it
+// leads to is left alone, by a complete compile and by a failed one. A
+// link named like a skeleton counts as a person's skeleton, even one that
+// leads nowhere: ".new" is written beside it, and nothing where it leads.
+TEST(OutputFiles, LinksAreReplacedNotFollowed) {
+    std::string const good = "declare database h;\nclass A { string s; userdef tree<s> u; };\n";
+    std::string const bad = good + "class B { NoSuchType x; };\n";
+    for (bool const complete : {true, false}) {
+        std::string const& schema = complete ? good : bad;
+        SCOPED_TRACE(complete ? "complete" : "failed");
+        TempDir dir;
+        dir.write("s.zyl", schema);
+        dir.write("victim.h", kVictim);
+        dir.write("victim.d", kVictim);
+        mkdir(dir.file("out").c_str(), 0755);
+        ASSERT_EQ(symlink("../victim.h", dir.file("out/h.h").c_str()), 0);
+        ASSERT_EQ(symlink("../victim.d", dir.file("out/h.d").c_str()), 0);
+        ASSERT_EQ(symlink("../nowhere_udf.c", dir.file("out/h_udf.c").c_str()), 0);
+
+        ProcessResult const r = runProgram({cliPath(), "-o", "out", "--depfile", "out/h.d", "s.zyl"}, dir.path());
+        EXPECT_EQ(readFile(dir.file("victim.h")), kVictim);
+        EXPECT_EQ(readFile(dir.file("victim.d")), kVictim);
+        EXPECT_FALSE(exists(dir.file("nowhere_udf.c")));
+        EXPECT_EQ(dir.list(), (std::vector<std::string>{"out", "s.zyl", "victim.d", "victim.h"}));
+        EXPECT_TRUE(isLink(dir.file("out/h_udf.c")));
+        if (complete) {
+            EXPECT_EQ(r.status, 0) << r.err;
+            EXPECT_EQ(r.err, "warning: file h_udf.c exists, generate h_udf.c.new\n");
+            EXPECT_EQ(listDir(dir.file("out")),
+                      (std::vector<std::string>{"h.c", "h.d", "h.h", "h_udf.c", "h_udf.c.new"}));
+            EXPECT_FALSE(isLink(dir.file("out/h.h")));
+            EXPECT_FALSE(isLink(dir.file("out/h.d")));
+            EXPECT_NE(readFile(dir.file("out/h.h")).find("#define __ZYL__h__H__"), std::string::npos);
+        } else {
+            EXPECT_EQ(r.status, 255);
+            // The links of the outputs went with the outputs.
+            EXPECT_EQ(listDir(dir.file("out")), std::vector<std::string>{"h_udf.c"});
+        }
+    }
+}
+
+// SIGINT or SIGTERM in the middle of a compile: the outputs of the compile
+// before are there byte for byte, and no temporary is left.
+TEST(OutputFiles, AnInterruptLeavesTheEarlierOutputs) {
+    TempDir dir;
+    dir.write("s.zyl", classes(3000));
+    mkdir(dir.file("out").c_str(), 0755);
+    std::vector<std::string> const argv = {cliPath(), "--cpp", "-o", "out", "s.zyl"};
+    ProcessResult const first = runProgram(argv, dir.path());
+    ASSERT_EQ(first.status, 0) << first.err;
+    std::vector<std::string> const names = {"h.c", "h.h", "h.hpp"};
+    ASSERT_EQ(listDir(dir.file("out")), names);
+    std::vector<std::string> before;
+    for (std::string const& name : names)
+        before.push_back(readFile(dir.file("out/" + name)));
+
+    for (int sig : {SIGINT, SIGTERM}) {
+        SCOPED_TRACE(strsignal(sig));
+        pid_t const pid = fork();
+        ASSERT_GE(pid, 0);
+        if (pid == 0) {
+            if (chdir(dir.path().c_str()) != 0)
+                _exit(126);
+            // As a shell runs a command in the foreground.
+            signal(SIGINT, SIG_DFL);
+            signal(SIGTERM, SIG_DFL);
+            if (std::freopen("/dev/null", "w", stdout) == nullptr)
+                _exit(125);
+            std::vector<char*> args;
+            for (std::string const& a : argv)
+                args.push_back(const_cast<char*>(a.c_str()));
+            args.push_back(nullptr);
+            execv(args[0], args.data());
+            _exit(127);
+        }
+        // Once the first temporary is there the outputs are being written.
+        auto const deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        for (;;) {
+            std::vector<std::string> const now = listDir(dir.file("out"));
+            if (now.size() > names.size() || std::chrono::steady_clock::now() > deadline)
+                break;
+            std::this_thread::sleep_for(std::chrono::microseconds(500));
+        }
+        kill(pid, sig);
+        int status = 0;
+        waitpid(pid, &status, 0);
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == sig) << "status " << status;
+        EXPECT_EQ(listDir(dir.file("out")), names);
+        for (size_t i = 0; i < names.size(); i++)
+            EXPECT_TRUE(readFile(dir.file("out/" + names[i])) == before[i]) << names[i] << " changed";
+    }
+}
