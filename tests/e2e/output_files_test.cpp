@@ -38,19 +38,6 @@ std::string classes(int n) {
     return text;
 }
 
-// The names in a directory, sorted, temporaries (dot files) included.
-std::vector<std::string> listDir(std::string const& path) {
-    std::vector<std::string> names;
-    if (DIR* d = opendir(path.c_str())) {
-        while (dirent* e = readdir(d))
-            if (std::strcmp(e->d_name, ".") != 0 && std::strcmp(e->d_name, "..") != 0)
-                names.push_back(e->d_name);
-        closedir(d);
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
 bool isLink(std::string const& path) {
     struct stat st;
     return lstat(path.c_str(), &st) == 0 && S_ISLNK(st.st_mode);

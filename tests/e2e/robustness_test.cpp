@@ -279,19 +279,6 @@ std::string prepareOutput(TempDir const& dir) {
     return out;
 }
 
-// The names in a directory, sorted.
-std::vector<std::string> listDir(std::string const& path) {
-    std::vector<std::string> names;
-    if (DIR* d = opendir(path.c_str())) {
-        while (dirent* e = readdir(d))
-            if (std::strcmp(e->d_name, ".") != 0 && std::strcmp(e->d_name, "..") != 0)
-                names.push_back(e->d_name);
-        closedir(d);
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
 // What an unwritable directory holds, when that can be compared: /proc
 // changes with every process.
 std::vector<std::string> stableListing(std::string const& path) {
@@ -337,11 +324,12 @@ MemResult loadText(std::string const& text, std::string const& includeDir, std::
 }
 
 // The bounds of a child that runs one entry: a time, after which SIGALRM
-// ends it, and 1 GiB of address space, which AddressSanitizer's shadow
-// memory alone exceeds, so that a sanitized child has only the time.
+// ends it, and 1 GiB of address space, which the shadow memory of the
+// address and thread sanitizers alone exceeds, so that a sanitized child
+// has only the time.
 void limitChild(unsigned seconds) {
     alarm(seconds);
-#ifndef __SANITIZE_ADDRESS__
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
     rlim_t const bytes = rlim_t(1) << 30;
     rlimit const as = {bytes, bytes};
     setrlimit(RLIMIT_AS, &as);

@@ -108,9 +108,9 @@ std::string TempDir::write(std::string const& name, std::string const& text) con
     return p;
 }
 
-std::vector<std::string> TempDir::list() const {
+std::vector<std::string> listDir(std::string const& path) {
     std::vector<std::string> names;
-    if (DIR* d = opendir(m_path.c_str())) {
+    if (DIR* d = opendir(path.c_str())) {
         while (dirent* e = readdir(d)) {
             if (std::strcmp(e->d_name, ".") != 0 && std::strcmp(e->d_name, "..") != 0)
                 names.push_back(e->d_name);
@@ -120,6 +120,8 @@ std::vector<std::string> TempDir::list() const {
     std::sort(names.begin(), names.end());
     return names;
 }
+
+std::vector<std::string> TempDir::list() const { return listDir(m_path); }
 
 std::string readFile(std::string const& path) {
     std::ifstream f(path, std::ios::binary);

@@ -46,3 +46,7 @@ private:
 };
 
 std::string readFile(std::string const& path);
+
+// The names in a directory, sorted, dot files included; none when it
+// cannot be read.
+std::vector<std::string> listDir(std::string const& path);
