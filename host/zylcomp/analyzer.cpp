@@ -47,3 +47,28 @@ bool Analyzer::match(char const* token) { return m_parser->match(token); }
 bool Analyzer::failed() const { return m_parser->pp().reporter()->wasError(); }
 
 void Analyzer::warning(char const* key) { m_parser->pp().warning(key, 0); }
+
+DeclPlace Analyzer::here() {
+    PreProcessor const& pp = m_parser->pp();
+    DeclPlace at;
+    at.m_line = pp.lineNo();
+    // Mostly the file of the place before; an include brings a few more.
+    for (int i = static_cast<int>(m_placeFiles.size()) - 1; i >= 0; i--)
+        if (m_placeFiles[i] == pp.fileName()) {
+            at.m_file = i;
+            return at;
+        }
+    m_placeFiles.push_back(pp.fileName());
+    at.m_file = static_cast<int>(m_placeFiles.size()) - 1;
+    return at;
+}
+
+void Analyzer::errorAt(DeclPlace const& at, char const* key, mstring const& p1, mstring const& p2,
+                       mstring const& p3, mstring const& p4) {
+    PreProcessor& pp = m_parser->pp();
+    if (at.m_file < 0) {
+        pp.error4(key, p1, p2, p3, p4, 0);
+        return;
+    }
+    pp.reporter()->err4(key, p1, p2, p3, p4, m_placeFiles[at.m_file], at.m_line, 0);
+}

@@ -128,6 +128,12 @@ private:
     void error3(char const* key, mstring const& p1, mstring const& p2, mstring const& p3);
     void error4(char const* key, mstring const& p1, mstring const& p2, mstring const& p3, mstring const& p4);
     void warning(char const* key);
+    // Where the parser stands now: the place of the declaration being read.
+    DeclPlace here();
+    // Reports at the place of a declaration, for checks made after it was
+    // read; a place the compiler made itself stands for the current one.
+    void errorAt(DeclPlace const& at, char const* key, mstring const& p1 = mstring(),
+                 mstring const& p2 = mstring(), mstring const& p3 = mstring(), mstring const& p4 = mstring());
 
     Parser* m_parser;
     Schema m_schema;
@@ -176,6 +182,8 @@ private:
     // Structs whose fields struct_finishStructFields is resolving: a struct
     // reached again through its own fields' types is left as it is.
     mvector<Struct*> m_finishing;
+    // The files named by DeclPlace::m_file, each once.
+    mvector<mstring> m_placeFiles;
 };
 
 // Calls `visit` on every element of `set` as a T, in the set's order, while

@@ -159,6 +159,7 @@ void Analyzer::do_class(bool compact, mplacement placement, bool local, bool dis
 
     mstring name = m_parser->getName();
     checkIsNotReserved(name);
+    c->m_place = here();
     // A refused name ends the statement before its body is read.
     if (m_schema.findType(name) || m_schema.findEnum(name)) {
         error1("type #1 already defined", name);

@@ -195,6 +195,7 @@ void Analyzer::do_field(Struct* s) {
     Field f;
     f.m_fieldNo = m_fieldCounter++;
     f.m_position = static_cast<int>(s->v_field.size());
+    f.m_place = here();
     int precision = -1;
     mstring name;
 
@@ -411,6 +412,7 @@ void Analyzer::add_indicators(Struct* s) {
         // Both texts are kept as they are: exactly fitted blocks.
         mstring const name = s->v_field[static_cast<int>(i)].m_name + "_indicator";
         indicator.m_name.setExact(name.c_str(), name.length());
+        indicator.m_place = s->v_field[static_cast<int>(i)].m_place;
         indicator.m_typeName = mstring("boolean");
         indicator.m_isIndicator = true;
         indicator.m_containerStruct = s;

@@ -9,8 +9,9 @@
 // The estimate is there for hash indexes only, and mandatory for them.
 void Analyzer::do_index_declaration(Class& c, IndexType kind, bool unique, bool voluntary, bool userdef,
                                     bool thick, bool inclusive) {
-    match("<");
     Index idx;
+    idx.m_place = here();
+    match("<");
     idx.m_type = kind;
     idx.m_unique = unique;
     idx.m_voluntary = voluntary;

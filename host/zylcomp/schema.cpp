@@ -83,6 +83,7 @@ Struct& Struct::operator=(Struct const& other) {
     m_hasRefNames = other.m_hasRefNames;
     m_hasStructFields = other.m_hasStructFields;
     m_hasUpdatedBitmap = other.m_hasUpdatedBitmap;
+    m_place = other.m_place;
     return *this;
 }
 

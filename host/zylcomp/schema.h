@@ -124,6 +124,15 @@ public:
 // ---------------------------------------------------------------------------
 // Value records, copied member by member into their vectors.
 
+// Where a declaration stands in the schema text, so that a check made once
+// the whole text is read can still name its line: the file is a number in
+// the analyzer's list of file names, -1 for what the compiler made itself.
+class DeclPlace {
+public:
+    int m_file = -1;
+    int m_line = 0;
+};
+
 class Field {
 public:
     // What the dictionary records of a field: its type code, its size (text
@@ -195,6 +204,7 @@ public:
     mstring m_elemTypeName;  // element type of a sequence
     Struct* m_elemStruct = nullptr;
     mstring m_seqOrder;  // "ZYL_SEQ_ASC_ORDER", "ZYL_SEQ_DESC_ORDER" or "ZYL_SEQ_NO_ORDER"
+    DeclPlace m_place;
 };
 
 class Index {
@@ -267,6 +277,7 @@ public:
     bool m_implicitList = false;
     bool m_hasBoolean = false;
     bool m_isSystem = false;
+    DeclPlace m_place;
 };
 
 // An index the compiler builds for itself, from C strings.
@@ -379,6 +390,7 @@ public:
     bool m_hasRefNames = false;      // some field names a class in "<C>"; set by do_field
     bool m_hasStructFields = false;  // some field's type is a struct placed on its own; set by struct_finishStructFields
     bool m_hasUpdatedBitmap = false; // some field is named "updated_bitmap"; set by struct_finishStructFields
+    DeclPlace m_place;
 };
 
 class Class : public Struct {
