@@ -11,6 +11,7 @@
 
 #include "frontend/parser.h"
 #include "frontend/preprocessor.h"
+#include "host/zylcomp/strdict.h"
 
 void Analyzer::doChecks() {
     void (Analyzer::*const passes[])() = {
@@ -85,6 +86,12 @@ void Analyzer::struct_finishStructFields(Struct& s, bool /*isClass*/) {
         if (f.m_isSequence) {
             f.m_elemStruct = findFieldType(f.m_elemTypeName, f.m_name);
             sequences = true;
+            // The dictionary has a sequence type for a few element types only.
+            if (f.m_elemStruct != nullptr && sequenceTypeCode(*f.m_elemStruct) == 0)
+                errorAt(f.m_place,
+                        "sequence #1 cannot hold elements of type #2: a sequence holds integers, floating point "
+                        "numbers, dates and times, char<n>, binary<n> or structs",
+                        f.m_name, f.m_elemTypeName);
         }
         if (t == nullptr)
             t = findFieldType(f.m_typeName, f.m_name);

@@ -208,7 +208,8 @@ Index::Segment Analyzer::constructIndexSegment(mstring const& indexName, bool de
         error3("final element #1 of index #2, #3 is struct", last, indexName, fieldPath);
         return seg;
     }
-    if (!collation.empty()) {
+    // A blob key is refused by checkSegment; it has no type a collation could take.
+    if (!collation.empty() && f->m_struct->m_category != TC_BLOB) {
         Collation* coll = m_schema.findCollation(collation);
         if (coll == nullptr) {
             error1("collation #1 not defined", collation);
@@ -234,6 +235,12 @@ Index::Segment Analyzer::constructIndexSegment(mstring const& indexName, bool de
 bool Analyzer::checkSegment(Class const& c, Index& idx, Index::Segment const& s, int k) {
     Field const* first = s.v_fldEl[0].m_field;
     Field const* last = s.v_fldEl[static_cast<int>(s.v_fldEl.size()) - 1].m_field;
+    // The dictionary has no key type for a blob.
+    if (last->m_struct->m_category == TC_BLOB) {
+        errorAt(idx.m_place, "index #1 of class #2: blob field #3 cannot be a key", idx.m_name, c.m_name,
+                idx.v_fieldName[k]);
+        return false;
+    }
     mstring bitStep;  // a step that is a one-bit boolean
     for (unsigned i = 0; i < s.v_fldEl.size() && bitStep.empty(); i++)
         if (dictType(*s.v_fldEl[i].m_field, true).m_typeCode == ZYL_FT_BOOLEAN)
@@ -283,6 +290,12 @@ bool Analyzer::checkSegment(Class const& c, Index& idx, Index::Segment const& s,
     if (s.m_isVector || s.m_isArray) {
         if (idx.m_type == IT_KDTREE)
             error2("[#1.#2] A vector or array can not be element of KD-Tree index.", c.m_name, idx.m_name);
+        // A key entry records the offset of one vector or array only.
+        if (idx.m_vbased >= 0 && idx.m_vbased != k) {
+            errorAt(idx.m_place, "index #1 of class #2: keys #3 and #4 both lie in a vector or array, only one key may",
+                    idx.m_name, c.m_name, idx.v_fieldName[idx.m_vbased], idx.v_fieldName[k]);
+            return false;
+        }
         idx.m_vbased = k;
     }
     return true;

@@ -105,6 +105,17 @@ DictType info(int code, int size, char const* text) {
 // ---------------------------------------------------------------------------
 // Field types
 
+int sequenceTypeCode(Struct const& e) {
+    // Fixed-size byte strings, structs among them, share one code.
+    if (e.m_category == TC_STRUCT || e.m_category == TC_CHARS || e.m_category == TC_BINARY)
+        return ZYL_FT_SEQ_CHARS;
+    int code = 0;
+    for (SeqCode const& s : kSeqElements)
+        if (e.m_cType == s.cType)
+            code = s.code;
+    return code;
+}
+
 Field::DictInfo Field::dict_info(bool allowStruct) const {
     DictType const d = dictType(*this, allowStruct);
     DictInfo info;
@@ -171,14 +182,7 @@ DictType dictType(Field const& f, bool allowStruct) {
         return info(ZYL_FT_STRUCT, t.m_layout.compact.m_size, "");
     case TC_SEQUENCE: {
         Struct const& e = *f.m_elemStruct;
-        int code = 0;
-        if (e.m_category == TC_STRUCT || e.m_category == TC_CHARS || e.m_category == TC_BINARY) {
-            code = ZYL_FT_SEQ_CHARS;
-        } else {
-            for (SeqCode const& s : kSeqElements)
-                if (e.m_cType == s.cType)
-                    code = s.code;
-        }
+        int const code = sequenceTypeCode(e);
         if (code == 0)
             dictPanic("Wrong sequence element type " + e.m_name +
                       ": sequences can be defined only singined/unsigned integer, floatig point, date/time, "

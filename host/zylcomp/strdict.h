@@ -32,6 +32,10 @@ class FldLayout;
 // cannot record: "internal error: {msg}".
 [[noreturn]] void dictPanic(mstring const& msg);
 
+// The type code of a sequence of `element`s, or 0 for an element type no
+// sequence can hold.
+int sequenceTypeCode(Struct const& element);
+
 // The text of a table of the C-source dictionary, built piece by piece:
 // each << appends to one growing block, and no string is made for an entry
 // as a whole (a large schema has a hundred thousand entries of dozens of

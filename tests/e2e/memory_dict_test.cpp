@@ -426,21 +426,22 @@ TEST(MemoryDict, ARuntimesAllocatorsTakeOver) {
 // The dictionary is built class by class where that cannot change which
 // error comes first; where it could, every field record still comes before
 // every index record, so a refused field of a later class is reported
-// before a refused index of an earlier one.
+// before a refused index of an earlier one. An index over two keys in one
+// vector is refused before any record is built, with its line.
 TEST(MemoryDict, TheFirstErrorOfTheDictionaryBuild) {
     std::string const part = "declare database eo;\nstruct Part { unsigned<4> no; char<6> code; };\n";
     std::string const twoFieldIndex = "class A { vector<Part> parts; tree<parts.no, parts.code> both; };\n";
     std::string const blobArray = "class B { blob data[2]; };\n";
     std::string const plain = "class A { signed<4> a; tree<a> byA; };\n";
     char const* const blob = "Blob cannot be element of array";
-    char const* const index =
-        "index(both) : An index on a vector of structs may only include one field of the structure.";
+    char const* const index = "index both of class A: keys parts.no and parts.code both lie in a vector or array, "
+                              "only one key may";
     struct {
         std::string schema;
         char const* message;
     } const cases[] = {
-        {part + twoFieldIndex + blobArray, blob},
-        {part + blobArray + twoFieldIndex, blob},
+        {part + twoFieldIndex + blobArray, index},
+        {part + blobArray + twoFieldIndex, index},
         {part + twoFieldIndex, index},
         {part + plain + blobArray, blob},
         {part + "class C { signed<4> c; tree<c> byC; };\n" + blobArray + plain, blob},

@@ -23,5 +23,5 @@ std::vector<MessageRow> const& grammarRows();
 // like the passes. They come after the whole text is read, so they carry
 // the last line.
 std::vector<MessageRow> const& finishRows();
-// The dictionary's own refusals, which name no line, and its internal faults.
+// The dictionary's own refusals, which name no line.
 std::vector<MessageRow> const& dictionaryRows();
