@@ -288,6 +288,9 @@ void Analyzer::do_field(Struct* s) {
             int size = static_cast<int>(m_parser->getNumEx(f.m_isBitmap));
             if ((size < 1 || size > 65535) && !(f.m_isBitmap && size <= 0))
                 error("array size limits");
+            // Only a class counts the fields the bitmap takes its size from.
+            if (f.m_isBitmap && size <= 0 && !s->m_isClass)
+                error("updated_bitmap without an array size can be declared only in a class");
             f.m_arraySize = size;
             match("]");
         } else {
@@ -328,6 +331,11 @@ void Analyzer::do_field(Struct* s) {
         f.v_init = mvector<mstring>();
         name = m_parser->getName();
         checkIsNotReserved(name);
+        // A further name would be a bitmap without a size the class gives.
+        if (f.m_isBitmap && f.m_arraySize <= 0) {
+            error1("field #1 has no array size: only updated_bitmap may leave it out", name);
+            return;
+        }
     }
 }
 

@@ -96,6 +96,11 @@ std::vector<MessageRow> const& grammarRows() {
     {"class A { unsigned<4> b; boolean updated_bitmap; };",
      E(1, "updated_bitmap - could be only of type bool and should be declared as array field.")},
     {"class A { unsigned<4> a;\n  unsigned<2> b, a; };", E(2, "field a already exists")},
+    // The size of a bitmap left without one comes from the class's fields.
+    {"struct S {\n  signed<4> a;\n  boolean updated_bitmap[];\n};",
+     E(3, "updated_bitmap without an array size can be declared only in a class")},
+    {"class A {\n  signed<4> a;\n  boolean updated_bitmap[], y;\n};",
+     E(3, "field y has no array size: only updated_bitmap may leave it out")},
     {"class A { unsigned<4> a b; };", E(1, "expected ',' or ';'")},
     {"class A { optional S s = 1; };", E(1, "cannot initialize optional field")},
     {"class A { vector<signed<4>> v = 1; };", E(1, "cannot initialize vector")},
