@@ -76,6 +76,8 @@ private:
     // through a table of the names of the body being read, so that a field
     // statement does not compare its name with every field before it.
     bool fieldNameTaken(Struct* s, mstring const& name);
+    // The place in v_field of the field of `s` named `name`, or -1.
+    int fieldNamed(Struct* s, mstring const& name);
     // Enters the last field of `s` into the table, if the table follows s.
     void fieldNameAdded(Struct* s);
     void enterFieldName(Struct const& s, std::uint32_t place);

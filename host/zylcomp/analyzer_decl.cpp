@@ -201,6 +201,11 @@ void Analyzer::do_struct() {
         error1("type #1 already defined", name);
         return;
     }
+    // The generated header would declare the name twice.
+    if (m_schema.findClass(name)) {
+        error1("class #1 already defined", name);
+        return;
+    }
     s->m_name = std::move(name);
     // The name enters the type set only after the body, so a struct cannot
     // name itself as a field type here.
@@ -225,6 +230,8 @@ void Analyzer::do_enum() {
     checkIsNotReserved(name);
     if (m_schema.findType(name) || m_schema.findEnum(name))
         error1("type #1 already defined", name);
+    else if (m_schema.findClass(name))
+        error1("class #1 already defined", name);  // the header would declare the name twice
     HIComparable hold(new Enum(name));
     Enum* e = static_cast<Enum*>(hold.get());
     match("{");

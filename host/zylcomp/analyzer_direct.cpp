@@ -19,6 +19,11 @@ void Analyzer::do_direct_struct(bool packed) {
         error1("type #1 already defined", name);
         return;
     }
+    // The generated header would declare the name twice.
+    if (m_schema.findClass(name)) {
+        error1("class #1 already defined", name);
+        return;
+    }
     // Unlike classes, a direct struct gets no access code unless the job
     // names other classes to hide, and then only when it is not named.
     bool noApi = m_hiddenClasses == nullptr || m_hiddenClasses->size() == 0;

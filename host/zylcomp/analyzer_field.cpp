@@ -93,7 +93,9 @@ void Analyzer::enterFieldName(Struct const& s, std::uint32_t place) {
     m_namesCount++;
 }
 
-bool Analyzer::fieldNameTaken(Struct* s, mstring const& name) {
+bool Analyzer::fieldNameTaken(Struct* s, mstring const& name) { return fieldNamed(s, name) >= 0; }
+
+int Analyzer::fieldNamed(Struct* s, mstring const& name) {
     if (m_namesOf != s || m_namesCount != s->v_field.size())
         rebuildFieldNames(*s);
     char const* key = name.c_str();
@@ -104,10 +106,10 @@ bool Analyzer::fieldNameTaken(Struct* s, mstring const& name) {
         if (slot.stamp != m_nameStamp) {
             m_freeSlot = static_cast<int>(i);
             m_freeHash = hash;
-            return false;
+            return -1;
         }
         if (slot.hash == hash && std::strcmp(s->v_field[static_cast<int>(slot.place)].m_name.c_str(), key) == 0)
-            return true;
+            return static_cast<int>(slot.place);
     }
 }
 
@@ -419,6 +421,13 @@ void Analyzer::add_indicators(Struct* s) {
         Field indicator;
         // Both texts are kept as they are: exactly fitted blocks.
         mstring const name = s->v_field[static_cast<int>(i)].m_name + "_indicator";
+        // The indicator's access functions would be generated twice.
+        int const taken = fieldNamed(s, name);
+        if (taken >= 0) {
+            errorAt(s->v_field[taken].m_place, "field #1 is named like the indicator of nullable field #2", name,
+                    s->v_field[static_cast<int>(i)].m_name);
+            return;
+        }
         indicator.m_name.setExact(name.c_str(), name.length());
         indicator.m_place = s->v_field[static_cast<int>(i)].m_place;
         indicator.m_typeName = mstring("boolean");
@@ -431,5 +440,6 @@ void Analyzer::add_indicators(Struct* s) {
         s->v_field[static_cast<int>(i)].m_indicator = indicator.m_position;
         roomForOneMore(s->v_field);
         s->v_field.push_back_moved(std::move(indicator));
+        fieldNameAdded(s);
     }
 }

@@ -54,6 +54,9 @@ std::vector<MessageRow> const& grammarRows() {
     {"calculator { };", E(1, "unexpected token: \";\"")},
     // Class head and body.
     {"struct S {};\nclass S {};", E(2, "type \"S\" was already defined")},
+    {"class A { unsigned<4> a; };\nstruct A { unsigned<4> b; };", E(2, "class \"A\" was already defined")},
+    {"class A { unsigned<4> a; };\nenum A { X };", E(2, "class \"A\" was already defined")},
+    {"class A { unsigned<4> a; };\ndirect struct A { unsigned<4> b; };", E(2, "class \"A\" was already defined")},
     {"enum E { A };\nclass E {};", E(2, "type \"E\" was already defined")},
     {"class A { unsigned<4> a; };\nclass A {};", E(2, "class \"A\" was already defined")},
     {"distributed class A { unsigned<4> a; };", E(1, "Class A declared as distributed, but auto_oid undeclared")},
@@ -101,6 +104,11 @@ std::vector<MessageRow> const& grammarRows() {
      E(3, "updated_bitmap without an array size can be declared only in a class")},
     {"class A {\n  signed<4> a;\n  boolean updated_bitmap[], y;\n};",
      E(3, "field y has no array size: only updated_bitmap may leave it out")},
+    // A field named like a generated indicator, in either order.
+    {"class A {\n  nullable signed<4> a_indicator;\n  nullable signed<4> a;\n};",
+     E(2, "field a_indicator is named like the indicator of nullable field a")},
+    {"struct S {\n  nullable signed<4> a;\n  boolean a_indicator;\n};",
+     E(3, "field a_indicator is named like the indicator of nullable field a")},
     {"class A { unsigned<4> a b; };", E(1, "expected ',' or ';'")},
     {"class A { optional S s = 1; };", E(1, "cannot initialize optional field")},
     {"class A { vector<signed<4>> v = 1; };", E(1, "cannot initialize vector")},
