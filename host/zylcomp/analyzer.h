@@ -38,6 +38,10 @@ public:
     // The finishing passes, once the text is read.
     void doChecks();
 
+    // With the Java output every class has a file of its own, and the list
+    // of classes takes {db}.java: refuses a class named like the database.
+    void checkJavaFileNames();
+
     bool isReservedWord(mstring const& word) const;
     // Reports "reserved word #1" when `word` is reserved.
     void checkIsNotReserved(mstring const& word);

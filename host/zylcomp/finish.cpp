@@ -177,3 +177,11 @@ void Analyzer::checkRefTo() {
         return true;
     });
 }
+
+void Analyzer::checkJavaFileNames() {
+    forEachIn<Class>(m_schema.m_classes, [this](Class& c) {
+        if (c.m_name == m_schema.m_dbName)
+            errorAt(c.m_place, "class #1 is named like the database: its Java file would overwrite #1.java", c.m_name);
+        return true;
+    });
+}

@@ -243,6 +243,9 @@ std::vector<MessageRow> const& finishRows() {
     {DB "declare oid K[5];\nstruct K { signed<4> k; };\nclass B { signed<4> x; };\nclass A { ref<B> b; };",
      E(5, "Class \"B\" has no oid.")},
     {"class A { signed<4> a; };", E(1, "schema name is not defined")},
+    // Each Java class has a file of its own, the database's list of classes too.
+    {DB "class A { signed<4> a; };\nclass db {\n  signed<4> b;\n};",
+     E(3, "class db is named like the database: its Java file would overwrite db.java"), "--java"},
     // Through another struct a struct holds itself quietly here; the layout
     // pass refuses it, without a line.
     {DB "struct A { B b; };\nstruct B { A a; };", "File s.zyl; error: recursive definition of \"A\"\n\n"},
@@ -254,6 +257,7 @@ std::vector<MessageRow> const& finishRows() {
     {DB "class A { signed<4> a, b, c, d, e, f, g; kdtree<a, b> k; };", "", "--sizeof-size=1"},
     {DB "class A { signed<4> a; boolean updated_bitmap[]; event<update> u; };", ""},
     {DB "struct S { signed<4> x; signed<4> y; };\nclass A { vector<S> v; signed<4> a; tree<a, v.x> t; };", ""},
+    {DB "class db { signed<4> a; };", ""},
     {DB "declare oid K[5];\nstruct K { signed<4> k; };\nclass B { oid; autoid[5]; signed<4> x; };\n"
         "class A { ref<B> b; autoid_t<B> c; };", ""},
     {DB "declare auto_oid[10];\npersistent distributed class A { signed<4> a; };\ndistrib class B { signed<4> b; };", ""},
