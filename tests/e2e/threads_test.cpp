@@ -78,7 +78,7 @@ Result load(Input const& in) {
 std::string generated(int classes, bool refused) {
     std::string s = "declare database g" + std::to_string(classes) + ";\n";
     for (int i = 0; i < classes; i++)
-        s += "class c" + std::to_string(i) + " {\n  int4 a;\n  string b;\n  char<8> n;\n  tree<a> ka;\n};\n";
+        s += "class c" + std::to_string(i) + " {\n  signed<4> a;\n  string b;\n  char<8> n;\n  tree<a> ka;\n};\n";
     if (refused)
         s += "class bad {\n  undefined_t x;\n};\n";
     return s;
@@ -103,8 +103,8 @@ std::vector<Input> inputs() {
             v.push_back({generated(classes, refused), p});
     // Refused by each stage: reading, grammar, finishing, layout.
     v.push_back({"declare database r;\n#include \"missing.zyl\"\n", p});
-    v.push_back({"declare database r;\nclass c { int4 a; ", p});
-    v.push_back({"declare database r;\nclass c { int4 a; tree<b> k; };\n", p});
+    v.push_back({"declare database r;\nclass c { signed<4> a; ", p});
+    v.push_back({"declare database r;\nclass c { signed<4> a; tree<b> k; };\n", p});
     v.push_back({"declare database r;\nstruct s { s inner; };\nclass c { s x; };\n", p});
     zyl_dict_load_params_t wide = p;
     wide.wideOffsets = 1;
@@ -123,8 +123,9 @@ TEST(Threads, ConcurrentLoadsGiveTheSerialResults) {
         serial.push_back(load(i));
         refused += serial.back().rc != ZYL_DICT_LOAD_OK;
     }
-    ASSERT_GE(refused, 6);
-    ASSERT_GE(in.size() - refused, 30u);
+    // The three generated schemas with a bad class, the four above, and the
+    // corpus's include file, which declares no database.
+    ASSERT_EQ(refused, 8);
 
     int const kThreads = 8;
     int const kCalls = 200;
