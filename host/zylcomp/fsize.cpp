@@ -114,7 +114,7 @@ void FldLayout::update_strings() {
 
     if (m_inDirect) {
         // A member of a direct struct: the C compiler places it.
-        mstring const args = "(" + container->m_name + "_d_aligned_to_1, " + f.m_name + ")";
+        mstring const args = "(" + container->m_name + "_d_aligned_to_1, " + alone(f.m_name) + ")";
         setText(m_offset, "fieldoffs" + args);
         if (!m_size.is_str()) {
             m_size.m_saved = m_size.m_num;

@@ -208,9 +208,9 @@ void GenOutput::outputScalarBinding(Field const& f) {
     Struct const& t = *f.m_struct;
     // The type names are looked up only for a binding that is written.
     if (m_genCs)
-        *m_cs << "\tpublic " << csType(t) << " " << f.m_name << ";\n";
+        *m_cs << "\tpublic " << csType(t) << " " << alone(f.m_name) << ";\n";
     if (m_genJava)
-        *m_java << "\tpublic " << UT::mapJavaType(t.m_cType, t.m_name, false) << " " << f.m_name << ";\n";
+        *m_java << "\tpublic " << UT::mapJavaType(t.m_cType, t.m_name, false) << " " << alone(f.m_name) << ";\n";
 }
 
 void GenOutput::outputElementBinding(Field const& f) {
@@ -221,9 +221,9 @@ void GenOutput::outputElementBinding(Field const& f) {
         *m_java << "\t@Dimension(" << f.m_arraySize << ")\n";
     }
     if (m_genCs)
-        *m_cs << "\tpublic " << csType(t) << "[] " << f.m_name << ";\n";
+        *m_cs << "\tpublic " << csType(t) << "[] " << alone(f.m_name) << ";\n";
     if (m_genJava)
-        *m_java << "\tpublic " << UT::mapJavaType(t.m_cType, t.m_name, false) << "[] " << f.m_name << ";\n";
+        *m_java << "\tpublic " << UT::mapJavaType(t.m_cType, t.m_name, false) << "[] " << alone(f.m_name) << ";\n";
 }
 
 void GenOutput::outputSequenceBinding(Field const& f, mstring const& suffix, int elemSize) {
@@ -244,14 +244,14 @@ void GenOutput::outputSequenceBinding(Field const& f, mstring const& suffix, int
 
     if (ordered)
         *m_cs << "\t[Sequence(Order=SequenceOrder." << order << size << ")]\n\tpublic OrderedSequence<" << cs << "> "
-              << f.m_name << ";\n";
+              << alone(f.m_name) << ";\n";
     else
-        *m_cs << "\tpublic UnorderedSequence<" << cs << "> " << f.m_name << ";\n";
+        *m_cs << "\tpublic UnorderedSequence<" << cs << "> " << alone(f.m_name) << ";\n";
 
     *m_java << "\t@Sequence(type=Sequence.Type." << java_seq_elem_type(suffix) << ", order=Sequence.Order." << order;
     if (chars)
         *m_java << ", elemSize=" << elemSize;
-    *m_java << ")\n\tpublic " << (ordered ? "OrderedSequence<" : "UnorderedSequence<") << java << "> " << f.m_name
+    *m_java << ")\n\tpublic " << (ordered ? "OrderedSequence<" : "UnorderedSequence<") << java << "> " << alone(f.m_name)
             << ";\n";
 }
 

@@ -167,10 +167,10 @@ bool GenOutput::outputEnums() {
         for (unsigned i = 0; i < e.v_elem.size(); i++) {
             Enum::Elem const& item = e.v_elem[static_cast<int>(i)];
             char const* comma = i + 1 < e.v_elem.size() ? "," : "";
-            *m_h << "  " << item.m_name << " = " << item.m_value << comma << "\n";
-            *m_cs << "\t" << item.m_name << " = " << item.m_value << comma << "\n";
+            *m_h << "  " << alone(item.m_name) << " = " << item.m_value << comma << "\n";
+            *m_cs << "\t" << alone(item.m_name) << " = " << item.m_value << comma << "\n";
             // Java enumerators carry no values; their order is the declaration's.
-            *java << "\t" << item.m_name << comma << "\n";
+            *java << "\t" << alone(item.m_name) << comma << "\n";
         }
         *m_h << "} " << e.m_name << ";\n\n";
         *m_cs << "};\n\n";

@@ -70,7 +70,7 @@ void GenOutput::output(Struct& s, Class* c) {
     if (m_cppProperties) {
         *m_hpp << "  " << hppClass(s.m_name) << "() {\n";
         for (unsigned i = 0; i < v_cppProperty.size(); i++)
-            *m_hpp << "    " << v_cppProperty[static_cast<int>(i)] << ".handle_ = this;\n";
+            *m_hpp << "    " << alone(v_cppProperty[static_cast<int>(i)]) << ".handle_ = this;\n";
         *m_hpp << "  }\n\n";
     }
 }
@@ -100,6 +100,7 @@ Subst GenOutput::fieldSubst(Struct& s, Class* c, Field const& f) const {
         .set("h", name)
         .set("hpp", hppClass(s.m_name))
         .set("field", f.m_name)
+        .set("m", alone(f.m_name))
         .set("cf", {name, "_", f.m_name.c_str()})
         .set("fn", fn)
         .set("off_u", offU)
@@ -222,9 +223,9 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
         };
         writeFieldRows(s, f, v, rest, 2);
         if (m_genCs)
-            v.fillTo(*m_cs, "\t[Encoding(\"UTF-16\")]\n\tpublic string {field};\n");
+            v.fillTo(*m_cs, "\t[Encoding(\"UTF-16\")]\n\tpublic string {m};\n");
         if (m_genJava)
-            v.fillTo(*m_java, "\t@Encoding(\"UTF-16\")\n\tpublic String {field};\n");
+            v.fillTo(*m_java, "\t@Encoding(\"UTF-16\")\n\tpublic String {m};\n");
         break;
     }
     case TC_STRING:
@@ -247,9 +248,9 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
         };
         writeFieldRows(s, f, v, rest, 2);
         if (m_genCs)
-            v.fillTo(*m_cs, "\tpublic string {field};\n");
+            v.fillTo(*m_cs, "\tpublic string {m};\n");
         if (m_genJava)
-            v.fillTo(*m_java, "\tpublic String {field};\n");
+            v.fillTo(*m_java, "\tpublic String {m};\n");
         break;
     }
     case TC_NCHARS: {
@@ -268,9 +269,9 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
         };
         writeFieldRows(s, f, v, put, 1);
         if (m_genCs)
-            v.fillTo(*m_cs, "\t[Encoding(\"UTF-16\")]\n\t[Dimension({size})]\n\tpublic string {field};\n");
+            v.fillTo(*m_cs, "\t[Encoding(\"UTF-16\")]\n\t[Dimension({size})]\n\tpublic string {m};\n");
         if (m_genJava)
-            v.fillTo(*m_java, "\t@Encoding(\"UTF-16\")\n\t@Dimension({size})\n\tpublic String {field};\n");
+            v.fillTo(*m_java, "\t@Encoding(\"UTF-16\")\n\t@Dimension({size})\n\tpublic String {m};\n");
         break;
     }
     case TC_CHARS:
@@ -293,9 +294,9 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
         };
         writeFieldRows(s, f, v, put, 1);
         if (m_genCs)
-            v.fillTo(*m_cs, "\t[Dimension({size})]\n\tpublic string {field};\n");
+            v.fillTo(*m_cs, "\t[Dimension({size})]\n\tpublic string {m};\n");
         if (m_genJava)
-            v.fillTo(*m_java, "\t@Dimension({size})\n\tpublic String {field};\n");
+            v.fillTo(*m_java, "\t@Dimension({size})\n\tpublic String {m};\n");
         break;
     }
     case TC_STRUCT:
@@ -310,9 +311,9 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
         };
         writeFieldRows(s, f, v, rows, 2);
         if (m_genCs)
-            v.fillTo(*m_cs, "\tpublic {t} {field};\n");
+            v.fillTo(*m_cs, "\tpublic {t} {m};\n");
         if (m_genJava)
-            v.fillTo(*m_java, "\tpublic {t} {field};\n");
+            v.fillTo(*m_java, "\tpublic {t} {m};\n");
         break;
     }
     case TC_BLOB: {
@@ -336,9 +337,9 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
         };
         writeFieldRows(s, f, v, rows, 4);
         if (m_genCs)
-            v.fillTo(*m_cs, "\t[Blob]\n\tpublic byte[] {field};\n");
+            v.fillTo(*m_cs, "\t[Blob]\n\tpublic byte[] {m};\n");
         if (m_genJava)
-            v.fillTo(*m_java, "\t@Blob\n\tpublic byte[] {field};\n");
+            v.fillTo(*m_java, "\t@Blob\n\tpublic byte[] {m};\n");
         break;
     }
     case TC_OID_REF: {
@@ -353,9 +354,9 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
         };
         writeFieldRows(s, f, v, rows, 2);
         if (m_genCs)
-            v.fillTo(*m_cs, "\tpublic ulong {field};\n");
+            v.fillTo(*m_cs, "\tpublic ulong {m};\n");
         if (m_genJava)
-            v.fillTo(*m_java, "\tpublic long {field};\n");
+            v.fillTo(*m_java, "\tpublic long {m};\n");
         break;
     }
     case TC_SCALAR:
@@ -479,7 +480,7 @@ void GenOutput::outputProperty(Field const& f, Subst& v) {
                          "      str_.resize(len_);\n      ZYL_CPP_CHECK({cf}_get(handle_, &str_[0], len_, &len_));\n"
                          "      return str_;\n    }\n    std::string const& operator=(std::string const& str_) {\n"
                          "      ZYL_CPP_CHECK({cf}_put(handle_, str_.data(), str_.size()));\n      return str_;\n"
-                         "    }\n  } {field};\n\n");
+                         "    }\n  } {m};\n\n");
         break;
     case TC_CHARS:
         *m_hpp << v.fill("  struct { \n    {h}* handle_;\n    operator Char<{size}>() const {\n"
@@ -487,7 +488,7 @@ void GenOutput::outputProperty(Field const& f, Subst& v) {
                          "      ZYL_CPP_CHECK({cf}_get(handle_, &str_[0], {size}));\n"
                          "      return str_;\n    }\n    Char<{size}> const& operator=(Char<{size}> const& str_) {\n"
                          "      ZYL_CPP_CHECK({cf}_put(handle_, str_.body, {size}));\n      return str_;\n"
-                         "    }\n  } {field};\n\n");
+                         "    }\n  } {m};\n\n");
         break;
     default:
         *m_hpp << v.fill("  struct { \n    {h}* handle_;\n    operator  {t}() const {\n      {t} val_;\n"
@@ -496,7 +497,7 @@ void GenOutput::outputProperty(Field const& f, Subst& v) {
         if (f.m_struct->m_category != TC_AUTOID)
             *m_hpp << v.fill("    {t} operator=({t} val_) {\n      ZYL_CPP_CHECK({cf}_put(handle_, val_));\n"
                              "      return val_;\n    }\n");
-        *m_hpp << v.fill("  } {field};\n\n");
+        *m_hpp << v.fill("  } {m};\n\n");
         break;
     }
 }

@@ -58,6 +58,7 @@ void fixedFieldSubst(Subst& v, Struct const& s, Field const& f) {
     int bytes = t.m_layout.compact.m_size.m_num;
     v.set("s", s.m_name)
         .set("field", f.m_name)
+        .set("m", alone(f.m_name))
         .set("t", t.m_name)
         .set("ctype", t.m_cType)
         .setNum("n", t.m_category == TC_NCHARS ? bytes / 2 : bytes)
@@ -90,17 +91,17 @@ void GenOutput::genFixedStruct(Struct& s) {
         fixedFieldSubst(v, s, f);
         switch (f.m_struct->m_category) {
         case TC_SCALAR:
-            v.fillTo(*m_h, "  {ctype} {field}{dim};\n");
+            v.fillTo(*m_h, "  {ctype} {m}{dim};\n");
             break;
         case TC_CHARS:
         case TC_BINARY:
-            v.fillTo(*m_h, "  char {field}[{n}];\n");
+            v.fillTo(*m_h, "  char {m}[{n}];\n");
             break;
         case TC_NCHARS:
-            v.fillTo(*m_h, "  nchar_t {field}[{n}];\n");
+            v.fillTo(*m_h, "  nchar_t {m}[{n}];\n");
             break;
         default:  // a struct
-            v.fillTo(*m_h, "  {t}_fixed {field};\n");
+            v.fillTo(*m_h, "  {t}_fixed {m};\n");
             break;
         }
     }
@@ -140,26 +141,26 @@ void GenOutput::outputFixed(Struct& s) {
         put.clear();
         if (f.m_struct->m_category == TC_STRUCT) {
             // The nested object is reached through a handle of its own.
-            v.fillTo(locals, "  {t} {field};\n");
-            v.fillTo(getChain, "(((rc_ = {s}_{field}_read_handle(handle_, &{field})) == ZYL_S_OK"
-                               " && (rc_ = {t}_fixed_get(&{field}, &dst_->{field})) == ZYL_S_OK)"
+            v.fillTo(locals, "  {t} {m};\n");
+            v.fillTo(getChain, "(((rc_ = {s}_{field}_read_handle(handle_, &{m})) == ZYL_S_OK"
+                               " && (rc_ = {t}_fixed_get(&{m}, &dst_->{m})) == ZYL_S_OK)"
                                " || (has_nulls_ = rc_) == ZYL_S_NULL_VALUE)");
-            v.fillTo(putChain, "(rc_ = {s}_{field}_write_handle(handle_, &{field})) == ZYL_S_OK"
-                               " && (rc_ = {t}_fixed_put(&{field}, &src_->{field})) == ZYL_S_OK");
+            v.fillTo(putChain, "(rc_ = {s}_{field}_write_handle(handle_, &{m})) == ZYL_S_OK"
+                               " && (rc_ = {t}_fixed_put(&{m}, &src_->{m})) == ZYL_S_OK");
             continue;
         }
         if (f.m_isRect || f.m_isPoint) {
-            v.fillTo(get, "{s}_{field}_get(handle_, dst_->{field})");
-            v.fillTo(put, "{s}_{field}_put(handle_, src_->{field})");
+            v.fillTo(get, "{s}_{field}_get(handle_, dst_->{m})");
+            v.fillTo(put, "{s}_{field}_put(handle_, src_->{m})");
         } else if (f.m_isArray) {
-            v.fillTo(get, "{s}_{field}_get_range(handle_, 0, {count}, dst_->{field})");
-            v.fillTo(put, "{s}_{field}_put_range(handle_, 0, {count}, src_->{field})");
+            v.fillTo(get, "{s}_{field}_get_range(handle_, 0, {count}, dst_->{m})");
+            v.fillTo(put, "{s}_{field}_put_range(handle_, 0, {count}, src_->{m})");
         } else if (f.m_struct->m_category == TC_SCALAR) {
-            v.fillTo(get, "{s}_{field}_get(handle_, &dst_->{field})");
-            v.fillTo(put, "{s}_{field}_put(handle_, src_->{field})");
+            v.fillTo(get, "{s}_{field}_get(handle_, &dst_->{m})");
+            v.fillTo(put, "{s}_{field}_put(handle_, src_->{m})");
         } else {
-            v.fillTo(get, "{s}_{field}_get(handle_, dst_->{field}, {n})");
-            v.fillTo(put, "{s}_{field}_put(handle_, src_->{field}, {n})");
+            v.fillTo(get, "{s}_{field}_get(handle_, dst_->{m}, {n})");
+            v.fillTo(put, "{s}_{field}_put(handle_, src_->{m}, {n})");
         }
         if (f.m_isNullable)
             getChain.append("((rc_ = ").append(get).append(") == ZYL_S_OK || (has_nulls_ = rc_) == ZYL_S_NULL_VALUE)");
@@ -198,17 +199,17 @@ void GenOutput::direct_struct_output(Struct& s, mstring const& suffix) {
         mstring dim = f.m_isArray ? mstring("[") + UT::n2s(f.m_arraySize) + "]" : mstring();
         switch (t.m_category) {
         case TC_SCALAR:
-            *m_h << "\t" << t.m_cType << " " << f.m_name << dim << ";\n";
+            *m_h << "\t" << t.m_cType << " " << alone(f.m_name) << dim << ";\n";
             break;
         case TC_CHARS:
         case TC_BINARY:
-            *m_h << "\tchar " << f.m_name << dim << "[" << size << "];\n";
+            *m_h << "\tchar " << alone(f.m_name) << dim << "[" << size << "];\n";
             break;
         case TC_NCHARS:
-            *m_h << "\tnchar_t " << f.m_name << dim << "[" << size << " / sizeof(nchar_t)];\n";
+            *m_h << "\tnchar_t " << alone(f.m_name) << dim << "[" << size << " / sizeof(nchar_t)];\n";
             break;
         case TC_DIRECT:
-            *m_h << "\t" << t.m_name << "_d " << f.m_name << dim << ";\n";
+            *m_h << "\t" << t.m_name << "_d " << alone(f.m_name) << dim << ";\n";
             break;
         default:
             // The finishing checks refuse these; the C compiler would too.

@@ -183,8 +183,8 @@ void GenOutput::outputIndex(Class& c, Index& idx) {
         v.set("ctype", f.m_struct->m_cType).set("rect", f.m_name + "_key_0");
     }
 
-    mstring const scope = hppClass(c.m_name) + "::" + idx.m_name;
-    *m_hpp << "\n  class " << idx.m_name << kindComment(list ? IT_LIST : type) << "\n  { public: \n";
+    mstring const scope = hppClass(c.m_name) + "::" + alone(idx.m_name);
+    *m_hpp << "\n  class " << alone(idx.m_name) << kindComment(list ? IT_LIST : type) << "\n  { public: \n";
 
     if (type == IT_HASH) {
         // Hash indexes have a shorter group, the same for user-defined ones.

@@ -124,7 +124,7 @@ void GenOutput::output_spatial_field(Struct& s, Class* c, Field& f) {
                          "      ZYL_CPP_CHECK({cf}_get(handle_, &arr_[0]));\n      return arr_;\n    }\n"
                          "    std::vector<{t}> const& operator=(std::vector<{t}> const& arr_) {\n"
                          "      ZYL_CPP_CHECK({cf}_put(handle_, &arr_[0]));\n      return arr_;\n    }\n"
-                         "  } {field};\n\n");
+                         "  } {m};\n\n");
     }
 }
 

@@ -249,7 +249,7 @@ void GenOutput::outputElementField(Struct& s, Class* c, Field& f, bool vector) {
         if (vector)
             *m_hpp << v.fill("      ZYL_CPP_CHECK({cf}_alloc(handle_, (uint2)vec_.size()));\n");
         *m_hpp << v.fill("      ZYL_CPP_CHECK({cf}_put_range(handle_, 0, (uint2)vec_.size(), vec_.data()));\n"
-                         "      return vec_;\n    }\n  } {field};\n\n");
+                         "      return vec_;\n    }\n  } {m};\n\n");
     }
 
     // C# and Java: an array of the element's type in those languages, with
@@ -265,7 +265,7 @@ void GenOutput::outputElementField(Struct& s, Class* c, Field& f, bool vector) {
         .set("cstype", structs ? t.m_name : ref ? "ulong" : "string")
         .set("jtype", structs ? t.m_name : ref ? "long" : "String");
     if (m_genCs)
-        v.fillTo(*m_cs, "{enccs}{dimcs}\tpublic {cstype}[] {field};\n");
+        v.fillTo(*m_cs, "{enccs}{dimcs}\tpublic {cstype}[] {m};\n");
     if (m_genJava)
-        v.fillTo(*m_java, "{encjava}{dimjava}\tpublic {jtype}[] {field};\n");
+        v.fillTo(*m_java, "{encjava}{dimjava}\tpublic {jtype}[] {m};\n");
 }

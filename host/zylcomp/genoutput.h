@@ -431,6 +431,13 @@ private:
 // angle brackets of the value turned into braces.
 mstring A(mstring const& name, mstring const& value);
 
+// A schema name as it stands alone in generated C, C++, Java or C#: a
+// member, a parameter, a local. A keyword of any of the four languages gets
+// a trailing underscore, the same in all of them, so that one schema gives
+// the same names everywhere; any other name is returned as it is. Names
+// built from it (A_int_get) are valid as they are and keep their form.
+mstring alone(mstring const& name);
+
 // The texts gathered while the functions of one index are written, and the
 // names of the fixed parameters, chosen so that no key parameter (those
 // bear field names) hides them.

@@ -68,6 +68,7 @@ Refusal const kRefusals[] = {
     // declares {db}_D_d_aligned_to_1.
     {"direct.zyl", "--prefix-names", false, "_d_aligned_to_1"},
     {"vectors.zyl", "--prefix-names", false, "_d_aligned_to_1"},
+    {"keyword_names.zyl", "--prefix-names", false, "_d_aligned_to_1"},
     // The member search_any of a keyword index is defined under the name
     // search_all, beside the real search_all.
     {"keywords.zyl", "--cpp", true, "redefinition of"},
@@ -86,6 +87,7 @@ struct Extras {
 
 Extras const kExtras[] = {
     {"xmljson.zyl", {"--xml-access", "--json-access"}, {}},
+    {"keyword_names.zyl", {"--xml-access", "--json-access"}, {}},
     {"userdef.zyl", {}, {"ud_udf.c", "ud_coll.c"}},
 };
 
