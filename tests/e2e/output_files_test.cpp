@@ -180,12 +180,7 @@ TEST(OutputFiles, AnInterruptLeavesTheEarlierOutputs) {
             signal(SIGTERM, SIG_DFL);
             if (std::freopen("/dev/null", "w", stdout) == nullptr)
                 _exit(125);
-            std::vector<char*> args;
-            for (std::string const& a : argv)
-                args.push_back(const_cast<char*>(a.c_str()));
-            args.push_back(nullptr);
-            execv(args[0], args.data());
-            _exit(127);
+            execProgram(argv);
         }
         // Once the first temporary is there the outputs are being written.
         auto const deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);

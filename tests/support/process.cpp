@@ -68,13 +68,17 @@ ProcessResult runProgram(std::vector<std::string> const& argv, std::string const
             _exit(126);
         if (inChild)
             inChild();
-        std::vector<char*> args;
-        for (std::string const& a : argv)
-            args.push_back(const_cast<char*>(a.c_str()));
-        args.push_back(nullptr);
-        execv(args[0], args.data());
-        _exit(127);
+        execProgram(argv);
     });
+}
+
+void execProgram(std::vector<std::string> const& argv) {
+    std::vector<char*> args;
+    for (std::string const& a : argv)
+        args.push_back(const_cast<char*>(a.c_str()));
+    args.push_back(nullptr);
+    execv(args[0], args.data());
+    _exit(127);
 }
 
 std::string cliPath() {

@@ -22,6 +22,9 @@ ProcessResult runInChild(std::function<void()> const& body);
 ProcessResult runProgram(std::vector<std::string> const& argv, std::string const& cwd = "",
                          std::function<void()> const& inChild = {});
 
+// In a forked child: becomes the program, or exits with 127.
+[[noreturn]] void execProgram(std::vector<std::string> const& argv);
+
 // The path of the built command-line compiler.
 std::string cliPath();
 
