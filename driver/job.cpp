@@ -94,8 +94,8 @@ unsigned Job::run() {
     analyzer->initBaseTypes();
     analyzer->analyze();
     analyzer->doChecks();
-    if (javaOutput)
-        analyzer->checkJavaFileNames();
+    if (javaOutput || csharpOutput)
+        analyzer->checkBindingNames();
     std::fclose(f);
 
     GenOutput* gen = createGenerator(analyzer->schema(), &reporter, localOutputDir);

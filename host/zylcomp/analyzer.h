@@ -38,9 +38,10 @@ public:
     // The finishing passes, once the text is read.
     void doChecks();
 
-    // With the Java output every class has a file of its own, and the list
-    // of classes takes {db}.java: refuses a class named like the database.
-    void checkJavaFileNames();
+    // The Java and C# bindings declare a type for the database (its list of
+    // classes) beside those of the classes, structs and enums, each Java
+    // one in a file of its own: refuses a type named like the database.
+    void checkBindingNames();
 
     bool isReservedWord(mstring const& word) const;
     // Reports "reserved word #1" when `word` is reserved.

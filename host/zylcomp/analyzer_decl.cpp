@@ -206,6 +206,7 @@ void Analyzer::do_struct() {
         error1("class #1 already defined", name);
         return;
     }
+    s->m_place = here();
     s->m_name = std::move(name);
     // The name enters the type set only after the body, so a struct cannot
     // name itself as a field type here.
@@ -234,6 +235,7 @@ void Analyzer::do_enum() {
         error1("class #1 already defined", name);  // the header would declare the name twice
     HIComparable hold(new Enum(name));
     Enum* e = static_cast<Enum*>(hold.get());
+    e->m_place = here();
     match("{");
 
     // The implicit value counts positions and ignores explicit values:

@@ -8,6 +8,7 @@
 // every field of every struct and class has its m_struct, which the layout
 // pass takes for granted.
 #include "host/zylcomp/analyzer.h"
+#include "host/zylcomp/keywords.h"
 
 #include "frontend/parser.h"
 #include "frontend/preprocessor.h"
@@ -178,10 +179,18 @@ void Analyzer::checkRefTo() {
     });
 }
 
-void Analyzer::checkJavaFileNames() {
-    forEachIn<Class>(m_schema.m_classes, [this](Class& c) {
-        if (c.m_name == m_schema.m_dbName)
-            errorAt(c.m_place, "class #1 is named like the database: its Java file would overwrite #1.java", c.m_name);
-        return true;
+void Analyzer::checkBindingNames() {
+    mstring const db = alone(m_schema.m_dbName);
+    auto check = [this, &db](char const* kind, mstring const& name, DeclPlace const& at) {
+        if (alone(name) == db)
+            errorAt(at, "#1 #2 is named like the database: the Java and C# bindings would declare #3 twice", kind,
+                    name, db);
+        return !failed();
+    };
+    forEachIn<Class>(m_schema.m_classes,
+                     [&check](Class& c) { return c.m_isSystem || check("class", c.m_name, c.m_place); });
+    forEachIn<Struct>(m_schema.m_types, [&check](Struct& s) {
+        return s.m_category != TC_STRUCT && s.m_category != TC_DIRECT ? true : check("struct", s.m_name, s.m_place);
     });
+    forEachIn<Enum>(m_schema.m_enums, [&check](Enum& e) { return check("enum", e.m_name, e.m_place); });
 }

@@ -87,8 +87,20 @@ bool indexIsDeclared(Class const& c, Index const& idx) {
            indexKind(idx.m_type) != nullptr && !idx.m_userdef && !idx.m_voluntary && idx.v_fieldName.size() > 0;
 }
 
+// A struct or enum of the schema, whose name the bindings use as a type.
+bool declaredType(Struct const& t) { return t.m_isEnum || t.m_category == TC_STRUCT || t.m_category == TC_DIRECT; }
+
 // The C# type of a scalar; a boolean has its own type there.
-mstring csType(Struct const& t) { return UT::mapCSType(t.m_name == "boolean" ? mstring("bool") : t.m_cType); }
+mstring csType(Struct const& t) {
+    mstring const mapped = UT::mapCSType(t.m_name == "boolean" ? mstring("bool") : t.m_cType);
+    return declaredType(t) ? alone(mapped) : mapped;
+}
+
+// The Java type of a field's values, or of a sequence's elements (boxed).
+mstring javaType(Struct const& t, bool boxed) {
+    mstring const mapped = UT::mapJavaType(t.m_cType, t.m_name, boxed);
+    return declaredType(t) ? alone(mapped) : mapped;
+}
 
 }  // namespace
 
@@ -188,8 +200,8 @@ void GenOutput::outputClassHead(Class& c) {
         *m_java << "@Event(name=\"" << ev.m_name << "\", type=Database.EventType." << kind << ")\n";
     }
 
-    *m_cs << "public class " << c.m_name << " {\n";
-    *m_java << "public class " << c.m_name << " {\n";
+    *m_cs << "public class " << alone(c.m_name) << " {\n";
+    *m_java << "public class " << alone(c.m_name) << " {\n";
 }
 
 void GenOutput::outputClassEnd(Class&) {
@@ -210,7 +222,7 @@ void GenOutput::outputScalarBinding(Field const& f) {
     if (m_genCs)
         *m_cs << "\tpublic " << csType(t) << " " << alone(f.m_name) << ";\n";
     if (m_genJava)
-        *m_java << "\tpublic " << UT::mapJavaType(t.m_cType, t.m_name, false) << " " << alone(f.m_name) << ";\n";
+        *m_java << "\tpublic " << javaType(t, false) << " " << alone(f.m_name) << ";\n";
 }
 
 void GenOutput::outputElementBinding(Field const& f) {
@@ -223,7 +235,7 @@ void GenOutput::outputElementBinding(Field const& f) {
     if (m_genCs)
         *m_cs << "\tpublic " << csType(t) << "[] " << alone(f.m_name) << ";\n";
     if (m_genJava)
-        *m_java << "\tpublic " << UT::mapJavaType(t.m_cType, t.m_name, false) << "[] " << alone(f.m_name) << ";\n";
+        *m_java << "\tpublic " << javaType(t, false) << "[] " << alone(f.m_name) << ";\n";
 }
 
 void GenOutput::outputSequenceBinding(Field const& f, mstring const& suffix, int elemSize) {
@@ -237,7 +249,7 @@ void GenOutput::outputSequenceBinding(Field const& f, mstring const& suffix, int
     mstring const cs = structs ? mstring("byte[]") : chars ? mstring("string") : csType(e);
     mstring const java = structs ? mstring("byte[]")
                          : chars ? mstring("String")
-                                 : UT::mapJavaType(e.m_cType, e.m_name, true);
+                                 : javaType(e, true);
     mstring const size = chars ? mstring(", ElemSize=") + UT::n2s(elemSize) : mstring();
     char const* const order = sequenceOrder(f.m_seqOrder);
     bool const ordered = f.m_seqOrder == "ZYL_SEQ_ASC_ORDER" || f.m_seqOrder == "ZYL_SEQ_DESC_ORDER";

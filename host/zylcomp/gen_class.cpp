@@ -58,8 +58,8 @@ void GenOutput::outputClassApi(Class& c) {
     // Objects are stored in the compact format when the class asks for it.
     Layout const& object = c.m_compact ? c.m_layout.compact : c.m_layout.large;
     Subst v;
-    v.set("class", c.m_name)
-        .set("db", db)
+    v.setType("class", c.m_name)
+        .set("db", db).set("ns", alone(db))
         .set("oid", db + "_oid")
         .set("code", classCode(c))
         .set("init", static_cast<mstring const&>(object.m_size))
@@ -70,37 +70,37 @@ void GenOutput::outputClassApi(Class& c) {
          "{ return zyl_w_new_obj_noid( t, {init}, {code}, (zyl_objhandle_h)handle);",
          "{ return zyl_w_new_obj_noid_ev( t, {init}, {code}, (zyl_objhandle_h)handle, {e});", c.getNewEvent(),
          kMember, "create( zyl_trans_h t )",
-         "{ ZYL_RET ret_ = {db}::{class}_new(t,this); set_valid(ret_==ZYL_S_OK); return ret_; "},
+         "{ ZYL_RET ret_ = {ns}::{class}_new(t,this); set_valid(ret_==ZYL_S_OK); return ret_; "},
         {c.m_hasOid, "_new", " ( zyl_trans_h t, const {oid} *id, /*OUT*/ {class} *handle )",
          "{ return zyl_w_new_obj_oid( t, {init}, {code}, id, sizeof(*id), (zyl_objhandle_h)handle);",
          "{ return zyl_w_new_obj_oid_ev( t, {init}, {code}, id, sizeof(*id), (zyl_objhandle_h)handle, {e});",
          c.getNewEvent(), kMember, "create( zyl_trans_h t, const {oid} *id )",
-         "{ ZYL_RET ret_ = {db}::{class}_new(t,id,this); set_valid(ret_==ZYL_S_OK); return ret_; "},
+         "{ ZYL_RET ret_ = {ns}::{class}_new(t,id,this); set_valid(ret_==ZYL_S_OK); return ret_; "},
         {true, "_delete", " ( {class} *handle )", "{ return zyl_w_obj_delete( (zyl_objhandle_h)handle); ",
          "{ return zyl_w_obj_delete_ev( (zyl_objhandle_h)handle, {e}); ", c.getDeleteEvent(), kMember, "remove()",
-         "{ ZYL_RET ret_; set_valid(false); return (ret_={db}::{class}_delete(this)); "},
+         "{ ZYL_RET ret_; set_valid(false); return (ret_={ns}::{class}_delete(this)); "},
         {c.m_persistent, "_set_allocation_block_size", "(zyl_trans_h t, zyl_size_t block_size)",
          "{ return zyl_set_class_allocation_block_size(t, {code}, block_size); ", nullptr, NO_EVENT, kMember,
          "set_allocation_block_size(zyl_trans_h t, zyl_size_t block_size)",
-         "{ return {db}::{class}_set_allocation_block_size(t,block_size); "},
+         "{ return {ns}::{class}_set_allocation_block_size(t,block_size); "},
         {c.m_persistent, "_set_caching_priority", "(zyl_trans_h t, int priority)",
          "{ return zyl_set_class_caching_priority(t, {code}, priority); ", nullptr, NO_EVENT, kMember,
          "set_caching_priority(zyl_trans_h t, int priority)",
-         "{ return {db}::{class}_set_caching_priority(t,priority); "},
+         "{ return {ns}::{class}_set_caching_priority(t,priority); "},
         {true, "_delete_all", " ( zyl_trans_h t )", "{ return zyl_w_obj_delete_all( t, {code} ); ",
          "{ return zyl_w_obj_delete_all_ev( t, {code}, {e}); ", c.getDeleteAllEvent(), kMember,
          "remove_all( zyl_trans_h t )",
-         "{ ZYL_RET ret_; set_valid(false); return (ret_={db}::{class}_delete_all(t)); "},
+         "{ ZYL_RET ret_; set_valid(false); return (ret_={ns}::{class}_delete_all(t)); "},
         {true, "_checkpoint", " ( {class} *handle )", "{ return zyl_w_obj_checkpoint( (zyl_objhandle_h)handle );",
          "{ return zyl_w_obj_checkpoint_ev( (zyl_objhandle_h)handle,{e} );", c.getCheckpointEvent(), kMember,
-         "checkpoint()", "{ ZYL_RET ret_={db}::{class}_checkpoint(this); return ret_;"},
+         "checkpoint()", "{ ZYL_RET ret_={ns}::{class}_checkpoint(this); return ret_;"},
         {c.m_hasOid, "_oid_find", " ( zyl_trans_h t, const {oid} *id, /*OUT*/ {class} *handle )",
          "{ return zyl_w_find_byoid(t, id, (zyl_objhandle_h)handle, {code}); ", nullptr, NO_EVENT, kMember,
          "oid_find( zyl_trans_h t, const {oid} *id )",
-         "{ ZYL_RET ret_ = {db}::{class}_oid_find(t,id,this); set_valid(ret_==ZYL_S_OK); return ret_; "},
+         "{ ZYL_RET ret_ = {ns}::{class}_oid_find(t,id,this); set_valid(ret_==ZYL_S_OK); return ret_; "},
         {c.m_hasOid, "_oid_get", " ( {class} *handle, /*OUT*/ {oid} *id )",
          "{ return zyl_w_oid_get( (zyl_objhandle_h)handle, id, (uint2) sizeof(*id) );", nullptr, NO_EVENT, kMember,
-         "oid_get( {oid} *id)", "{ ZYL_RET ret_={db}::{class}_oid_get(this,id); return ret_; "},
+         "oid_get( {oid} *id)", "{ ZYL_RET ret_={ns}::{class}_oid_get(this,id); return ret_; "},
         {c.m_isDynamic, "_pack", " ( {class} *handle, /*OUT*/ uint4 * pages_released )",
          "{ return zyl_w_compact( (zyl_objhandle_h)handle, {code}, {fields}, pages_released); ", nullptr,
          NO_EVENT, nullptr, nullptr, nullptr},
@@ -122,20 +122,20 @@ void GenOutput::output(Class& c) {
     *m_h << "\n";
 
     Subst v;
-    v.set("class", c.m_name).set("db", m_schema->m_dbName).set("code", classCode(c));
+    v.setType("class", c.m_name).set("db", m_schema->m_dbName).set("ns", alone(m_schema->m_dbName)).set("code", classCode(c));
     ApiRow const rows[] = {
         {true, "_from_cursor", " ( zyl_trans_h t, zyl_cursor_h c, /*OUT*/ {class} *handle )",
          "{ return zyl_w_obj_from_cursor( t, c, {code}, (zyl_objhandle_h)handle ); ", nullptr, NO_EVENT,
          kMember, "from_cursor( zyl_trans_h t, zyl_cursor_h c )",
-         "{ ZYL_RET ret_ = {db}::{class}_from_cursor(t,c,this); set_valid(ret_==ZYL_S_OK); return ret_; "},
+         "{ ZYL_RET ret_ = {ns}::{class}_from_cursor(t,c,this); set_valid(ret_==ZYL_S_OK); return ret_; "},
         {c.m_hasList, "_list_cursor", " ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )",
          "{ return zyl_w_list_cursor( t, {code}, c );", nullptr, NO_EVENT, kStaticMember,
-         "list_cursor( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )", "{ return {db}::{class}_list_cursor(t,c); "},
+         "list_cursor( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )", "{ return {ns}::{class}_list_cursor(t,c); "},
         // User-defined indexes of a persistent class hold handles the runtime must normalize.
         {c.m_hasUserdef && c.m_persistent, "_normalize_handle", " ( {class} *handle )",
          "{ return zyl_w_normalize_handle((zyl_objhandle_h)handle ); ", nullptr, NO_EVENT, kMember,
          "normalize_handle()",
-         "{ ZYL_RET ret_ = {db}::{class}_normalize_handle(this); set_valid(ret_==ZYL_S_OK); return ret_; "},
+         "{ ZYL_RET ret_ = {ns}::{class}_normalize_handle(this); set_valid(ret_==ZYL_S_OK); return ret_; "},
     };
     for (ApiRow const& row : rows) {
         if (!row.when)
@@ -156,7 +156,7 @@ void GenOutput::output(Class& c) {
 void GenOutput::outputVersions(Class& c, Index const& idx) {
     outConstant(m_h, c.m_name + "_versions_limit", c.m_historyLength);
     Subst v;
-    v.set("class", c.m_name).set("indexcode", UT::n2s(idx.m_code));
+    v.setType("class", c.m_name).set("indexcode", UT::n2s(idx.m_code));
     mstring params = v.fill(" ( {class} *handle, /*OUT*/ {class} *res_handle)");
     writeCFunction(
         functionHead(c.m_name + "_version_prev", params, c.m_outputWidth),

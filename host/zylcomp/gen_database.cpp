@@ -38,7 +38,7 @@ bool hasLiveOwner(Struct const& s) {
 }  // namespace
 
 bool GenOutput::openJava(IOutStream*& slot, mstring const& name) {
-    if (!openOutput(slot, name + ".java"))
+    if (!openOutput(slot, alone(name) + ".java"))
         return false;
     if (!m_javaPackage.empty())
         *slot << "package " << m_javaPackage << ";\n\n";
@@ -62,7 +62,7 @@ void GenOutput::output() {
             return;
         }
         m_java = file;
-        *m_java << "public class " << db << " { \n\tpublic static Class[] classes = { \n";
+        *m_java << "public class " << alone(db) << " { \n\tpublic static Class[] classes = { \n";
     }
 
     if (!m_csNamespace.empty())
@@ -154,7 +154,7 @@ bool GenOutput::outputEnums() {
         if (!ok)
             return;
         *m_h << "typedef enum " << e.m_name << "_\n{\n";
-        *m_cs << "public enum " << e.m_name << " {\n";
+        *m_cs << "public enum " << alone(e.m_name) << " {\n";
         std::unique_ptr<IOutStream> java(IOutStream::createNullStream());
         if (m_genJava) {
             IOutStream* file = nullptr;
@@ -162,7 +162,7 @@ bool GenOutput::outputEnums() {
             java.reset(file);
             if (!ok)
                 return;
-            *java << "public enum " << e.m_name << " {\n";
+            *java << "public enum " << alone(e.m_name) << " {\n";
         }
         for (unsigned i = 0; i < e.v_elem.size(); i++) {
             Enum::Elem const& item = e.v_elem[static_cast<int>(i)];
@@ -172,7 +172,7 @@ bool GenOutput::outputEnums() {
             // Java enumerators carry no values; their order is the declaration's.
             *java << "\t" << alone(item.m_name) << comma << "\n";
         }
-        *m_h << "} " << e.m_name << ";\n\n";
+        *m_h << "} " << alone(e.m_name) << ";\n\n";
         *m_cs << "};\n\n";
         *java << "};\n\n";
     });
@@ -181,7 +181,7 @@ bool GenOutput::outputEnums() {
 
 void GenOutput::outputHandles() {
     head2(m_h, "Handles and Class Codes");
-    *m_cs << "public class " << m_schema->m_dbName << " { \n\tpublic static Type[] types = { \n";
+    *m_cs << "public class " << alone(m_schema->m_dbName) << " { \n\tpublic static Type[] types = { \n";
     int n = 0;
     forEach<Class>(m_schema->m_classes, [this, &n](Class& c) {
         if (c.m_isSystem)
@@ -191,14 +191,14 @@ void GenOutput::outputHandles() {
             *m_cs << ",\n";
             *m_java << ",\n";
         }
-        *m_cs << "\t\ttypeof(" << c.m_name << ")";
-        *m_java << "\t" << c.m_name << ".class";
+        *m_cs << "\t\ttypeof(" << alone(c.m_name) << ")";
+        *m_java << "\t" << alone(c.m_name) << ".class";
         if (n != c.m_code)
             IErrReporter::panic("class codes order", false);
         if (!c.m_hasOid && !c.m_hasList && !c.m_hasAutoid && c.v_index.size() == 0)
             m_err->warning1("class #1 has no oid, autoid, list, or index defined", c.m_name);
         *m_h << "#ifndef ZYL_CPP_INTERFACE\ntypedef struct " << UT::adjust(c.m_name + "_", m_structNameWidth + 1)
-             << " { ZYL_Hf h; }  " << c.m_name << ";\n#else\nclass " << c.m_name << ";\n#endif\n";
+             << " { ZYL_Hf h; }  " << alone(c.m_name) << ";\n#else\nclass " << hppClass(c.m_name) << ";\n#endif\n";
         *m_h << "#define " << UT::adjust(c.m_name + "_code", m_structNameWidth + 6) << " " << c.m_code << "\n";
     });
     *m_cs << "\n\t};\n}\n\n";
@@ -209,8 +209,8 @@ void GenOutput::outputStructHandles() {
     forEach<Struct>(m_schema->m_types, [this](Struct& s) {
         if (!isOwnedStruct(s))
             return;
-        *m_h << "#ifndef ZYL_CPP_INTERFACE\ntypedef struct " << s.m_name << "_ { ZYL_Hf h; }  " << s.m_name
-             << ";\n#else\nstruct " << s.m_name << ";\n#endif\n";
+        *m_h << "#ifndef ZYL_CPP_INTERFACE\ntypedef struct " << s.m_name << "_ { ZYL_Hf h; }  " << alone(s.m_name)
+             << ";\n#else\nstruct " << hppClass(s.m_name) << ";\n#endif\n";
         if (s.m_category != TC_DIRECT)
             return;
         direct_struct_output(s, "");
@@ -233,7 +233,7 @@ bool GenOutput::outputStructs() {
             return;
         head2(m_h, mstring("struct ") + s.m_name + " methods");
         *m_hpp << "struct " << hppClass(s.m_name) << " : public ZylBase_\n{\n  public:\n\n";
-        *m_cs << "public struct " << s.m_name << " {\n";
+        *m_cs << "public struct " << alone(s.m_name) << " {\n";
         // The struct's fields go to its own Java file.
         IOutStream* javaBetweenFiles = m_java;
         if (m_genJava) {
@@ -244,7 +244,7 @@ bool GenOutput::outputStructs() {
                 return;
             }
             m_java = file;
-            *m_java << "public class " << s.m_name << " {\n";
+            *m_java << "public class " << alone(s.m_name) << " {\n";
         }
         if (hasLiveOwner(s))
             output(s, nullptr);

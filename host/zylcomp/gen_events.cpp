@@ -15,7 +15,7 @@ void GenOutput::outputEvents(Class& c) {
         bool takesWhen = ev.m_kind == EV_UPDATE || ev.m_kind == EV_CHECKPOINT;
         Subst v;
         v.set("ev", ev.m_name)
-            .set("class", c.m_name)
+            .setType("class", c.m_name)
             .set("code", UT::n2s(ev.m_number))
             .set("when", takesWhen ? "(uint2)(when==ZYL_BEFORE_UPDATE)" : "0");
 
@@ -51,13 +51,13 @@ mstring oidMember(Field const& f) {
     mstring size = UT::n2s(t.m_layout.large.m_size.m_num);
     switch (t.m_category) {
     case TC_SCALAR:
-        return mstring("  ") + t.m_cType + " " + f.m_name +
+        return mstring("  ") + cTypeOf(t) + " " + alone(f.m_name) +
                (f.m_isArray ? mstring("[") + UT::n2s(f.m_arraySize) + "]" : mstring()) + ";\n";
     case TC_CHARS:
     case TC_BINARY:
-        return mstring("  char ") + f.m_name + "[" + size + "];\n";
+        return mstring("  char ") + alone(f.m_name) + "[" + size + "];\n";
     case TC_NCHARS:
-        return mstring("  nchar_t ") + f.m_name + "[" + size + " / sizeof(nchar_t) ];\n";
+        return mstring("  nchar_t ") + alone(f.m_name) + "[" + size + " / sizeof(nchar_t) ];\n";
     case TC_STRUCT:
     case TC_DIRECT:
         IErrReporter::panic("Nested stucture in oid", false);  // the message keeps its typo
@@ -80,7 +80,7 @@ void GenOutput::outputObjid() {
     // array or character field too, becomes a struct, which keeps sizeof right.
     Field const* only = oid->v_field.size() == 1 ? &oid->v_field[0] : nullptr;
     if (only != nullptr && only->m_struct->m_category == TC_SCALAR && !only->m_isArray) {
-        *m_h << "typedef " << only->m_struct->m_cType << "   " << name << ";\n\n";
+        *m_h << "typedef " << cTypeOf(*only->m_struct) << "   " << name << ";\n\n";
     } else {
         *m_h << "typedef struct " << name << "__\n{\n";
         for (unsigned i = 0; i < oid->v_field.size(); i++)
@@ -92,7 +92,7 @@ void GenOutput::outputObjid() {
     // These two stand in {db}.c in every mode, with a prototype in {db}.h.
     DupStream both(m_h, m_c, false);
     Subst v;
-    v.set("db", db).set("oid", name);
+    v.set("db", db).set("ns", alone(db)).set("oid", name);
     writeCFunction(v.fill("ZYL_RET  {db}_delete_object( zyl_trans_h t, const {oid} * oid )"),
                    "{ return zyl_w_obj_del_byoid( t, oid ); \n}\n\n", &both, m_h, m_c);
     *m_h << "\n";

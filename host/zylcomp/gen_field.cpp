@@ -96,8 +96,8 @@ Subst GenOutput::fieldSubst(Struct& s, Class* c, Field const& f) const {
     Struct const& t = *f.m_struct;
     char const* const name = s.m_name.c_str();
     Subst v;
-    v.set("db", m_schema->m_dbName)
-        .set("h", name)
+    v.set("db", m_schema->m_dbName).set("ns", alone(m_schema->m_dbName))
+        .setType("h", s.m_name)
         .set("hpp", hppClass(s.m_name))
         .set("field", f.m_name)
         .set("m", alone(f.m_name))
@@ -117,8 +117,11 @@ Subst GenOutput::fieldSubst(Struct& s, Class* c, Field const& f) const {
         v.set("evarg", "");
     }
     char sbuf[24];
-    v.set("size", textOf(large.m_size, sbuf))
-        .set("t", t.m_category == TC_STRUCT || t.m_category == TC_DIRECT ? t.m_name : t.m_cType);
+    v.set("size", textOf(large.m_size, sbuf));
+    if (t.m_category == TC_STRUCT || t.m_category == TC_DIRECT)
+        v.setType("t", t.m_name);
+    else
+        v.set("t", cTypeOf(t));
     if (c != nullptr) {
         // Columns are read in the format the class stores its objects in.
         FldLayout const& stored = c->m_compact ? compact : large;
@@ -143,7 +146,7 @@ void GenOutput::declareAhead(Struct& s, mstring const& field, mstring const& par
 void GenOutput::declareIndicator(Struct& s, Field const& f) {
     // Inline, the indicator's functions are defined only after this field's.
     Subst ind;
-    ind.set("h", s.m_name).set("t", "uint1");
+    ind.setType("h", s.m_name).set("t", "uint1");
     declareAhead(s, f.m_name + "_indicator_get", ind.fill(kScalarGet));
     declareAhead(s, f.m_name + "_indicator_put", ind.fill(kScalarPut));
 }
@@ -467,7 +470,7 @@ void GenOutput::outputSequenceColumn(Struct& s, Subst& v, bool chars) {
     }
     *m_hpp << v.fill("  static Sequence<{seqtype}> {field}_sequence(zyl_trans_h trans);\n");
     *m_hppInline << v.fill("inline Sequence<{seqtype}> {hpp}::{field}_sequence(zyl_trans_h trans)\n"
-                           "{ Sequence<{seqtype}> seq; ZYL_CPP_CHECK({db}::{cf}_sequence(trans, seq.iter)); "
+                           "{ Sequence<{seqtype}> seq; ZYL_CPP_CHECK({ns}::{cf}_sequence(trans, seq.iter)); "
                            "return seq; }\n\n");
 }
 
@@ -507,7 +510,7 @@ void GenOutput::outputProperty(Field const& f, Subst& v) {
 
 void GenOutput::outputDirectAccess(Struct& s) {
     Subst v;
-    v.set("s", s.m_name).set("hpp", hppClass(s.m_name)).set("db", m_schema->m_dbName);
+    v.setType("s", s.m_name).set("hpp", hppClass(s.m_name)).set("db", m_schema->m_dbName).set("ns", alone(m_schema->m_dbName));
     int const width = s.m_outputWidth;
     writeCFunction(functionHead(s.m_name + "_get_ptr", v.fill(" ( {s} *handle, /*OUT*/ {s}_d_aligned_to_1** dest)"),
                                 width),
@@ -541,10 +544,10 @@ void GenOutput::outputDirectAccess(Struct& s) {
     writeCFunction(functionHead(s.m_name + "_get_all", v.fill(" ( {s} *handle, /*OUT*/ {s}_d * dest)"), width),
                    getBody);
     writeCppMember(kMember, hppClass(s.m_name), v.fill("get_all ( {s}_d * dest)"),
-                   v.fill("{ ZYL_RET ret_ = {db}::{s}_get_all(this, dest); return ret_; "));
+                   v.fill("{ ZYL_RET ret_ = {ns}::{s}_get_all(this, dest); return ret_; "));
     writeCFunction(functionHead(s.m_name + "_put_all", v.fill(" ( {s} *handle, const {s}_d * src)"), width), putBody);
     writeCppMember(kMember, hppClass(s.m_name), v.fill("put_all ( {s}_d * src)"),
-                   v.fill("{ ZYL_RET ret_ = {db}::{s}_put_all(this, src); return ret_; "));
+                   v.fill("{ ZYL_RET ret_ = {ns}::{s}_put_all(this, src); return ret_; "));
 }
 
 // ---------------------------------------------------------------------------
@@ -616,7 +619,7 @@ void GenOutput::genCharTopFunction(Struct& s, mstring const& cf, Field const& f,
     Subst v;
     int const bytes = f.m_struct->m_layout.compact.m_size.m_num;
     int const n = mstring(elem) == "char" ? bytes : bytes / 2;
-    v.set("cf", cf).set("h", s.m_name).set("elem", elem).set("n", UT::n2s(n));
+    v.set("cf", cf).setType("h", s.m_name).set("elem", elem).set("n", UT::n2s(n));
     genTopFunction(s, v, "/*OUT*/{elem} (*keys)[{n}]",
                    "if ((rc = {cf}_get(&handle, keys[r], (uint2)sizeof(*keys))) != ZYL_S_OK && rc != "
                    "ZYL_S_NULL_VALUE) return rc;");
@@ -626,7 +629,7 @@ void GenOutput::genCharTopFunction(Struct& s, mstring const& cf, Field const& f,
 // a character element of a sequence can hold.
 void GenOutput::genVarCharTopFunction(Struct& s, mstring const& cf, Field const&, char const* elem) {
     Subst v;
-    v.set("cf", cf).set("h", s.m_name).set("elem", elem);
+    v.set("cf", cf).setType("h", s.m_name).set("elem", elem);
     genTopFunction(s, v, "/*OUT*/{elem} (*keys)[ZYL_SEQ_MAX_CHAR_SIZE]",
                    "{ uint2 len_; if ((rc = {cf}_get(&handle, keys[r], (uint2)sizeof(*keys), &len_)) != ZYL_S_OK && "
                    "rc != ZYL_S_NULL_VALUE) return rc; }");

@@ -41,10 +41,10 @@ inline constexpr char const* kMember = "  ZYL_RET ";
 inline constexpr char const* kStaticMember = "  static ZYL_RET ";
 
 // How a C++ member passes its arguments on to the C function.
-inline constexpr char const* kForward = "{ ZYL_RET ret_ = {db}::{cf}{op}(this, {args}); return ret_; ";
-inline constexpr char const* kForwardStatic = "{ ZYL_RET ret_ = {db}::{cf}{op}({args}); return ret_; ";
+inline constexpr char const* kForward = "{ ZYL_RET ret_ = {ns}::{cf}{op}(this, {args}); return ret_; ";
+inline constexpr char const* kForwardStatic = "{ ZYL_RET ret_ = {ns}::{cf}{op}({args}); return ret_; ";
 // A struct read into a wrapper makes the wrapper usable.
 inline constexpr char const* kForwardRead =
-    "{ ZYL_RET ret_ = {db}::{cf}{op}(this, {args}); s.set_valid(ret_==ZYL_S_OK); return ret_; ";
+    "{ ZYL_RET ret_ = {ns}::{cf}{op}(this, {args}); s.set_valid(ret_==ZYL_S_OK); return ret_; ";
 
 }  // namespace fieldtext

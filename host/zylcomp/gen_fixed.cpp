@@ -56,11 +56,11 @@ bool seenBefore(std::unordered_set<Struct const*>& done, Struct const& s) { retu
 void fixedFieldSubst(Subst& v, Struct const& s, Field const& f) {
     Struct const& t = *f.m_struct;
     int bytes = t.m_layout.compact.m_size.m_num;
-    v.set("s", s.m_name)
+    v.setType("s", s.m_name)
         .set("field", f.m_name)
         .set("m", alone(f.m_name))
-        .set("t", t.m_name)
-        .set("ctype", t.m_cType)
+        .setType("t", t.m_name)
+        .set("ctype", cTypeOf(t))
         .setNum("n", t.m_category == TC_NCHARS ? bytes / 2 : bytes)
         .setNum("count", f.m_arraySize);
     if (f.m_isArray) {
@@ -169,7 +169,7 @@ void GenOutput::outputFixed(Struct& s) {
         putChain.append("(rc_ = ").append(put).append(") == ZYL_S_OK");
     }
 
-    v.set("s", s.m_name);
+    v.setType("s", s.m_name);
     std::string head;
     std::string body;
     appendHead(head, {s.m_name.c_str(), "_fixed_get"}, s.m_outputWidth);
@@ -199,7 +199,7 @@ void GenOutput::direct_struct_output(Struct& s, mstring const& suffix) {
         mstring dim = f.m_isArray ? mstring("[") + UT::n2s(f.m_arraySize) + "]" : mstring();
         switch (t.m_category) {
         case TC_SCALAR:
-            *m_h << "\t" << t.m_cType << " " << alone(f.m_name) << dim << ";\n";
+            *m_h << "\t" << cTypeOf(t) << " " << alone(f.m_name) << dim << ";\n";
             break;
         case TC_CHARS:
         case TC_BINARY:

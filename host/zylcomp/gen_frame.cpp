@@ -195,7 +195,7 @@ void GenOutput::heading() {
         *m_hpp << "#include \"zyl.hpp\"";
     else
         *m_hpp << "#include \"zyl.h\"";
-    *m_hpp << "\n\n#define ZYL_CPP_INTERFACE\n#include \"" << db << ".h\"\n\nnamespace " << db << "\n{\n\n";
+    *m_hpp << "\n\n#define ZYL_CPP_INTERFACE\n#include \"" << db << ".h\"\n\nnamespace " << alone(db) << "\n{\n\n";
     *m_hpp << "class ZylBase_\n"
               "{\n"
               "  protected:\n"
@@ -209,7 +209,7 @@ void GenOutput::heading() {
               "};\n"
               "\n";
 
-    *m_h << "#ifdef ZYL_CPP_INTERFACE\nnamespace " << db << "\n{\n#endif\n\n";
+    *m_h << "#ifdef ZYL_CPP_INTERFACE\nnamespace " << alone(db) << "\n{\n#endif\n\n";
 
     for (IOutStream* out : {m_udf, m_coll})
         *out << "#include \"" << db << ".h\"\n#include \"zylwrap.h\"\n\n";
@@ -354,7 +354,7 @@ mstring GenOutput::classCode(Class const& c) const {
     return m_classCodeOrigin ? mstring("dict.class_code_origin + ") + code : code;
 }
 
-mstring const& hppClass(mstring const& name) { return name; }
+mstring hppClass(mstring const& name) { return alone(name); }
 
 mstring A(mstring const& name, mstring const& value) {
     mstring v;
@@ -363,35 +363,7 @@ mstring A(mstring const& name, mstring const& value) {
     return name + "=\"" + v + "\" ";
 }
 
-namespace {
-
-// The keywords of C, C++, Java and C# together, sorted for a binary search.
-char const* const kHostKeywords[] = {
-    "_Alignas", "_Alignof", "_Atomic", "_Bool", "_Complex", "_Generic", "_Imaginary", "_Noreturn",
-    "_Static_assert", "_Thread_local", "abstract", "alignas", "alignof", "and", "and_eq", "as", "asm",
-    "assert", "auto", "base", "bitand", "bitor", "bool", "boolean", "break", "byte", "case", "catch", "char",
-    "char16_t", "char32_t", "checked", "class", "compl", "const", "const_cast", "constexpr", "continue",
-    "decimal", "decltype", "default", "delegate", "delete", "do", "double", "dynamic_cast", "else", "enum",
-    "event", "explicit", "export", "extends", "extern", "false", "final", "finally", "fixed", "float", "for",
-    "foreach", "friend", "goto", "if", "implements", "implicit", "import", "in", "inline", "instanceof",
-    "int", "interface", "internal", "is", "lock", "long", "mutable", "namespace", "native", "new", "noexcept",
-    "not", "not_eq", "null", "nullptr", "object", "operator", "or", "or_eq", "out", "override", "package",
-    "params", "private", "protected", "public", "readonly", "ref", "register", "reinterpret_cast", "restrict",
-    "return", "sbyte", "sealed", "short", "signed", "sizeof", "stackalloc", "static", "static_assert",
-    "static_cast", "strictfp", "string", "struct", "super", "switch", "synchronized", "template", "this",
-    "thread_local", "throw", "throws", "transient", "true", "try", "typedef", "typeid", "typename", "typeof",
-    "uint", "ulong", "unchecked", "union", "unsafe", "unsigned", "ushort", "using", "virtual", "void",
-    "volatile", "wchar_t", "while", "xor", "xor_eq",
-};
-
-}  // namespace
-
-mstring alone(mstring const& name) {
-    char const* n = name.c_str();
-    bool keyword = std::binary_search(std::begin(kHostKeywords), std::end(kHostKeywords), n,
-                                      [](char const* a, char const* b) { return std::strcmp(a, b) < 0; });
-    return keyword ? name + "_" : name;
-}
+mstring cTypeOf(Struct const& t) { return t.m_isEnum ? alone(t.m_cType) : t.m_cType; }
 
 // ---------------------------------------------------------------------------
 // Parameter names of index functions
@@ -485,7 +457,7 @@ Subst::Slot& Subst::slotOf(char const* name, size_t n) {
         unsigned const key = keyOf(name, n);
         unsigned const bucket = bucketOf(key);
         i = static_cast<int>(v_slot.size());
-        v_slot.push_back(Slot{name, key, m_bucket[bucket], 0, 0, 0});
+        v_slot.push_back(Slot{name, key, m_bucket[bucket], 0, 0, 0, false});
         m_bucket[bucket] = i;
     }
     return v_slot[static_cast<size_t>(i)];
@@ -502,6 +474,13 @@ Subst& Subst::store(Slot& slot, char const* value, size_t n) {
         std::memmove(&m_values[slot.off], value, n);
     }
     slot.len = static_cast<unsigned>(n);
+    return *this;
+}
+
+Subst& Subst::setType(char const* name, mstring const& value) {
+    Slot& slot = slotOf(name, std::strlen(name));
+    store(slot, value.c_str(), value.length());
+    slot.keyword = alone(value).length() != value.length();
     return *this;
 }
 
@@ -525,6 +504,7 @@ Subst& Subst::set(char const* name, std::initializer_list<char const*> pieces) {
         }
     }
     slot.len = static_cast<unsigned>(n);
+    slot.keyword = false;
     return *this;
 }
 
@@ -563,6 +543,8 @@ void Subst::fillTo(std::string& out, char const* text) const {
             out.append(run, static_cast<size_t>(brace - run));
             Slot const& slot = v_slot[static_cast<size_t>(found)];
             out.append(values + slot.off, slot.len);
+            if (slot.keyword && !isNameChar(end[1]))
+                out += '_';
             run = end + 1;
             p = run;
         } else {

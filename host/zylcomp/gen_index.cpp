@@ -154,8 +154,8 @@ void GenOutput::outputIndex(Class& c, Index& idx) {
 
     mstring const ix = c.m_name + "_" + idx.m_name;
     Subst v;
-    v.set("db", m_schema->m_dbName)
-        .set("class", c.m_name)
+    v.set("db", m_schema->m_dbName).set("ns", alone(m_schema->m_dbName))
+        .setType("class", c.m_name)
         .set("index", idx.m_name)
         .set("ix", ix)
         .set("code", UT::n2s(idx.m_code))
@@ -180,7 +180,7 @@ void GenOutput::outputIndex(Class& c, Index& idx) {
     // An R-tree is searched by one rectangle of its field's scalar type.
     if (type == IT_RTREE) {
         Field const& f = *idx.v_segment[0].v_fldEl[0].m_field;
-        v.set("ctype", f.m_struct->m_cType).set("rect", f.m_name + "_key_0");
+        v.set("ctype", cTypeOf(*f.m_struct)).set("rect", f.m_name + "_key_0");
     }
 
     mstring const scope = hppClass(c.m_name) + "::" + alone(idx.m_name);
@@ -191,23 +191,23 @@ void GenOutput::outputIndex(Class& c, Index& idx) {
         IndexRow const rows[] = {
             {true, "_index_cursor", " ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )",
              "{ return zyl_w_index_cursor( t, {code}, c );", false, "cursor( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )",
-             "{ return {db}::{ix}_index_cursor(t, c); "},
+             "{ return {ns}::{ix}_index_cursor(t, c); "},
             {true, "_compare", " ( zyl_trans_h {t}, zyl_cursor_h {c}{F}, /*OUT*/ int *result_ )",
              "{a}  return zyl_w_cursor_compare( {t}, {c}, a_, result_);", false,
              "compare( zyl_trans_h t_, zyl_cursor_h c_{F}, /*OUT*/ int & result_ )",
-             "{ return {db}::{ix}_compare(t_, c_{A}, &result_); "},
+             "{ return {ns}::{ix}_compare(t_, c_{A}, &result_); "},
             {!idx.m_unique, "_search", " ( zyl_trans_h {t}, /*INOUT*/ zyl_cursor_h {c}{F} )",
              "{a}return zyl_w_hash_find({t},{c},a_);", false, "search( zyl_trans_h t_, /*INOUT*/ zyl_cursor_h c_{F} )",
-             "{ return {db}::{ix}_search(t_, c_{A}); "},
+             "{ return {ns}::{ix}_search(t_, c_{A}); "},
             {idx.m_unique && !vectorKey, "_find", " ( zyl_trans_h {t}{F}, /*OUT*/ {class} *handle_)",
              "{a}  return zyl_w_hash_find_scalar({t}, {code}, a_, (zyl_objhandle_h)handle_);", false,
              "find( zyl_trans_h t_{F}, /*OUT*/ {class} & handle_)",
-             "{ ZYL_RET ret_ = {db}::{ix}_find(t_{A}, &handle_); handle_.set_valid(ret_==ZYL_S_OK); return ret_; "},
+             "{ ZYL_RET ret_ = {ns}::{ix}_find(t_{A}, &handle_); handle_.set_valid(ret_==ZYL_S_OK); return ret_; "},
             {idx.m_unique && vectorKey, "_find",
              " ( zyl_trans_h {t}{F}, /*OUT*/ {class} *handle_, /*OUT*/ uint2 *index_)",
              "{a}  return zyl_w_hash_find_vect({t}, {code}, a_, (zyl_objhandle_h)handle_, index_);", false,
              "find( zyl_trans_h t_{F}, /*OUT*/ {class} & handle_, /*OUT*/ uint2 & index_)",
-             "{ ZYL_RET ret_ = {db}::{ix}_find(t_{A}, &handle_, &index_); handle_.set_valid(ret_==ZYL_S_OK); "
+             "{ ZYL_RET ret_ = {ns}::{ix}_find(t_{A}, &handle_, &index_); handle_.set_valid(ret_==ZYL_S_OK); "
              "return ret_; "},
         };
         for (IndexRow const& row : rows) {
@@ -223,92 +223,92 @@ void GenOutput::outputIndex(Class& c, Index& idx) {
     bool const plain = !userdef;
     IndexRow const rows[] = {
         {plain && idx.m_voluntary, "_create", " ( zyl_trans_h t)", "{ return zyl_w_voluntary_create(t, {code} ); ",
-         false, "create( zyl_trans_h t )", "{ return {db}::{ix}_create(t); "},
+         false, "create( zyl_trans_h t )", "{ return {ns}::{ix}_create(t); "},
         {plain && idx.m_voluntary, "_drop", " ( zyl_trans_h t)", "{ return zyl_w_voluntary_drop(t, {code} ); ", false,
-         "drop( zyl_trans_h t )", "{ return {db}::{ix}_drop(t); "},
+         "drop( zyl_trans_h t )", "{ return {ns}::{ix}_drop(t); "},
         {true, "_index_cursor", " ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )",
          "{ return zyl_w_index_cursor( t, {code}, c );", false, "cursor( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )",
-         "{ return {db}::{ix}_index_cursor(t, c); "},
+         "{ return {ns}::{ix}_index_cursor(t, c); "},
         {tree || patricia || type == IT_TRIGRAM, "_search",
          " ( zyl_trans_h {t}, /*INOUT*/ zyl_cursor_h {c}, ZYL_OPCODE op_{F}{bits} )",
          "{a}\n  return zyl_w_tree_find({t},{c},op_,a_);", false,
          "search( zyl_trans_h t_, /*INOUT*/ zyl_cursor_h c_, ZYL_OPCODE op_{F}{bits} )",
-         "{ return {db}::{ix}_search(t_, c_, op_{A}{bitsArg}); "},
+         "{ return {ns}::{ix}_search(t_, c_, op_{A}{bitsArg}); "},
         {type == IT_KDTREE, "_search",
          " ( zyl_trans_h {t}, /*INOUT*/ zyl_cursor_h {c}, /*IN*/ {class} * range_start, /*IN*/ {class} * range_end )",
          "{ \n  return zyl_w_kdtree_find({t},{c}, (ZYL_Hf*) range_start, (ZYL_Hf*) range_end );", false,
          "search( zyl_trans_h t_, /*INOUT*/ zyl_cursor_h c_, /*IN*/ {class} * range_start, /*IN*/ {class} * "
          "range_end )",
-         "{ return {db}::{ix}_search(t_, c_, range_start, range_end); "},
+         "{ return {ns}::{ix}_search(t_, c_, range_start, range_end); "},
         {type == IT_RTREE, "_search",
          " ( zyl_trans_h t_, /*IN*/ ZYL_OPCODE op_ , /*INOUT*/ zyl_cursor_h c_, const {ctype}* {rect} )",
          "{ zyl_external_field_t a_ [1];\n  zyl_external_field_h pa_ = a_;\n  pa_->field_type = 0; \n"
          "  pa_->v.ptr_size = sizeof({rect}); \n  pa_->ptr = (const char*){rect}; \n"
          "  return zyl_w_tree_find(t_, c_, op_, a_); ",
          false, "search( zyl_trans_h t_, /*IN*/ ZYL_OPCODE op_ , /*INOUT*/ zyl_cursor_h c_, const {ctype}* {rect} )",
-         "{ return {db}::{ix}_search(t_, op_, c_, {rect}); "},
+         "{ return {ns}::{ix}_search(t_, op_, c_, {rect}); "},
         {keywords, "_search_any",
          " ( zyl_trans_h {t}, /*INOUT*/ zyl_cursor_h {c}, int n_keywords, zyl_search_kwd_t* keywords)",
          "{ return zyl_w_tree_find_any({t},{c},n_keywords,keywords); }\n\n", true,
          "search_any( zyl_trans_h t_, /*INOUT*/ zyl_cursor_h c_, int n_keywords, zyl_search_kwd_t* keywords)",
-         "{ return {db}::{ix}_search_any(t_, c_, n_keywords, keywords); ", "search_all"},
+         "{ return {ns}::{ix}_search_any(t_, c_, n_keywords, keywords); ", "search_all"},
         {keywords, "_search_all",
          " ( zyl_trans_h {t}, /*INOUT*/ zyl_cursor_h {c}, int n_keywords, zyl_search_kwd_t* keywords)",
          "{ return zyl_w_tree_find_all({t},{c},n_keywords,keywords); }\n\n", true,
          "search_all( zyl_trans_h t_, /*INOUT*/ zyl_cursor_h c_, int n_keywords, zyl_search_kwd_t* keywords)",
-         "{ return {db}::{ix}_search_all(t_, c_, n_keywords, keywords); "},
+         "{ return {ns}::{ix}_search_all(t_, c_, n_keywords, keywords); "},
         {tree || patricia, "_compare", " ( zyl_trans_h {t}, zyl_cursor_h {c}{F}{bits}, /*OUT*/ int *result_ )",
          "{a}  return zyl_w_cursor_compare( {t}, {c}, a_, result_);", false,
          "compare( zyl_trans_h t_, zyl_cursor_h c_{F}{bits}, /*OUT*/ int & result_ )",
-         "{ return {db}::{ix}_compare(t_, c_{A}{bitsArg}, &result_); "},
+         "{ return {ns}::{ix}_compare(t_, c_{A}{bitsArg}, &result_); "},
         {tree && plain, "_pattern_size", " ({F1}, /*OUT*/ uint4 *size_)",
          "{ap}  (pa_+1)->field_type=0;\n   return zyl_pattern_size( a_,size_);", false,
-         "pattern_size({F1}, /*OUT*/ uint4 *size_)", "{ return {db}::{ix}_pattern_size({A1}, size_); "},
+         "pattern_size({F1}, /*OUT*/ uint4 *size_)", "{ return {ns}::{ix}_pattern_size({A1}, size_); "},
         {tree && plain, "_pattern_search",
          " ( zyl_trans_h {t}, zyl_cursor_h {c}, /*INOUT*/ void *allocated_pattern, zyl_size_t memsize {F} )",
          "{ap}  (pa_+1)->field_type=0;\n  return zyl_pattern_search({t}, {c}, allocated_pattern, memsize, a_);",
          false, "pattern_search( zyl_trans_h t_, zyl_cursor_h c_, /*INOUT*/ void *allocated_pattern, "
                 "zyl_size_t memsize {F} )",
-         "{ return {db}::{ix}_pattern_search(t_, c_, allocated_pattern, memsize{A}); "},
+         "{ return {ns}::{ix}_pattern_search(t_, c_, allocated_pattern, memsize{A}); "},
         {tree && plain, "_pattern_next", " ( zyl_trans_h {t}, zyl_cursor_h {c}, /*INOUT*/ void *allocated_pattern )",
          "{ return zyl_pattern_next({t}, {c} , allocated_pattern,  0);", false,
          "pattern_next( zyl_trans_h t_, zyl_cursor_h c_, /*INOUT*/ void *allocated_pattern )",
-         "{ return {db}::{ix}_pattern_next(t_, c_, allocated_pattern); "},
+         "{ return {ns}::{ix}_pattern_next(t_, c_, allocated_pattern); "},
         {plain && !vectorKey, "_locate", " ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c, {class} * handle)",
          "{ return zyl_w_cursor_locate( t, {code}, (zyl_objhandle_h)handle, c);", false,
          "locate( zyl_trans_h t, /*OUT*/ zyl_cursor_h c, {class} * handle)",
-         "{ return {db}::{ix}_locate(t, c, handle); "},
+         "{ return {ns}::{ix}_locate(t, c, handle); "},
         {plain && vectorKey && (tree || patricia), "_get_index", " ( zyl_cursor_h c, /*OUT*/ uint2 * index )",
          "{ return zyl_w_cursor_get_index( c, index); ", false, "get_index( zyl_cursor_h c, /*OUT*/ uint2 & result )",
-         "{ return {db}::{ix}_get_index(c, &result); "},
+         "{ return {ns}::{ix}_get_index(c, &result); "},
         {idx.m_unique && (tree || patricia) && !vectorKey, "_find",
          " ( zyl_trans_h {t}{F}{bits}, /*OUT*/ {class} *handle_)",
          "{a}  return zyl_w_tree_find_scalar({t}, {code}, a_, (zyl_objhandle_h)handle_);", false,
          "find( zyl_trans_h t_{F}{bits}, /*OUT*/ {class} & handle_)",
-         "{ ZYL_RET ret_ = {db}::{ix}_find(t_{A}{bitsArg}, &handle_); handle_.set_valid(ret_==ZYL_S_OK); "
+         "{ ZYL_RET ret_ = {ns}::{ix}_find(t_{A}{bitsArg}, &handle_); handle_.set_valid(ret_==ZYL_S_OK); "
          "return ret_; "},
         {idx.m_unique && (tree || patricia) && vectorKey, "_find",
          " ( zyl_trans_h {t}{F}{bits}, /*OUT*/ {class} *handle_, /*OUT*/ uint2 *index_)",
          "{a}  return zyl_w_tree_find_vect({t}, {code}, a_, (zyl_objhandle_h)handle_, index_);", false,
          "find( zyl_trans_h t_{F}{bits}, /*OUT*/ {class} & handle_, /*OUT*/ uint2 & index_)",
-         "{ ZYL_RET ret_ = {db}::{ix}_find(t_{A}{bitsArg}, &handle_, &index_); handle_.set_valid(ret_==ZYL_S_OK); "
+         "{ ZYL_RET ret_ = {ns}::{ix}_find(t_{A}{bitsArg}, &handle_, &index_); handle_.set_valid(ret_==ZYL_S_OK); "
          "return ret_; "},
         {patricia && plain, "_next_match", " ( zyl_trans_h {t}, zyl_cursor_h {c}{F}{bits} )",
          "{a}\n  return zyl_w_tree_find( {t}, {c}, ZYL_NEXT_MATCH, a_);", false,
          "next_match( zyl_trans_h t_, zyl_cursor_h c_{F}{bits} )",
-         "{ return {db}::{ix}_next_match(t_, c_{A}{bitsArg}); "},
+         "{ return {ns}::{ix}_next_match(t_, c_{A}{bitsArg}); "},
         {patricia && plain, "_prefix_match", " ( zyl_trans_h {t}, zyl_cursor_h {c}{F}{bits} )",
          "{a}\n  return zyl_w_tree_find( {t}, {c}, ZYL_PREF, a_);", false,
          "prefix_match( zyl_trans_h t_, zyl_cursor_h c_{F}{bits} )",
-         "{ return {db}::{ix}_prefix_match(t_, c_{A}{bitsArg}); "},
+         "{ return {ns}::{ix}_prefix_match(t_, c_{A}{bitsArg}); "},
         {patricia && plain, "_longest_match", " ( zyl_trans_h {t}, zyl_cursor_h {c}{F}{bits} )",
          "{a}\n  return zyl_w_tree_find( {t}, {c}, ZYL_BEST, a_);", false,
          "longest_match( zyl_trans_h t_, zyl_cursor_h c_{F}{bits} )",
-         "{ return {db}::{ix}_longest_match(t_, c_{A}{bitsArg}); "},
+         "{ return {ns}::{ix}_longest_match(t_, c_{A}{bitsArg}); "},
         {patricia && plain, "_exact_match", " ( zyl_trans_h {t}, zyl_cursor_h {c}{F}{bits} )",
          "{a}\n  return zyl_w_tree_find( {t}, {c}, ZYL_EX, a_);", false,
          "exact_match( zyl_trans_h t_, zyl_cursor_h c_{F}{bits} )",
-         "{ return {db}::{ix}_exact_match(t_, c_{A}{bitsArg}); "},
+         "{ return {ns}::{ix}_exact_match(t_, c_{A}{bitsArg}); "},
     };
     for (IndexRow const& row : rows) {
         if (row.when)

@@ -81,15 +81,15 @@ void GenOutput::output_optional_field(Struct& s, Class* c, Field& f) {
         {true, FieldRow::kRead, "_read_handle", " ( {h} *handle, /*OUT*/ {t} * h )",
          " return zyl_w_optional_get2( (zyl_objhandle_h)handle, (zyl_objhandle_h)h, {off_u}, {off_c}, {fn}); ",
          kMember, "{field}_read( {t} & s )",
-         "{ ZYL_RET ret_ = {db}::{cf}_read_handle( this, &s ); set_valid(ret_==ZYL_S_OK); return ret_; ", ""},
+         "{ ZYL_RET ret_ = {ns}::{cf}_read_handle( this, &s ); set_valid(ret_==ZYL_S_OK); return ret_; ", ""},
         {true, FieldRow::kWrite, "_write_handle", " ( {h} *handle, /*OUT*/ {t} * h )",
          " return zyl_w_optional_put2( (zyl_objhandle_h)handle, (zyl_objhandle_h)h, {cnum}, {off_u}, {off_c}, {fn}, "
          "{ix}); ",
          kMember, "{field}_write( {t} & s )",
-         "{ ZYL_RET ret_ = {db}::{cf}_write_handle( this, &s ); s.set_valid(ret_==ZYL_S_OK); return ret_; ", ""},
+         "{ ZYL_RET ret_ = {ns}::{cf}_write_handle( this, &s ); s.set_valid(ret_==ZYL_S_OK); return ret_; ", ""},
         {true, FieldRow::kWrite, "_erase", " ( {h} *handle )",
          " return zyl_w_optional_erase2( (zyl_objhandle_h)handle, {off_u}, {off_c}, {fn}, {ix}); ", kMember,
-         "{field}_erase()", "{ ZYL_RET ret_ = {db}::{cf}_erase( this ); return ret_; ", ""},
+         "{field}_erase()", "{ ZYL_RET ret_ = {ns}::{cf}_erase( this ); return ret_; ", ""},
     };
     writeFieldRows(s, f, v, rows, sizeof rows / sizeof rows[0]);
 }
@@ -160,10 +160,10 @@ void GenOutput::output_sequence_field(Struct& s, Class* c, Field& f) {
         v.set("T", e.m_name + "_fixed").set("TC", e.m_name + "_fixed").set("cast", "").set("val", "");
     } else if (chars) {
         v.set("T", v.fill("{cf}_fixed")).set("TC", v.fill("Char<{n}>"));
-        v.set("cast", v.fill("({db}::{T}*)")).set("val", v.fill("*({db}::{T}*)&"));
+        v.set("cast", v.fill("({ns}::{T}*)")).set("val", v.fill("*({ns}::{T}*)&"));
         *m_h << v.fill("typedef struct { char body[{n}]; } {T};\n");
     } else {
-        v.set("T", e.m_cType).set("TC", e.m_cType).set("cast", "").set("val", "");
+        v.set("T", cTypeOf(e)).set("TC", cTypeOf(e)).set("cast", "").set("val", "");
     }
     // By value the character calls take the element's address.
     v.set("ref", chars ? "&" : "");
@@ -189,7 +189,7 @@ void GenOutput::output_sequence_field(Struct& s, Class* c, Field& f) {
                      "null_bitmap = NULL);\n");
     *m_hppInline << v.fill("inline  ZYL_RET {hpp}::{field}_append({TC} const* vals, zyl_size_t n_items, "
                            "zyl_bitmap_word_t const* null_bitmap)\n{ ZYL_RET ret_ = "
-                           "{db}::{cf}_append_nullable(this, {cast}vals, n_items, null_bitmap); return ret_; \n}\n\n");
+                           "{ns}::{cf}_append_nullable(this, {cast}vals, n_items, null_bitmap); return ret_; \n}\n\n");
 
     FieldRow const rows[] = {
         {true, FieldRow::kWrite, "_insert", " ( {h} *handle, zyl_seq_no_t pos, {T} const* vals, zyl_size_t n_items)",
@@ -254,13 +254,13 @@ void GenOutput::output_sequence_field(Struct& s, Class* c, Field& f) {
     writeFieldRows(s, f, v, iterators, sizeof iterators / sizeof iterators[0]);
     SeqMember const members[] = {
         {true, "  ", "{field}_map(Sequence<zyl_seq_no_t> const& positions)",
-         "{db}::{cf}_map(this, resSeq.iter, positions.iter)"},
+         "{ns}::{cf}_map(this, resSeq.iter, positions.iter)"},
         {true, "  ", "{field}_subseq(zyl_seq_no_t from, zyl_seq_no_t till)",
-         "{db}::{cf}_subseq(this, resSeq.iter, from, till)"},
-        {true, "  ", "{field}_iterator()", "{db}::{cf}_iterator(this, resSeq.iter)"},
+         "{ns}::{cf}_subseq(this, resSeq.iter, from, till)"},
+        {true, "  ", "{field}_iterator()", "{ns}::{cf}_iterator(this, resSeq.iter)"},
         {c != nullptr, "  static ", "{field}_from_cursor(zyl_trans_h trans, zyl_cursor_h cursor)",
-         "{db}::{cf}_from_cursor(trans, resSeq.iter, cursor)"},
-        {true, "  ", "{field}_project(GenericSequence const& seq)", "{db}::{cf}_project(this, resSeq.iter, seq.iter)"},
+         "{ns}::{cf}_from_cursor(trans, resSeq.iter, cursor)"},
+        {true, "  ", "{field}_project(GenericSequence const& seq)", "{ns}::{cf}_project(this, resSeq.iter, seq.iter)"},
     };
     for (SeqMember const& m : members) {
         if (!m.when)

@@ -84,7 +84,7 @@ void GenOutput::outputUserdef() {
                 continue;
             bool const hash = idx.m_type == IT_HASH;
             Subst v;
-            v.set("k", UT::n2s(idx.m_userdefNo)).set("class", c.m_name).set("index", idx.m_name);
+            v.set("k", UT::n2s(idx.m_userdefNo)).setType("class", c.m_name).set("index", idx.m_name);
             // Each function gets the element's place too, for keys inside a vector.
             Slot const slots[] = {
                 {true, "    fptrs[{k}].fcomp.vb      = (zyl_compare_userdef_vb_f)        ", "int", "_compare_obj",

@@ -262,8 +262,8 @@ void GenOutput::outputElementField(Struct& s, Class* c, Field& f, bool vector) {
         .set("dimjava", vector ? mstring() : v.fill("\t@Dimension({dim})\n"))
         .set("enccs", wide ? "\t[Encoding(\"UTF-16\")]\n" : "")
         .set("encjava", wide ? "\t@Encoding(\"UTF-16\")\n" : "")
-        .set("cstype", structs ? t.m_name : ref ? "ulong" : "string")
-        .set("jtype", structs ? t.m_name : ref ? "long" : "String");
+        .set("cstype", structs ? alone(t.m_name) : ref ? "ulong" : "string")
+        .set("jtype", structs ? alone(t.m_name) : ref ? "long" : "String");
     if (m_genCs)
         v.fillTo(*m_cs, "{enccs}{dimcs}\tpublic {cstype}[] {m};\n");
     if (m_genJava)

@@ -34,7 +34,7 @@ bool hasXmlForm(Class const& c) {
 
 void GenOutput::outputAccessRows(Class& c, AccessRow const* rows, unsigned n) {
     Subst v;
-    v.set("class", c.m_name).set("db", m_schema->m_dbName).set("code", classCode(c));
+    v.setType("class", c.m_name).set("db", m_schema->m_dbName).set("ns", alone(m_schema->m_dbName)).set("code", classCode(c));
     for (unsigned i = 0; i < n; i++) {
         AccessRow const& row = rows[i];
         writeCFunction(functionHead(c.m_name + row.suffix, v.fill(row.params), c.m_outputWidth),
@@ -53,18 +53,18 @@ void GenOutput::outputXmlRW(Class& c) {
         {"_xml_get", " ( {class} *handle, void * stream_handle, /*INOUT*/ zyl_stream_write o_stream )",
          "{ return zyl_w_xml_get_object( (zyl_objhandle_h)handle,  stream_handle, o_stream, {code}); \n}\n\n",
          "xml_get( void * stream_handle, /*INOUT*/ zyl_stream_write o_stream )",
-         "{ return {db}::{class}_xml_get(this,stream_handle,o_stream); \n} \n\n"},
+         "{ return {ns}::{class}_xml_get(this,stream_handle,o_stream); \n} \n\n"},
         {"_xml_put", " ( {class} *handle, const char * xml )",
          "{ return zyl_w_xml_put_object( (zyl_objhandle_h)handle, xml, {code}); \n}\n\n", "xml_put( const char * xml )",
-         "{ return {db}::{class}_xml_put(this,xml); \n} \n\n"},
+         "{ return {ns}::{class}_xml_put(this,xml); \n} \n\n"},
         {"_xml_create", " ( zyl_trans_h t, const char * xml, /*OUT*/ {class} *handle )",
          "{ return zyl_w_xml_create_object( t, xml, (zyl_objhandle_h)handle, {code}); \n}\n\n",
          "xml_create( zyl_trans_h t, const char * xml)",
-         "{ ZYL_RET ret_ = {db}::{class}_xml_create(t,xml,this); set_valid(ret_==ZYL_S_OK); return ret_; \n} \n\n"},
+         "{ ZYL_RET ret_ = {ns}::{class}_xml_create(t,xml,this); set_valid(ret_==ZYL_S_OK); return ret_; \n} \n\n"},
         {"_xml_schema", " ( zyl_trans_h t, void * stream_handle, /*INOUT*/ zyl_stream_write o_stream )",
          "{ return zyl_w_xml_schema(t, stream_handle, o_stream, {code}); \n}\n\n",
          "xml_schema(  zyl_trans_h t, void * stream_handle, /*INOUT*/ zyl_stream_write o_stream )",
-         "{ return {db}::{class}_xml_schema(t,stream_handle,o_stream); \n} \n\n"},
+         "{ return {ns}::{class}_xml_schema(t,stream_handle,o_stream); \n} \n\n"},
     };
     outputAccessRows(c, rows, sizeof rows / sizeof rows[0]);
 }
@@ -74,7 +74,7 @@ void GenOutput::outputJsonW(Class& c) {
         {"_json_get", " ( {class} *handle, void * stream_handle, /*INOUT*/ zyl_stream_write o_stream )",
          "{ return zyl_w_json_get_object( (zyl_objhandle_h)handle,  stream_handle, o_stream, {code}); \n}\n\n",
          "json_get( void * stream_handle, /*INOUT*/ zyl_stream_write o_stream )",
-         "{ return {db}::{class}_json_get(this,stream_handle,o_stream); \n} \n\n"},
+         "{ return {ns}::{class}_json_get(this,stream_handle,o_stream); \n} \n\n"},
     };
     outputAccessRows(c, rows, 1);
 }

@@ -23,6 +23,7 @@
 #include "foundation/mvector.h"
 #include "foundation/outfile.h"
 #include "foundation/outstream.h"
+#include "host/zylcomp/keywords.h"
 #include "frontend/diagnostics.h"
 #include "host/zylcomp/fsize.h"
 
@@ -165,7 +166,8 @@ protected:
     void outputHandles();
     void outputStructHandles();
     bool outputStructs();
-    // Opens "{name}.java" into `slot` with its package and import lines.
+    // Opens the Java file of type `name` (spelled as alone() spells it)
+    // into `slot` with its package and import lines.
     bool openJava(IOutStream*& slot, mstring const& name);
 
     // Class API (gen_class.cpp).
@@ -350,7 +352,7 @@ private:
 
 // The name class `name` bears in the C++ text; every class reference in
 // the .hpp passes through here.
-mstring const& hppClass(mstring const& name);
+mstring hppClass(mstring const& name);
 
 // The constant of Sequence.Type in the Java declarations for the elements
 // of the runtime's sequence family `suffix` ("int4", "char"); empty for a
@@ -385,8 +387,14 @@ public:
     // The value is `text` filled with the values as they stand.
     Subst& setFilled(char const* name, char const* text);
     Subst& setText(char const* name, char const* value, size_t n) {
-        return store(slotOf(name, std::strlen(name)), value, n);
+        Slot& slot = slotOf(name, std::strlen(name));
+        slot.keyword = false;
+        return store(slot, value, n);
     }
+    // A type name of the schema: where a text names the type alone ("{s} *")
+    // it is written as alone() spells it; a name built from it ("{s}_d")
+    // keeps its form.
+    Subst& setType(char const* name, mstring const& value);
 
     mstring fill(char const* text) const;
     // Appends `text`, filled, to `out`.
@@ -402,6 +410,7 @@ private:
         unsigned off;   // the value's place in m_values
         unsigned len;
         unsigned room;  // the length the place can take
+        bool keyword;   // a type name that alone() escapes
     };
     static unsigned keyOf(char const* name, size_t n) {
         unsigned char const first = static_cast<unsigned char>(name[0]);
@@ -431,12 +440,9 @@ private:
 // angle brackets of the value turned into braces.
 mstring A(mstring const& name, mstring const& value);
 
-// A schema name as it stands alone in generated C, C++, Java or C#: a
-// member, a parameter, a local. A keyword of any of the four languages gets
-// a trailing underscore, the same in all of them, so that one schema gives
-// the same names everywhere; any other name is returned as it is. Names
-// built from it (A_int_get) are valid as they are and keep their form.
-mstring alone(mstring const& name);
+// The C type of `t` as a declaration names it: an enum's is its name, so
+// it passes through alone(); a base type's is written as it is ("char").
+mstring cTypeOf(Struct const& t);
 
 // The texts gathered while the functions of one index are written, and the
 // names of the fixed parameters, chosen so that no key parameter (those

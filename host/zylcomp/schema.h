@@ -316,6 +316,7 @@ public:
     mstring m_name;
     mvector<Elem> v_elem;
     mstring m_intType;  // enum_int_type of the size the values need
+    DeclPlace m_place;
 };
 
 class Collation : public IComparable {

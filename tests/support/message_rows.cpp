@@ -245,7 +245,9 @@ std::vector<MessageRow> const& finishRows() {
     {"class A { signed<4> a; };", E(1, "schema name is not defined")},
     // Each Java class has a file of its own, the database's list of classes too.
     {DB "class A { signed<4> a; };\nclass db {\n  signed<4> b;\n};",
-     E(3, "class db is named like the database: its Java file would overwrite db.java"), "--java"},
+     E(3, "class db is named like the database: the Java and C# bindings would declare db twice"), "--java"},
+    {"declare database switch;\nenum E { A };\nstruct switch { signed<4> a; };",
+     E(3, "struct switch is named like the database: the Java and C# bindings would declare switch_ twice"), "--cs"},
     // Through another struct a struct holds itself quietly here; the layout
     // pass refuses it, without a line.
     {DB "struct A { B b; };\nstruct B { A a; };", "File s.zyl; error: recursive definition of \"A\"\n\n"},
