@@ -96,6 +96,8 @@ unsigned Job::run() {
     analyzer->doChecks();
     if (javaOutput || csharpOutput)
         analyzer->checkBindingNames();
+    if (cppWrappers)
+        analyzer->checkCppNames();
     std::fclose(f);
 
     GenOutput* gen = createGenerator(analyzer->schema(), &reporter, localOutputDir);

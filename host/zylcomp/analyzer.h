@@ -42,6 +42,9 @@ public:
     // classes) beside those of the classes, structs and enums, each Java
     // one in a file of its own: refuses a type named like the database.
     void checkBindingNames();
+    // With the C++ wrappers, the members of a class are its fields and
+    // indexes: refuses those that the C++ text cannot declare.
+    void checkCppNames();
 
     bool isReservedWord(mstring const& word) const;
     // Reports "reserved word #1" when `word` is reserved.

@@ -179,6 +179,38 @@ void Analyzer::checkRefTo() {
     });
 }
 
+void Analyzer::checkCppNames() {
+    // In C++ a member hides an enum type of its name for the members after
+    // it, and no member may bear the name of its class.
+    auto fields = [this](Struct& s) {
+        for (unsigned j = 0; j < s.v_field.size(); j++) {
+            Field const& g = s.v_field[static_cast<int>(j)];
+            if (!g.m_struct->m_isEnum)
+                continue;
+            for (unsigned i = 0; i < j; i++) {
+                Field const& f = s.v_field[static_cast<int>(i)];
+                if (alone(f.m_name) == alone(g.m_struct->m_name)) {
+                    errorAt(f.m_place, "field #1 of #2 is named like the enum type of its later field #3, which the "
+                            "C++ member would hide", f.m_name, s.m_name, g.m_name);
+                    return false;
+                }
+            }
+        }
+        return true;
+    };
+    forEachIn<Struct>(m_schema.m_types, fields);
+    forEachIn<Class>(m_schema.m_classes, fields);
+    forEachIn<Class>(m_schema.m_classes, [this](Class& c) {
+        for (unsigned i = 0; i < c.v_index.size() && !failed(); i++) {
+            Index const& idx = c.v_index[static_cast<int>(i)];
+            if (alone(idx.m_name) == alone(c.m_name))
+                errorAt(idx.m_place, "index #1 is named like its class: a C++ class has no member of its own name",
+                        idx.m_name);
+        }
+        return !failed();
+    });
+}
+
 void Analyzer::checkBindingNames() {
     mstring const db = alone(m_schema.m_dbName);
     auto check = [this, &db](char const* kind, mstring const& name, DeclPlace const& at) {

@@ -405,7 +405,10 @@ TEST(MemoryDict, EveryRowOfTheMessageTables) {
         EXPECT_EQ(r.rc, row.status() == 0 ? 0 : 1005) << row.schema;
         run++;
     }
-    EXPECT_EQ(run, static_cast<int>(rows.size()) - 4);
+    // Only the rows of an option this entry has not are left out.
+    EXPECT_EQ(run, std::count_if(rows.begin(), rows.end(), [](MessageRow const& row) {
+                  return row.option == nullptr || std::string(row.option) == "--sql-reserved-words";
+              }));
     // Still alive, with the panic path of the batch compiler back in place.
     EXPECT_EQ(IErrReporter::setPanicHook({nullptr, nullptr}).handler, nullptr);
     EXPECT_EQ(load("declare database after;").rc, 0);

@@ -248,6 +248,11 @@ std::vector<MessageRow> const& finishRows() {
      E(3, "class db is named like the database: the Java and C# bindings would declare db twice"), "--java"},
     {"declare database switch;\nenum E { A };\nstruct switch { signed<4> a; };",
      E(3, "struct switch is named like the database: the Java and C# bindings would declare switch_ twice"), "--cs"},
+    // The C++ wrappers' members are the fields and indexes.
+    {DB "enum E { A };\nclass C {\n  signed<4> E;\n  E e;\n};",
+     E(4, "field E of C is named like the enum type of its later field e, which the C++ member would hide"), "--cpp"},
+    {DB "class C { signed<4> a;\n  tree<a> C; };",
+     E(3, "index C is named like its class: a C++ class has no member of its own name"), "--cpp"},
     // Through another struct a struct holds itself quietly here; the layout
     // pass refuses it, without a line.
     {DB "struct A { B b; };\nstruct B { A a; };", "File s.zyl; error: recursive definition of \"A\"\n\n"},
