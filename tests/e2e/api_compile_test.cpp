@@ -87,7 +87,7 @@ struct Extras {
 
 Extras const kExtras[] = {
     {"xmljson.zyl", {"--xml-access", "--json-access"}, {}},
-    {"keyword_names.zyl", {"--xml-access", "--json-access"}, {}},
+    {"keyword_names.zyl", {"--xml-access", "--json-access"}, {"switch_udf.c", "switch_coll.c"}},
     {"userdef.zyl", {}, {"ud_udf.c", "ud_coll.c"}},
 };
 
