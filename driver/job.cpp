@@ -88,6 +88,7 @@ unsigned Job::run() {
 
     Parser* parser = new Parser(f, inputFile, &reporter, localIncludeDir, localOutputDir);
     finalCallback->setParser(parser);
+    parser->pp().searchFirst(includeDirs);
     Analyzer* analyzer = new Analyzer(parser, keepFieldOrder, wideOffsets, compactDefault, sqlReservedWords,
                                       persistentDefault, transientUnused, atomicDefault, sizeofSize, spareSize,
                                       &hiddenClasses, finalCallback);

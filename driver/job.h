@@ -44,6 +44,9 @@ struct Job {
     // the order it was opened) and the files written, in the order opened.
     mvector<mstring> filesRead;
     mvector<mstring> filesWritten;
+    // Directories that #include searches, in this order, before includeDir
+    // (or the schema's directory, when includeDir is empty).
+    mvector<mstring> includeDirs;
     // The dependency file a build tool reads, which the caller writes after
     // a complete compile; empty for none. A failed compile removes the one
     // of an earlier compile. It may not be the schema, a file it includes

@@ -60,7 +60,7 @@ CliOptions fail(CliOptions& o, std::string const& why) {
 bool setValue(CliOptions& o, ValueKind kind, std::string const& name, std::string const& value) {
     switch (kind) {
     case OutputDir: o.outputDir = value; return true;
-    case IncludeDir: o.includeDir = value; return true;
+    case IncludeDir: o.includeDirs.push_back(value); return true;
     case CsNamespace: o.csNamespace = value; return true;
     case JavaPackage: o.javaPackage = value; return true;
     case Hide: o.hiddenClasses.push_back(value); return true;
@@ -148,6 +148,9 @@ CliOptions parseOptions(int argc, char const* const* argv) {
     }
     if (o.schemaFile.empty())
         return fail(o, "no schema file given");
+    // It compiles as the run-time entry does, which searches one directory.
+    if (o.dumpDictionary && o.includeDirs.size() > 1)
+        return fail(o, "--dump-dictionary takes one include directory, not " + std::to_string(o.includeDirs.size()));
     return o;
 }
 
@@ -161,7 +164,8 @@ char const* helpText() {
            "\n"
            "Output files:\n"
            "  -o, --output-dir DIR        write every generated file into DIR (default: current directory)\n"
-           "  -I, --include-dir DIR       directory #include searches (default: the schema file's directory)\n"
+           "  -I, --include-dir DIR       a directory #include searches (repeatable): each in the order\n"
+           "                              given, then the schema file's directory\n"
            "      --depfile FILE          write a make rule to FILE: outputs depend on the schema and its #includes\n"
            "\n"
            "Output languages:\n"

@@ -12,7 +12,8 @@ struct CliOptions {
 
     std::string schemaFile;
     std::string outputDir;
-    std::string includeDir;
+    // Searched by #include in this order, before the schema's directory.
+    std::vector<std::string> includeDirs;
     std::string csNamespace;
     std::string javaPackage;
     std::vector<std::string> hiddenClasses;

@@ -39,8 +39,9 @@ int dumpDictionary(CliOptions const& o) {
     std::fclose(f);
 
     // As in a batch compile, #include looks beside the schema by default.
+    // The run-time entry searches one directory, so -I replaces that one.
     std::string const includeDir =
-        o.includeDir.empty() ? Job::deriveIncludeDir(o.schemaFile.c_str()).c_str() : o.includeDir;
+        o.includeDirs.empty() ? Job::deriveIncludeDir(o.schemaFile.c_str()).c_str() : o.includeDirs[0];
     zyl_dict_load_params_t p = {};
     p.compiledFunctions = o.compiledFunctions;
     p.keepFieldOrder = o.keepFieldOrder;
@@ -104,7 +105,8 @@ int main(int argc, char** argv) {
     Job job;
     job.inputFile = o.schemaFile.c_str();
     job.outputDir = o.outputDir.c_str();
-    job.includeDir = o.includeDir.c_str();
+    for (std::string const& dir : o.includeDirs)
+        job.includeDirs.push_back(dir.c_str());
     job.csharpNamespace = o.csNamespace.c_str();
     job.javaPackage = o.javaPackage.c_str();
     job.compiledFunctions = o.compiledFunctions;

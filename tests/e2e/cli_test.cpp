@@ -32,6 +32,8 @@ TEST(Cli, WrongCommandLines) {
         {{"a.zyl", "-o"}, "zylcomp: option -o needs a value\n"},
         {{"--sizeof-size", "x", "a.zyl"}, "zylcomp: option --sizeof-size needs a size in bytes from 1 to 64, not 'x'\n"},
         {{"--sizeof-size=0", "a.zyl"}, "zylcomp: option --sizeof-size needs a size in bytes from 1 to 64, not '0'\n"},
+        {{"--dump-dictionary", "-I", "a", "-Ib", "a.zyl"},
+         "zylcomp: --dump-dictionary takes one include directory, not 2\n"},
     };
     for (auto const& c : cases) {
         std::vector<std::string> argv = {cliPath()};

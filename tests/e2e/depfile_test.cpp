@@ -72,6 +72,36 @@ TEST(Depfile, TargetsAreTheFilesWritten) {
     EXPECT_FALSE(exists(dir.file("plain/m.d")));
 }
 
+// #include searches the -I directories in the order given, then the
+// schema's own directory; the rule names the file that was opened.
+TEST(Depfile, IncludeDirectoriesInOrder) {
+    struct {
+        std::vector<std::string> options;
+        char const* opened;
+    } const cases[] = {
+        {{}, "schema/t.zyl"},
+        {{"-I", "first", "-I", "second"}, "first/t.zyl"},
+        {{"-I", "second", "--include-dir=first"}, "second/t.zyl"},
+        {{"-I", "empty", "-Isecond"}, "second/t.zyl"},
+        {{"-I", "empty"}, "schema/t.zyl"},
+    };
+    TempDir dir;
+    makeDirs(dir, {"schema", "first", "second", "empty"});
+    dir.write("schema/main.zyl", "declare database m;\n#include \"t.zyl\"\nclass C { unsigned<4> n; };\n");
+    for (char const* d : {"schema", "first", "second"})
+        dir.write(std::string(d) + "/t.zyl", "\n");
+    for (auto const& c : cases) {
+        std::vector<std::string> argv = {cliPath(), "--depfile", "m.d"};
+        argv.insert(argv.end(), c.options.begin(), c.options.end());
+        argv.push_back("schema/main.zyl");
+        ProcessResult r = runProgram(argv, dir.path());
+        ASSERT_EQ(r.status, 0) << r.err;
+        EXPECT_EQ(readFile(dir.file("m.d")),
+                  std::string("m.h m.c: \\\n  schema/main.zyl \\\n  ") + c.opened + "\n\n" + c.opened + ":\n")
+            << c.opened;
+    }
+}
+
 // Blanks, '#' and '$' in paths are written as make reads them.
 TEST(Depfile, PathsAreEscaped) {
     TempDir dir;
