@@ -122,7 +122,6 @@ function(zylcomp_generate target)
     file(RELATIVE_PATH shown "${CMAKE_SOURCE_DIR}" "${schema}")
     add_custom_command(
         OUTPUT ${outputs}
-        COMMAND "${CMAKE_COMMAND}" -E make_directory "${out}"
         COMMAND "${CMAKE_COMMAND}" -E rm -f "${out}/${db}.h"
         COMMAND zylcomp::zylcomp ${arg_OPTIONS} ${include_options}
                 "--output-dir=${out}" "--depfile=${depfile}" "${schema}"

@@ -163,7 +163,8 @@ char const* helpText() {
            "{db}.h and {db}.c, and on request the files the options below ask for.\n"
            "\n"
            "Output files:\n"
-           "  -o, --output-dir DIR        write every generated file into DIR (default: current directory)\n"
+           "  -o, --output-dir DIR        write every generated file into DIR, made with its parents if\n"
+           "                              missing (default: current directory)\n"
            "  -I, --include-dir DIR       a directory #include searches (repeatable): each in the order\n"
            "                              given, then the schema file's directory\n"
            "      --depfile FILE          write a make rule to FILE: outputs depend on the schema and its #includes\n"
@@ -205,6 +206,7 @@ char const* helpText() {
            "  -V, --version               print the version and the dictionary format it writes, and exit\n"
            "\n"
            "Exit status: 0 after a complete compile, 255 after a schema error (no partial output is left),\n"
-           "2 for a wrong command line, 1 when the dependency file cannot be written. With --dump-dictionary\n"
-           "a refused schema exits 1, and its message goes to standard error as FILE:LINE:COLUMN: error: MESSAGE.\n";
+           "2 for a wrong command line, 1 when the output directory cannot be made or the dependency file\n"
+           "cannot be written. With --dump-dictionary a refused schema exits 1, and its message goes to\n"
+           "standard error as FILE:LINE:COLUMN: error: MESSAGE.\n";
 }

@@ -7,6 +7,7 @@
 #include "driver/job.h"
 #include "foundation/ut.h"
 #include "options.h"
+#include "outdir.h"
 #include "zyldict.h"
 #include "zylcomp.h"
 
@@ -99,6 +100,12 @@ int main(int argc, char** argv) {
     case CliOptions::Compile:
         break;
     }
+    // Made before the compile, which opens its temporaries there at once.
+    std::string error;
+    if (!makeOutputDir(o.outputDir, error)) {
+        std::fprintf(stderr, "zylcomp: %s\n", error.c_str());
+        return 1;
+    }
     if (o.dumpDictionary)
         return dumpDictionary(o);
 
@@ -141,6 +148,7 @@ int main(int argc, char** argv) {
                      usageText());
         return 2;
     }
+    keepOutputDir();
     if (!o.depFile.empty() && !writeDepfile(o.depFile, strings(job.filesWritten), strings(job.filesRead))) {
         std::fprintf(stderr, "zylcomp: cannot write the dependency file '%s'\n", o.depFile.c_str());
         return 1;

@@ -1,6 +1,7 @@
 // The command-line front end, run as a user runs it.
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <regex>
@@ -43,6 +44,55 @@ TEST(Cli, WrongCommandLines) {
         EXPECT_EQ(r.out, "");
         EXPECT_EQ(r.err, std::string(c.firstLine) +
                              "usage: zylcomp [OPTIONS] SCHEMA-FILE\nTry 'zylcomp --help' for the options.\n");
+    }
+}
+
+// -o makes a missing directory with its parents. One that cannot be made
+// fails with status 1, and leaves nothing: not the parents made on the way,
+// nor a directory made for a compile that then failed.
+TEST(Cli, OutputDirectory) {
+    std::string const good = "declare database m;\nclass C { unsigned<4> n; };\n";
+    std::string const longName(300, 'x');
+    struct {
+        char const* name;
+        std::string outputDir;
+        std::string schema;
+        int status;
+        std::string err;
+        std::vector<std::string> listing;  // of the test's directory afterwards
+    } const cases[] = {
+        {"nested", "a/b/c", good, 0, "", {"a", "f", "m.zyl"}},
+        {"existing", "d", good, 0, "", {"d", "f", "m.zyl"}},
+        {"a file in the way", "f/sub", good, 1,
+         "zylcomp: cannot create the output directory 'f/sub': 'f' is in the way and is not a directory\n",
+         {"f", "m.zyl"}},
+        {"a file named so", "d/../f", good, 1,
+         "zylcomp: cannot create the output directory 'd/../f': 'd/../f' is in the way and is not a directory\n",
+         {"d", "f", "m.zyl"}},
+        {"a name too long", "new/" + longName, good, 1,
+         "zylcomp: cannot create the output directory 'new/" + longName + "': File name too long\n",
+         {"f", "m.zyl"}},
+        {"a failed compile", "new/dir", "declare database m;\nclass C { NoSuchType x; };\n", 255,
+         "File m.zyl;  line 2: error: undefined type NoSuchType used in x\n\n", {"f", "m.zyl"}},
+    };
+    for (auto const& c : cases) {
+        SCOPED_TRACE(c.name);
+        TempDir dir;
+        dir.write("m.zyl", c.schema);
+        dir.write("f", "a file\n");
+        if (c.outputDir[0] == 'd') {
+            ASSERT_EQ(mkdir(dir.file("d").c_str(), 0755), 0);
+        }
+        ProcessResult r = runProgram({cliPath(), "-o", c.outputDir, "m.zyl"}, dir.path());
+        EXPECT_EQ(r.status, c.status);
+        EXPECT_EQ(r.err, c.err);
+        EXPECT_EQ(dir.list(), c.listing);
+        EXPECT_EQ(readFile(dir.file("f")), "a file\n");
+        if (c.status == 0) {
+            EXPECT_EQ(listDir(dir.file(c.outputDir)), (std::vector<std::string>{"m.c", "m.h"}));
+        } else if (c.status == 1) {
+            EXPECT_EQ(r.out, "");
+        }
     }
 }
 
