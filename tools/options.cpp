@@ -32,6 +32,7 @@ const Flag kFlags[] = {
     {nullptr, "--relative-class-codes", &CliOptions::relativeClassCodes, true},
     {nullptr, "--dll-spec", &CliOptions::dllSpec, true},
     {nullptr, "--dump-dictionary", &CliOptions::dumpDictionary, true},
+    {"-q", "--quiet", &CliOptions::quiet, true},
 };
 
 enum ValueKind { OutputDir, IncludeDir, CsNamespace, JavaPackage, SizeofSize, Hide, DepFile };
@@ -202,6 +203,7 @@ char const* helpText() {
            "      --persistent            classes are persistent unless the schema says otherwise\n"
            "      --nonatomic             classes are nonatomic unless the schema says otherwise\n"
            "\n"
+           "  -q, --quiet                 print nothing on success (warnings and errors are still printed)\n"
            "  -h, --help                  print this help and exit\n"
            "  -V, --version               print the version and the dictionary format it writes, and exit\n"
            "\n"

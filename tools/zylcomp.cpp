@@ -153,6 +153,7 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "zylcomp: cannot write the dependency file '%s'\n", o.depFile.c_str());
         return 1;
     }
-    UT::finishComp(true);
+    if (!o.quiet)
+        UT::finishComp(true);
     return 0;
 }

@@ -96,6 +96,27 @@ TEST(Cli, OutputDirectory) {
     }
 }
 
+// -q: nothing at all after a complete compile; a failed one says what it
+// always says.
+TEST(Cli, Quiet) {
+    TempDir dir;
+    dir.write("good.zyl", "declare database g;\nclass C { unsigned<4> n; };\n");
+    dir.write("bad.zyl", "declare database b;\nclass C { NoSuchType x; };\n");
+    for (char const* quiet : {"-q", "--quiet"}) {
+        SCOPED_TRACE(quiet);
+        ProcessResult r = runProgram({cliPath(), quiet, "good.zyl"}, dir.path());
+        EXPECT_EQ(r.status, 0);
+        EXPECT_EQ(r.out, "");
+        EXPECT_EQ(r.err, "");
+        EXPECT_EQ(readFile(dir.file("g.h")).empty(), false);
+
+        r = runProgram({cliPath(), quiet, "bad.zyl"}, dir.path());
+        EXPECT_EQ(r.status, 255);
+        EXPECT_EQ(r.out, "Error executing DDL compiler\n");
+        EXPECT_EQ(r.err, "File bad.zyl;  line 2: error: undefined type NoSuchType used in x\n\n");
+    }
+}
+
 TEST(Cli, HelpAndVersion) {
     ProcessResult r = runProgram({cliPath(), "--help"});
     EXPECT_EQ(r.status, 0);
@@ -104,7 +125,7 @@ TEST(Cli, HelpAndVersion) {
                             "--json-access", "--keep-field-order", "--wide-offsets", "--dynamic-dict", "--compact",
                             "--persistent", "--nonatomic", "--sql-reserved-words", "--sizeof-size", "--hide CLASS",
                             "--hide-all", "--prefix-names", "--relative-class-codes", "--dll-spec", "--depfile FILE",
-                            "--dump-dictionary",
+                            "--dump-dictionary", "--quiet",
                             "--version"})
         EXPECT_NE(r.out.find(opt), std::string::npos) << opt;
     r = runProgram({cliPath(), "-V"});
