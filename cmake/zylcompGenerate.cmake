@@ -27,12 +27,15 @@
 #              schema's own directory; a relative path is taken from the
 #              current source directory.
 # OPTIONS      further zylcomp options (see zylcomp --help): --cpp adds
-#              {db}.hpp to the outputs, --cs adds {db}.cs and --xml-schema
-#              {db}.xml. Java files, whose names come from the classes, and the
-#              skeletons {db}_udf.c / {db}_coll.c are written to OUTPUT_DIR
-#              but are not known to the build. The output directory, the
-#              include directory and the dependency file are set by the
-#              arguments above and cannot be given here.
+#              {db}.hpp to the outputs, --cs adds {db}.cs, --xml-schema
+#              {db}.xml and --java {db}.java. The other Java files, whose
+#              names come from the schema's types, and the skeletons
+#              {db}_udf.c / {db}_coll.c are written to OUTPUT_DIR but are
+#              not known to the build: a skeleton is written only when none
+#              is there, and then belongs to the project (a clean must never
+#              remove it). The output directory, the include directories and
+#              the dependency file are set by the arguments above and cannot
+#              be given here.
 #
 # {db}.c is C: the project must enable the C language. Call the function in
 # the directory that defines <target>.
@@ -104,8 +107,9 @@ function(zylcomp_generate target)
         list(APPEND include_options "--include-dir=${include_dir}")
     endforeach()
 
-    # The outputs in the order the compiler opens them; the dependency file
-    # names the same files as its targets.
+    # The outputs in the order the compiler opens them. The dependency file
+    # names exactly these as its targets: Ninja refuses one that names an
+    # output the build did not declare.
     set(sources "${out}/${db}.h" "${out}/${db}.c")
     if("--cpp" IN_LIST arg_OPTIONS)
         list(APPEND sources "${out}/${db}.hpp")
@@ -117,13 +121,16 @@ function(zylcomp_generate target)
     if("--xml-schema" IN_LIST arg_OPTIONS)
         list(APPEND outputs "${out}/${db}.xml")
     endif()
+    if("--java" IN_LIST arg_OPTIONS)
+        list(APPEND outputs "${out}/${db}.java")
+    endif()
     set(depfile "${out}/${db}.d")
 
     file(RELATIVE_PATH shown "${CMAKE_SOURCE_DIR}" "${schema}")
     add_custom_command(
         OUTPUT ${outputs}
         COMMAND "${CMAKE_COMMAND}" -E rm -f "${out}/${db}.h"
-        COMMAND zylcomp::zylcomp ${arg_OPTIONS} ${include_options}
+        COMMAND zylcomp::zylcomp --quiet ${arg_OPTIONS} ${include_options}
                 "--output-dir=${out}" "--depfile=${depfile}" "${schema}"
         COMMAND "${CMAKE_COMMAND}" "-DZYLCOMP_EXPECTED_HEADER=${out}/${db}.h" "-DZYLCOMP_DATABASE=${db}"
                 "-DZYLCOMP_SCHEMA=${shown}" -P "${CMAKE_CURRENT_FUNCTION_LIST_FILE}"

@@ -117,6 +117,16 @@ unsigned Job::run() {
     filesRead = parser->pp().includedFiles();
     filesRead.insert(0, inputFile);
     filesWritten = gen->createdFiles();
+    buildTargets = mvector<mstring>();
+    mstring const& db = analyzer->schema().m_dbName;
+    for (unsigned i = 0; i < filesWritten.size(); i++) {
+        for (char const* suffix : {".h", ".c", ".hpp", ".cs", ".xml", ".java"}) {
+            if (filesWritten[i] == UT::makefnm(localOutputDir, db + suffix)) {
+                buildTargets.push_back(filesWritten[i]);
+                break;
+            }
+        }
+    }
 
     unsigned result = Compiled;
     if (!depFile.empty() && namesOneOf(depFile, filesRead))

@@ -149,7 +149,9 @@ int main(int argc, char** argv) {
         return 2;
     }
     keepOutputDir();
-    if (!o.depFile.empty() && !writeDepfile(o.depFile, strings(job.filesWritten), strings(job.filesRead))) {
+    // The rule's targets are the outputs a build can declare beforehand;
+    // Ninja refuses a rule that names any other file as an output.
+    if (!o.depFile.empty() && !writeDepfile(o.depFile, strings(job.buildTargets), strings(job.filesRead))) {
         std::fprintf(stderr, "zylcomp: cannot write the dependency file '%s'\n", o.depFile.c_str());
         return 1;
     }
