@@ -35,12 +35,20 @@ install(FILES
     cmake/zylcompGenerate.cmake
     DESTINATION ${ZYLCOMP_PACKAGE_DIR})
 
-# The pkg-config file names the prefix the files are installed under, which
-# `cmake --install --prefix` may change after configuring: its first half is
-# filled in now, the prefix only when installing.
+# The pkg-config file finds the prefix from where it lies itself
+# (${pcfiledir}, the directory pkg-config read it from), so that the prefix
+# may be moved, and `cmake --install --prefix` may change it, without
+# editing the file. Only a library directory given as an absolute path
+# pins the prefix: it is then filled in when installing.
 if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
+    set(ZYLCOMP_PC_PREFIX "@CMAKE_INSTALL_PREFIX@")
     set(ZYLCOMP_PC_LIBDIR "${CMAKE_INSTALL_LIBDIR}")
 else()
+    # From <prefix>/<libdir>/pkgconfig back up to <prefix>: "../.." for lib,
+    # "../../.." for lib/x86_64-linux-gnu.
+    file(RELATIVE_PATH ZYLCOMP_PC_UP "/prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/prefix")
+    string(REGEX REPLACE "/$" "" ZYLCOMP_PC_UP "${ZYLCOMP_PC_UP}")
+    set(ZYLCOMP_PC_PREFIX "\${pcfiledir}/${ZYLCOMP_PC_UP}")
     set(ZYLCOMP_PC_LIBDIR "\${prefix}/${CMAKE_INSTALL_LIBDIR}")
 endif()
 if(IS_ABSOLUTE "${CMAKE_INSTALL_INCLUDEDIR}")
@@ -48,7 +56,6 @@ if(IS_ABSOLUTE "${CMAKE_INSTALL_INCLUDEDIR}")
 else()
     set(ZYLCOMP_PC_INCLUDEDIR "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
 endif()
-set(ZYLCOMP_PC_PREFIX "@CMAKE_INSTALL_PREFIX@")
 configure_file(cmake/zylcomp.pc.in ${PROJECT_BINARY_DIR}/zylcomp.pc.in @ONLY)
 install(CODE "configure_file(\"${PROJECT_BINARY_DIR}/zylcomp.pc.in\" \"${PROJECT_BINARY_DIR}/zylcomp.pc\" @ONLY)")
 install(FILES ${PROJECT_BINARY_DIR}/zylcomp.pc

@@ -3,7 +3,7 @@
 #   zylcomp_generate(<target> SCHEMA <file>
 #                    [DATABASE <name>]
 #                    [OUTPUT_DIR <dir>]
-#                    [INCLUDE_DIR <dir>]
+#                    [INCLUDE_DIR <dir>...]
 #                    [OPTIONS <zylcomp option>...])
 #
 # Runs zylcomp::zylcomp on the schema at build time, adds the generated
@@ -23,16 +23,19 @@
 # OUTPUT_DIR   where the files are generated; a relative path is taken from
 #              the current binary directory. Default:
 #              ${CMAKE_CURRENT_BINARY_DIR}/zylcomp/<target>.
-# INCLUDE_DIR  the directory #include searches; a relative path is taken
-#              from the current source directory. Default: the schema's own
-#              directory.
+# INCLUDE_DIR  directories #include searches, in this order, before the
+#              schema's own directory; a relative path is taken from the
+#              current source directory.
 # OPTIONS      further zylcomp options (see zylcomp --help): --cpp adds
-#              {db}.hpp to the outputs, --cs adds {db}.cs and --xml-schema
-#              {db}.xml. Java files, whose names come from the classes, and the
-#              skeletons {db}_udf.c / {db}_coll.c are written to OUTPUT_DIR
-#              but are not known to the build. The output directory, the
-#              include directory and the dependency file are set by the
-#              arguments above and cannot be given here.
+#              {db}.hpp to the outputs, --cs adds {db}.cs, --xml-schema
+#              {db}.xml and --java {db}.java. The other Java files, whose
+#              names come from the schema's types, and the skeletons
+#              {db}_udf.c / {db}_coll.c are written to OUTPUT_DIR but are
+#              not known to the build: a skeleton is written only when none
+#              is there, and then belongs to the project (a clean must never
+#              remove it). The output directory, the include directories and
+#              the dependency file are set by the arguments above and cannot
+#              be given here.
 #
 # {db}.c is C: the project must enable the C language. Call the function in
 # the directory that defines <target>.
@@ -56,7 +59,7 @@ cmake_policy(PUSH)
 cmake_policy(SET CMP0116 NEW)
 
 function(zylcomp_generate target)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "SCHEMA;DATABASE;OUTPUT_DIR;INCLUDE_DIR" "OPTIONS")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "SCHEMA;DATABASE;OUTPUT_DIR" "INCLUDE_DIR;OPTIONS")
     if(arg_UNPARSED_ARGUMENTS)
         message(FATAL_ERROR "zylcomp_generate: unknown arguments: ${arg_UNPARSED_ARGUMENTS}")
     endif()
@@ -98,14 +101,15 @@ function(zylcomp_generate target)
     else()
         set(out "${CMAKE_CURRENT_BINARY_DIR}/zylcomp/${target}")
     endif()
-    set(include_option "")
-    if(arg_INCLUDE_DIR)
-        get_filename_component(include_dir "${arg_INCLUDE_DIR}" ABSOLUTE BASE_DIR "${CMAKE_CURRENT_SOURCE_DIR}")
-        set(include_option "--include-dir=${include_dir}")
-    endif()
+    set(include_options "")
+    foreach(dir IN LISTS arg_INCLUDE_DIR)
+        get_filename_component(include_dir "${dir}" ABSOLUTE BASE_DIR "${CMAKE_CURRENT_SOURCE_DIR}")
+        list(APPEND include_options "--include-dir=${include_dir}")
+    endforeach()
 
-    # The outputs in the order the compiler opens them; the dependency file
-    # names the same files as its targets.
+    # The outputs in the order the compiler opens them. The dependency file
+    # names exactly these as its targets: Ninja refuses one that names an
+    # output the build did not declare.
     set(sources "${out}/${db}.h" "${out}/${db}.c")
     if("--cpp" IN_LIST arg_OPTIONS)
         list(APPEND sources "${out}/${db}.hpp")
@@ -117,14 +121,16 @@ function(zylcomp_generate target)
     if("--xml-schema" IN_LIST arg_OPTIONS)
         list(APPEND outputs "${out}/${db}.xml")
     endif()
+    if("--java" IN_LIST arg_OPTIONS)
+        list(APPEND outputs "${out}/${db}.java")
+    endif()
     set(depfile "${out}/${db}.d")
 
     file(RELATIVE_PATH shown "${CMAKE_SOURCE_DIR}" "${schema}")
     add_custom_command(
         OUTPUT ${outputs}
-        COMMAND "${CMAKE_COMMAND}" -E make_directory "${out}"
         COMMAND "${CMAKE_COMMAND}" -E rm -f "${out}/${db}.h"
-        COMMAND zylcomp::zylcomp ${arg_OPTIONS} ${include_option}
+        COMMAND zylcomp::zylcomp --quiet ${arg_OPTIONS} ${include_options}
                 "--output-dir=${out}" "--depfile=${depfile}" "${schema}"
         COMMAND "${CMAKE_COMMAND}" "-DZYLCOMP_EXPECTED_HEADER=${out}/${db}.h" "-DZYLCOMP_DATABASE=${db}"
                 "-DZYLCOMP_SCHEMA=${shown}" -P "${CMAKE_CURRENT_FUNCTION_LIST_FILE}"

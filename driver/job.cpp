@@ -88,6 +88,7 @@ unsigned Job::run() {
 
     Parser* parser = new Parser(f, inputFile, &reporter, localIncludeDir, localOutputDir);
     finalCallback->setParser(parser);
+    parser->pp().searchFirst(includeDirs);
     Analyzer* analyzer = new Analyzer(parser, keepFieldOrder, wideOffsets, compactDefault, sqlReservedWords,
                                       persistentDefault, transientUnused, atomicDefault, sizeofSize, spareSize,
                                       &hiddenClasses, finalCallback);
@@ -118,6 +119,16 @@ unsigned Job::run() {
     filesRead = parser->pp().includedFiles();
     filesRead.insert(0, inputFile);
     filesWritten = gen->createdFiles();
+    buildTargets = mvector<mstring>();
+    mstring const& db = analyzer->schema().m_dbName;
+    for (unsigned i = 0; i < filesWritten.size(); i++) {
+        for (char const* suffix : {".h", ".c", ".hpp", ".cs", ".xml", ".java"}) {
+            if (filesWritten[i] == UT::makefnm(localOutputDir, db + suffix)) {
+                buildTargets.push_back(filesWritten[i]);
+                break;
+            }
+        }
+    }
 
     unsigned result = Compiled;
     if (!depFile.empty() && namesOneOf(depFile, filesRead))

@@ -44,6 +44,16 @@ struct Job {
     // the order it was opened) and the files written, in the order opened.
     mvector<mstring> filesRead;
     mvector<mstring> filesWritten;
+    // The files among filesWritten that are named after the database alone
+    // ({db}.h, {db}.c, and {db}.hpp, .cs, .xml, .java when asked for): a
+    // build tool can name them before the schema is read, and every compile
+    // rewrites them. A skeleton is not among them (it is written only when
+    // none exists, and then belongs to a person), nor a Java file named
+    // after a type of the schema.
+    mvector<mstring> buildTargets;
+    // Directories that #include searches, in this order, before includeDir
+    // (or the schema's directory, when includeDir is empty).
+    mvector<mstring> includeDirs;
     // The dependency file a build tool reads, which the caller writes after
     // a complete compile; empty for none. A failed compile removes the one
     // of an earlier compile. It may not be the schema, a file it includes

@@ -11,6 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 
 #include "foundation/ut.h"
@@ -421,9 +422,18 @@ void PreProcessor::include(mstring const& arg) {
     }
     mstring name;
     name.set(a + 1, n - 2);
-    mstring path = UT::makefnm(m_includeDir, name);
+    // The first directory that holds the name decides, even when what it
+    // holds cannot be read: a later directory is searched only when the
+    // name is not there at all.
+    mstring path;
     bool irregular = false;
-    FILE* f = openRegular(path.c_str(), &irregular);
+    FILE* f = nullptr;
+    for (unsigned i = 0; i <= v_firstDirs.size(); i++) {
+        path = UT::makefnm(i < v_firstDirs.size() ? v_firstDirs[i] : m_includeDir, name);
+        f = openRegular(path.c_str(), &irregular);
+        if (f != nullptr || irregular || (errno != ENOENT && errno != ENOTDIR))
+            break;
+    }
     if (irregular) {
         // Our own texts, kept out of the message table: it holds exactly the
     // system's pairs. A key with no entry is printed as it stands.

@@ -108,6 +108,10 @@ public:
                 int pos);
     void warning(mstring const& msg, int pos);
 
+    // Directories that #include searches, in this order, before the one
+    // given to the constructor.
+    void searchFirst(mvector<mstring> const& dirs) { v_firstDirs = dirs; }
+
     bool isEnd() const { return m_end; }
     mstring const& fileName() const { return m_fileName; }
     int lineNo() const { return m_line; }
@@ -150,6 +154,7 @@ private:
     mvector<mstring> v_fileNames;
     mvector<int> v_lines;
     mstring m_includeDir;
+    mvector<mstring> v_firstDirs;
     bool m_end = false;
     bool m_inComment = false;
     mstring m_tempDir;

@@ -32,6 +32,7 @@ const Flag kFlags[] = {
     {nullptr, "--relative-class-codes", &CliOptions::relativeClassCodes, true},
     {nullptr, "--dll-spec", &CliOptions::dllSpec, true},
     {nullptr, "--dump-dictionary", &CliOptions::dumpDictionary, true},
+    {"-q", "--quiet", &CliOptions::quiet, true},
 };
 
 enum ValueKind { OutputDir, IncludeDir, CsNamespace, JavaPackage, SizeofSize, Hide, DepFile };
@@ -60,7 +61,7 @@ CliOptions fail(CliOptions& o, std::string const& why) {
 bool setValue(CliOptions& o, ValueKind kind, std::string const& name, std::string const& value) {
     switch (kind) {
     case OutputDir: o.outputDir = value; return true;
-    case IncludeDir: o.includeDir = value; return true;
+    case IncludeDir: o.includeDirs.push_back(value); return true;
     case CsNamespace: o.csNamespace = value; return true;
     case JavaPackage: o.javaPackage = value; return true;
     case Hide: o.hiddenClasses.push_back(value); return true;
@@ -148,6 +149,9 @@ CliOptions parseOptions(int argc, char const* const* argv) {
     }
     if (o.schemaFile.empty())
         return fail(o, "no schema file given");
+    // It compiles as the run-time entry does, which searches one directory.
+    if (o.dumpDictionary && o.includeDirs.size() > 1)
+        return fail(o, "--dump-dictionary takes one include directory, not " + std::to_string(o.includeDirs.size()));
     return o;
 }
 
@@ -160,8 +164,10 @@ char const* helpText() {
            "{db}.h and {db}.c, and on request the files the options below ask for.\n"
            "\n"
            "Output files:\n"
-           "  -o, --output-dir DIR        write every generated file into DIR (default: current directory)\n"
-           "  -I, --include-dir DIR       directory #include searches (default: the schema file's directory)\n"
+           "  -o, --output-dir DIR        write every generated file into DIR, made with its parents if\n"
+           "                              missing (default: current directory)\n"
+           "  -I, --include-dir DIR       a directory #include searches (repeatable): each in the order\n"
+           "                              given, then the schema file's directory\n"
            "      --depfile FILE          write a make rule to FILE: outputs depend on the schema and its #includes\n"
            "\n"
            "Output languages:\n"
@@ -197,10 +203,12 @@ char const* helpText() {
            "      --persistent            classes are persistent unless the schema says otherwise\n"
            "      --nonatomic             classes are nonatomic unless the schema says otherwise\n"
            "\n"
+           "  -q, --quiet                 print nothing on success (warnings and errors are still printed)\n"
            "  -h, --help                  print this help and exit\n"
            "  -V, --version               print the version and the dictionary format it writes, and exit\n"
            "\n"
            "Exit status: 0 after a complete compile, 255 after a schema error (no partial output is left),\n"
-           "2 for a wrong command line, 1 when the dependency file cannot be written. With --dump-dictionary\n"
-           "a refused schema exits 1, and its message goes to standard error as FILE:LINE:COLUMN: error: MESSAGE.\n";
+           "2 for a wrong command line, 1 when the output directory cannot be made or the dependency file\n"
+           "cannot be written. With --dump-dictionary a refused schema exits 1, and its message goes to\n"
+           "standard error as FILE:LINE:COLUMN: error: MESSAGE.\n";
 }

@@ -12,7 +12,8 @@ struct CliOptions {
 
     std::string schemaFile;
     std::string outputDir;
-    std::string includeDir;
+    // Searched by #include in this order, before the schema's directory.
+    std::vector<std::string> includeDirs;
     std::string csNamespace;
     std::string javaPackage;
     std::vector<std::string> hiddenClasses;
@@ -35,6 +36,7 @@ struct CliOptions {
     bool prefixNames = false;
     bool relativeClassCodes = false;
     bool dllSpec = false;
+    bool quiet = false;  // no closing line after a complete compile
     std::string depFile;  // empty: no dependency file
     // Compile through the run-time entry and print the dictionary as JSON
     // instead of writing files.

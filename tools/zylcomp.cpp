@@ -7,6 +7,7 @@
 #include "driver/job.h"
 #include "foundation/ut.h"
 #include "options.h"
+#include "outdir.h"
 #include "zyldict.h"
 #include "zylcomp.h"
 
@@ -39,8 +40,9 @@ int dumpDictionary(CliOptions const& o) {
     std::fclose(f);
 
     // As in a batch compile, #include looks beside the schema by default.
+    // The run-time entry searches one directory, so -I replaces that one.
     std::string const includeDir =
-        o.includeDir.empty() ? Job::deriveIncludeDir(o.schemaFile.c_str()).c_str() : o.includeDir;
+        o.includeDirs.empty() ? Job::deriveIncludeDir(o.schemaFile.c_str()).c_str() : o.includeDirs[0];
     zyl_dict_load_params_t p = {};
     p.compiledFunctions = o.compiledFunctions;
     p.keepFieldOrder = o.keepFieldOrder;
@@ -98,13 +100,20 @@ int main(int argc, char** argv) {
     case CliOptions::Compile:
         break;
     }
+    // Made before the compile, which opens its temporaries there at once.
+    std::string error;
+    if (!makeOutputDir(o.outputDir, error)) {
+        std::fprintf(stderr, "zylcomp: %s\n", error.c_str());
+        return 1;
+    }
     if (o.dumpDictionary)
         return dumpDictionary(o);
 
     Job job;
     job.inputFile = o.schemaFile.c_str();
     job.outputDir = o.outputDir.c_str();
-    job.includeDir = o.includeDir.c_str();
+    for (std::string const& dir : o.includeDirs)
+        job.includeDirs.push_back(dir.c_str());
     job.csharpNamespace = o.csNamespace.c_str();
     job.javaPackage = o.javaPackage.c_str();
     job.compiledFunctions = o.compiledFunctions;
@@ -139,10 +148,14 @@ int main(int argc, char** argv) {
                      usageText());
         return 2;
     }
-    if (!o.depFile.empty() && !writeDepfile(o.depFile, strings(job.filesWritten), strings(job.filesRead))) {
+    keepOutputDir();
+    // The rule's targets are the outputs a build can declare beforehand;
+    // Ninja refuses a rule that names any other file as an output.
+    if (!o.depFile.empty() && !writeDepfile(o.depFile, strings(job.buildTargets), strings(job.filesRead))) {
         std::fprintf(stderr, "zylcomp: cannot write the dependency file '%s'\n", o.depFile.c_str());
         return 1;
     }
-    UT::finishComp(true);
+    if (!o.quiet)
+        UT::finishComp(true);
     return 0;
 }

@@ -1,6 +1,7 @@
 // The command-line front end, run as a user runs it.
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <regex>
@@ -32,6 +33,8 @@ TEST(Cli, WrongCommandLines) {
         {{"a.zyl", "-o"}, "zylcomp: option -o needs a value\n"},
         {{"--sizeof-size", "x", "a.zyl"}, "zylcomp: option --sizeof-size needs a size in bytes from 1 to 64, not 'x'\n"},
         {{"--sizeof-size=0", "a.zyl"}, "zylcomp: option --sizeof-size needs a size in bytes from 1 to 64, not '0'\n"},
+        {{"--dump-dictionary", "-I", "a", "-Ib", "a.zyl"},
+         "zylcomp: --dump-dictionary takes one include directory, not 2\n"},
     };
     for (auto const& c : cases) {
         std::vector<std::string> argv = {cliPath()};
@@ -44,6 +47,76 @@ TEST(Cli, WrongCommandLines) {
     }
 }
 
+// -o makes a missing directory with its parents. One that cannot be made
+// fails with status 1, and leaves nothing: not the parents made on the way,
+// nor a directory made for a compile that then failed.
+TEST(Cli, OutputDirectory) {
+    std::string const good = "declare database m;\nclass C { unsigned<4> n; };\n";
+    std::string const longName(300, 'x');
+    struct {
+        char const* name;
+        std::string outputDir;
+        std::string schema;
+        int status;
+        std::string err;
+        std::vector<std::string> listing;  // of the test's directory afterwards
+    } const cases[] = {
+        {"nested", "a/b/c", good, 0, "", {"a", "f", "m.zyl"}},
+        {"existing", "d", good, 0, "", {"d", "f", "m.zyl"}},
+        {"a file in the way", "f/sub", good, 1,
+         "zylcomp: cannot create the output directory 'f/sub': 'f' is in the way and is not a directory\n",
+         {"f", "m.zyl"}},
+        {"a file named so", "d/../f", good, 1,
+         "zylcomp: cannot create the output directory 'd/../f': 'd/../f' is in the way and is not a directory\n",
+         {"d", "f", "m.zyl"}},
+        {"a name too long", "new/" + longName, good, 1,
+         "zylcomp: cannot create the output directory 'new/" + longName + "': File name too long\n",
+         {"f", "m.zyl"}},
+        {"a failed compile", "new/dir", "declare database m;\nclass C { NoSuchType x; };\n", 255,
+         "File m.zyl;  line 2: error: undefined type NoSuchType used in x\n\n", {"f", "m.zyl"}},
+    };
+    for (auto const& c : cases) {
+        SCOPED_TRACE(c.name);
+        TempDir dir;
+        dir.write("m.zyl", c.schema);
+        dir.write("f", "a file\n");
+        if (c.outputDir[0] == 'd') {
+            ASSERT_EQ(mkdir(dir.file("d").c_str(), 0755), 0);
+        }
+        ProcessResult r = runProgram({cliPath(), "-o", c.outputDir, "m.zyl"}, dir.path());
+        EXPECT_EQ(r.status, c.status);
+        EXPECT_EQ(r.err, c.err);
+        EXPECT_EQ(dir.list(), c.listing);
+        EXPECT_EQ(readFile(dir.file("f")), "a file\n");
+        if (c.status == 0) {
+            EXPECT_EQ(listDir(dir.file(c.outputDir)), (std::vector<std::string>{"m.c", "m.h"}));
+        } else if (c.status == 1) {
+            EXPECT_EQ(r.out, "");
+        }
+    }
+}
+
+// -q: nothing at all after a complete compile; a failed one says what it
+// always says.
+TEST(Cli, Quiet) {
+    TempDir dir;
+    dir.write("good.zyl", "declare database g;\nclass C { unsigned<4> n; };\n");
+    dir.write("bad.zyl", "declare database b;\nclass C { NoSuchType x; };\n");
+    for (char const* quiet : {"-q", "--quiet"}) {
+        SCOPED_TRACE(quiet);
+        ProcessResult r = runProgram({cliPath(), quiet, "good.zyl"}, dir.path());
+        EXPECT_EQ(r.status, 0);
+        EXPECT_EQ(r.out, "");
+        EXPECT_EQ(r.err, "");
+        EXPECT_EQ(readFile(dir.file("g.h")).empty(), false);
+
+        r = runProgram({cliPath(), quiet, "bad.zyl"}, dir.path());
+        EXPECT_EQ(r.status, 255);
+        EXPECT_EQ(r.out, "Error executing DDL compiler\n");
+        EXPECT_EQ(r.err, "File bad.zyl;  line 2: error: undefined type NoSuchType used in x\n\n");
+    }
+}
+
 TEST(Cli, HelpAndVersion) {
     ProcessResult r = runProgram({cliPath(), "--help"});
     EXPECT_EQ(r.status, 0);
@@ -52,7 +125,7 @@ TEST(Cli, HelpAndVersion) {
                             "--json-access", "--keep-field-order", "--wide-offsets", "--dynamic-dict", "--compact",
                             "--persistent", "--nonatomic", "--sql-reserved-words", "--sizeof-size", "--hide CLASS",
                             "--hide-all", "--prefix-names", "--relative-class-codes", "--dll-spec", "--depfile FILE",
-                            "--dump-dictionary",
+                            "--dump-dictionary", "--quiet",
                             "--version"})
         EXPECT_NE(r.out.find(opt), std::string::npos) << opt;
     r = runProgram({cliPath(), "-V"});

@@ -47,10 +47,11 @@ TEST(Depfile, NestedIncludes) {
               "schema/parts/point.zyl:\n");
 }
 
-// The targets are every file the compile wrote, in the order it opened
-// them; a schema without includes has the rule alone. Without --depfile
-// no rule is written at all.
-TEST(Depfile, TargetsAreTheFilesWritten) {
+// The targets are the files the compile wrote that are named after the
+// database, in the order it opened them: those a build can declare before
+// the schema is read. A schema without includes has the rule alone.
+// Without --depfile no rule is written at all.
+TEST(Depfile, TargetsAreTheFilesNamedAfterTheDatabase) {
     TempDir dir;
     makeDirs(dir, {"out", "plain"});
     dir.write("m.zyl", "declare database m;\nenum Color { RED, GREEN };\nclass Item { unsigned<4> n; Color c; };\n");
@@ -59,17 +60,59 @@ TEST(Depfile, TargetsAreTheFilesWritten) {
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(readFile(dir.file("out/m.d")), "out/m.h out/m.c out/m.hpp out/m.cs out/m.xml: \\\n  m.zyl\n");
 
-    // Java writes one file per type besides {db}.java; all of them are named.
+    // Java writes one file per type besides {db}.java; those are named after
+    // the schema's types, so a build cannot know them beforehand.
     r = runProgram({cliPath(), "--java", "-o", "out", "--depfile", "out/m.d", "m.zyl"}, dir.path());
     ASSERT_EQ(r.status, 0) << r.err;
     std::string rule = readFile(dir.file("out/m.d"));
     std::string targets = rule.substr(0, rule.find(':'));
-    EXPECT_EQ(targets, "out/m.h out/m.c out/m.java out/Color.java out/Item.java");
+    EXPECT_EQ(targets, "out/m.h out/m.c out/m.java");
+    EXPECT_TRUE(exists(dir.file("out/Color.java")));
+
+    // The skeletons are not targets, neither when first written nor when
+    // an existing one makes the compile write {db}_udf.c.new beside it.
+    dir.write("u.zyl", "declare database u;\nclass A { char<8> s; userdef tree<s> byS; tree<s collate cs> byC; };\n");
+    for (char const* written : {"out/u_udf.c", "out/u_udf.c.new"}) {
+        r = runProgram({cliPath(), "-o", "out", "--depfile", "out/u.d", "u.zyl"}, dir.path());
+        ASSERT_EQ(r.status, 0) << r.err;
+        EXPECT_TRUE(exists(dir.file(written))) << written;
+        EXPECT_EQ(readFile(dir.file("out/u.d")), "out/u.h out/u.c: \\\n  u.zyl\n") << written;
+    }
 
     r = runProgram({cliPath(), "-o", "plain", "m.zyl"}, dir.path());
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_TRUE(exists(dir.file("plain/m.c")));
     EXPECT_FALSE(exists(dir.file("plain/m.d")));
+}
+
+// #include searches the -I directories in the order given, then the
+// schema's own directory; the rule names the file that was opened.
+TEST(Depfile, IncludeDirectoriesInOrder) {
+    struct {
+        std::vector<std::string> options;
+        char const* opened;
+    } const cases[] = {
+        {{}, "schema/t.zyl"},
+        {{"-I", "first", "-I", "second"}, "first/t.zyl"},
+        {{"-I", "second", "--include-dir=first"}, "second/t.zyl"},
+        {{"-I", "empty", "-Isecond"}, "second/t.zyl"},
+        {{"-I", "empty"}, "schema/t.zyl"},
+    };
+    TempDir dir;
+    makeDirs(dir, {"schema", "first", "second", "empty"});
+    dir.write("schema/main.zyl", "declare database m;\n#include \"t.zyl\"\nclass C { unsigned<4> n; };\n");
+    for (char const* d : {"schema", "first", "second"})
+        dir.write(std::string(d) + "/t.zyl", "\n");
+    for (auto const& c : cases) {
+        std::vector<std::string> argv = {cliPath(), "--depfile", "m.d"};
+        argv.insert(argv.end(), c.options.begin(), c.options.end());
+        argv.push_back("schema/main.zyl");
+        ProcessResult r = runProgram(argv, dir.path());
+        ASSERT_EQ(r.status, 0) << r.err;
+        EXPECT_EQ(readFile(dir.file("m.d")),
+                  std::string("m.h m.c: \\\n  schema/main.zyl \\\n  ") + c.opened + "\n\n" + c.opened + ":\n")
+            << c.opened;
+    }
 }
 
 // Blanks, '#' and '$' in paths are written as make reads them.

@@ -1,14 +1,19 @@
 #!/usr/bin/env bash
-# Installs the build into a temporary prefix and uses it as a project would:
-# checks the installed files, builds examples/cmake-consumer against the
-# prefix with find_package(zylcomp CONFIG) and zylcomp_generate(), checks
-# that a change to a file the schema #includes compiles the schema again,
-# tries zylcomp_generate's other arguments, links a program to
-# zylcomp::libzylcomp, and asks pkg-config for the flags.
+# Installs the build into a temporary prefix, moves the prefix elsewhere, and
+# uses it from there as a project would: checks the installed files, builds
+# examples/cmake-consumer against it with find_package(zylcomp CONFIG) and
+# zylcomp_generate(), with both the Unix Makefiles and the Ninja generator
+# (the schema has a user-defined index and a collation, so skeletons are
+# written too), checks that a change to a file the schema #includes
+# compiles the schema again and that nothing else does, tries
+# zylcomp_generate's other arguments, links a program to
+# zylcomp::libzylcomp, and builds and runs one with pkg-config's flags.
 #
 # Run by CTest (tests/CMakeLists.txt passes the arguments):
 #   install_test.sh BUILD_DIR SOURCE_DIR GENERATOR MAKE_PROGRAM C_COMPILER \
 #                   BINDIR LIBDIR INCLUDEDIR MANDIR VERSION SOVERSION
+# GENERATOR and MAKE_PROGRAM are those of the build; the consumer project is
+# built with each generator whose tool is installed.
 set -euo pipefail
 
 if [ $# -ne 11 ]; then
@@ -20,7 +25,9 @@ bindir=$6 libdir=$7 includedir=$8 mandir=$9 version=${10} soversion=${11}
 
 work=$(mktemp -d "${TMPDIR:-/tmp}/zylcomp-install.XXXXXX")
 trap 'rm -rf "$work"' EXIT
-prefix=$work/prefix
+# Installed here, then moved to $prefix: nothing may remember the first place.
+installed=$work/installed
+prefix=$work/moved/prefix
 
 failures=0
 fail() {
@@ -34,11 +41,12 @@ die() {
 }
 step() { echo "== $*"; }
 
-# A CMake project in $1, built in $2, configured against the prefix.
+# configure GENERATOR MAKE_PROGRAM SOURCE BUILD [ARGS...]: a CMake project
+# configured against the prefix.
 configure() {
-    cmake -S "$1" -B "$2" -G "$generator" -DCMAKE_MAKE_PROGRAM="$make_program" -DCMAKE_C_COMPILER="$cc" \
-        -DCMAKE_PREFIX_PATH="$prefix" "${@:3}" >"$work/configure.log" 2>&1 ||
-        { cat "$work/configure.log"; die "configuring $1"; }
+    cmake -S "$3" -B "$4" -G "$1" -DCMAKE_MAKE_PROGRAM="$2" -DCMAKE_C_COMPILER="$cc" \
+        -DCMAKE_PREFIX_PATH="$prefix" "${@:5}" >"$work/configure.log" 2>&1 ||
+        { cat "$work/configure.log"; die "configuring $3 ($1)"; }
 }
 # Builds $1 and keeps the log in $work/build.log.
 build() {
@@ -46,8 +54,14 @@ build() {
 }
 ran_zylcomp() { grep -q "Compiling schema schema/inventory.zyl with zylcomp" "$work/build.log"; }
 
-step "install into $prefix"
-cmake --install "$build" --prefix "$prefix" >"$work/install.log" 2>&1 || { cat "$work/install.log"; die "cmake --install"; }
+step "install into $installed, then move it to $prefix"
+cmake --install "$build" --prefix "$installed" >"$work/install.log" 2>&1 ||
+    { cat "$work/install.log"; die "cmake --install"; }
+mkdir -p "$(dirname "$prefix")"
+mv "$installed" "$prefix"
+if grep -rlF "$installed" "$prefix" >"$work/remembered"; then
+    fail "installed files name the place they were installed at: $(cat "$work/remembered")"
+fi
 
 step "installed files"
 [ -x "$prefix/$bindir/zylcomp" ] || fail "no executable $bindir/zylcomp"
@@ -74,29 +88,36 @@ if command -v groff >/dev/null; then
     [ -z "$warnings" ] || fail "groff warns about the man page: $warnings"
 fi
 
-# The installed program finds its library through its run path, not through
-# the build tree.
+# The installed program finds its library through its run path, relative to
+# itself: not through the build tree, nor the place it was installed at.
 out=$(env -u LD_LIBRARY_PATH "$prefix/$bindir/zylcomp" --version) || fail "installed zylcomp --version failed"
 [ "$out" = "$(printf 'zylcomp %s\ndictionary format 8.1 build 1800' "$version")" ] ||
     fail "installed zylcomp --version printed: $out"
 
-step "consumer project ($generator)"
-cp -R "$source/examples/cmake-consumer" "$work/consumer"
-schema=$work/consumer/schema
-out=$work/consumer-build/zylcomp/inventory
-configure "$work/consumer" "$work/consumer-build" -DZYL_RUNTIME_INCLUDE_DIR="$source/tests/runtime"
-build "$work/consumer-build"
-ran_zylcomp || fail "the first build did not run zylcomp"
-for f in inventory.h inventory.c inventory.d; do
-    [ -f "$out/$f" ] || fail "the build generated no $f"
-done
-objects=$(find "$work/consumer-build" -name '*.o' | sort)
-grep -q "inventory\.c\.o$" <<<"$objects" || fail "the generated inventory.c was not compiled: $objects"
-grep -q "main\.c\.o$" <<<"$objects" || fail "main.c, which includes inventory.h, was not compiled: $objects"
-inventory_o=$(grep "inventory\.c\.o$" <<<"$objects")
+# consumer GENERATOR MAKE_PROGRAM: the example project, in a copy of its own
+# since the checks edit its schema.
+consumer() {
+    local gen=$1 make=$2
+    local src=$work/consumer-${1// /-} bin=$work/consumer-${1// /-}-build
+    local schema=$src/schema out=$bin/zylcomp/inventory
 
-step "dependency file"
-expected="$out/inventory.h $out/inventory.c: \\
+    step "consumer project ($gen)"
+    cp -R "$source/examples/cmake-consumer" "$src"
+    configure "$gen" "$make" "$src" "$bin" -DZYL_RUNTIME_INCLUDE_DIR="$source/tests/runtime"
+    build "$bin"
+    ran_zylcomp || fail "$gen: the first build did not run zylcomp"
+    for f in inventory.h inventory.c inventory.d inventory_udf.c inventory_coll.c; do
+        [ -f "$out/$f" ] || fail "$gen: the build generated no $f"
+    done
+    local objects inventory_o
+    objects=$(find "$bin" -name '*.o' | sort)
+    grep -q "inventory\.c\.o$" <<<"$objects" || fail "$gen: the generated inventory.c was not compiled: $objects"
+    grep -q "main\.c\.o$" <<<"$objects" || fail "$gen: main.c, which includes inventory.h, was not compiled: $objects"
+    inventory_o=$(grep "inventory\.c\.o$" <<<"$objects")
+
+    # The rule's targets are the outputs the build declares; the skeletons,
+    # which belong to the project once written, are not among them.
+    local expected="$out/inventory.h $out/inventory.c: \\
   $schema/inventory.zyl \\
   $schema/units.zyl \\
   $schema/limits.zyl
@@ -104,35 +125,48 @@ expected="$out/inventory.h $out/inventory.c: \\
 $schema/units.zyl:
 
 $schema/limits.zyl:"
-[ "$(cat "$out/inventory.d")" = "$expected" ] || fail "inventory.d holds:
+    [ "$(cat "$out/inventory.d")" = "$expected" ] || fail "$gen: inventory.d holds:
 $(cat "$out/inventory.d")
 expected:
 $expected"
 
-step "a build with nothing changed"
-build "$work/consumer-build"
-ran_zylcomp && fail "zylcomp ran again though nothing changed"
+    # Nothing changed: the build succeeds and compiles no schema.
+    echo "/* filled in by the project */" >"$out/inventory_udf.c"
+    build "$bin"
+    ran_zylcomp && fail "$gen: zylcomp ran again though nothing changed"
 
-step "an #include of an #include changes"
-cp "$out/inventory.c" "$work/inventory.c.before"
-sleep 1 # a clear step in modification times, even on coarse file systems
-sed -i 's/NAME_LENGTH 40/NAME_LENGTH 64/' "$schema/limits.zyl"
-build "$work/consumer-build"
-ran_zylcomp || fail "a change to limits.zyl did not compile the schema again"
-cmp -s "$out/inventory.c" "$work/inventory.c.before" && fail "inventory.c did not change with limits.zyl"
-[ "$inventory_o" -nt "$schema/limits.zyl" ] || fail "inventory.c was not compiled again"
+    # A change to an #include of an #include compiles the schema again; the
+    # filled-in skeleton stays, and the new one goes beside it.
+    cp "$out/inventory.c" "$work/inventory.c.before"
+    sleep 1 # a clear step in modification times, even on coarse file systems
+    sed -i 's/NAME_LENGTH 40/NAME_LENGTH 64/' "$schema/limits.zyl"
+    build "$bin"
+    ran_zylcomp || fail "$gen: a change to limits.zyl did not compile the schema again"
+    cmp -s "$out/inventory.c" "$work/inventory.c.before" && fail "$gen: inventory.c did not change with limits.zyl"
+    [ "$inventory_o" -nt "$schema/limits.zyl" ] || fail "$gen: inventory.c was not compiled again"
+    [ "$(cat "$out/inventory_udf.c")" = "/* filled in by the project */" ] ||
+        fail "$gen: the compile overwrote the filled-in inventory_udf.c"
+    [ -f "$out/inventory_udf.c.new" ] || fail "$gen: no inventory_udf.c.new beside the filled-in skeleton"
 
-step "touching a direct #include"
-sleep 1
-touch "$schema/units.zyl"
-build "$work/consumer-build"
-ran_zylcomp || fail "touching units.zyl did not compile the schema again"
-[ "$out/inventory.h" -nt "$schema/units.zyl" ] || fail "inventory.h is older than units.zyl"
-build "$work/consumer-build"
-ran_zylcomp && fail "zylcomp ran again though nothing changed since"
+    # And with the .new skeletons there, nothing to do again.
+    build "$bin"
+    ran_zylcomp && fail "$gen: zylcomp ran again though nothing changed since"
+    return 0
+}
+
+if command -v make >/dev/null; then
+    consumer "Unix Makefiles" "$(command -v make)"
+else
+    echo "make is not installed: the consumer project is not built with Unix Makefiles"
+fi
+if command -v ninja >/dev/null; then
+    consumer Ninja "$(command -v ninja)"
+else
+    echo "ninja is not installed: the consumer project is not built with Ninja"
+fi
 
 step "zylcomp::libzylcomp, and zylcomp_generate's other arguments"
-mkdir "$work/uselib"
+mkdir -p "$work/uselib/inc"
 cat >"$work/uselib/uselib.c" <<'EOF'
 #include <stdio.h>
 #include <stdlib.h>
@@ -158,24 +192,42 @@ find_package(zylcomp 0.1 CONFIG REQUIRED)
 add_executable(uselib uselib.c)
 target_link_libraries(uselib PRIVATE zylcomp::libzylcomp)
 
-# store.zyl declares database shop; the files go where the project says.
+# store.zyl declares database shop; the files go where the project says,
+# every language is asked for, and inc/ is searched before the schema's
+# directory.
 add_library(store OBJECT)
 target_include_directories(store PRIVATE ${ZYL_RUNTIME_INCLUDE_DIR})
-zylcomp_generate(store SCHEMA store.zyl DATABASE ${STORE_DATABASE} OUTPUT_DIR generated
-                 OPTIONS --cpp --xml-schema)
+zylcomp_generate(store SCHEMA store.zyl DATABASE ${STORE_DATABASE} OUTPUT_DIR generated/shop
+                 INCLUDE_DIR inc ${PROJECT_SOURCE_DIR}
+                 OPTIONS --cpp --xml-schema --cs --java)
 EOF
-cp "$source/examples/shop.zyl" "$work/uselib/store.zyl"
-configure "$work/uselib" "$work/uselib-build" -DZYL_RUNTIME_INCLUDE_DIR="$source/tests/runtime" -DSTORE_DATABASE=shop
-build "$work/uselib-build"
-out=$(env -u LD_LIBRARY_PATH "$work/uselib-build/uselib") || fail "the program linked to zylcomp::libzylcomp failed"
-[ "$out" = "/ 1800 messages" ] || fail "the program linked to zylcomp::libzylcomp printed: $out"
-for f in shop.h shop.c shop.hpp shop.xml; do
-    [ -f "$work/uselib-build/generated/$f" ] || fail "DATABASE shop and OUTPUT_DIR generated gave no generated/$f"
-done
-find "$work/uselib-build" -name 'shop.c.o' | grep -q . || fail "the generated shop.c was not compiled"
+sed 's/^declare database shop;/&\n#include "extra.zyl"/' "$source/examples/shop.zyl" >"$work/uselib/store.zyl"
+echo "struct Extra { unsigned<4> first; };" >"$work/uselib/inc/extra.zyl"
+echo "struct Extra { unsigned<4> second; };" >"$work/uselib/extra.zyl"
+# uselib GENERATOR MAKE_PROGRAM
+uselib() {
+    local gen=$1 make=$2 bin=$work/uselib-${1// /-}
+    local generated=$bin/generated/shop
+    configure "$gen" "$make" "$work/uselib" "$bin" \
+        -DZYL_RUNTIME_INCLUDE_DIR="$source/tests/runtime" -DSTORE_DATABASE=shop
+    build "$bin"
+    out=$(env -u LD_LIBRARY_PATH "$bin/uselib") || fail "$gen: the program linked to zylcomp::libzylcomp failed"
+    [ "$out" = "/ 1800 messages" ] || fail "$gen: the program linked to zylcomp::libzylcomp printed: $out"
+    for f in shop.h shop.c shop.hpp shop.xml shop.cs shop.java shop.d; do
+        [ -f "$generated/$f" ] || fail "$gen: DATABASE shop and OUTPUT_DIR generated/shop gave no generated/shop/$f"
+    done
+    grep -qF "$work/uselib/inc/extra.zyl" "$generated/shop.d" || fail "$gen: INCLUDE_DIR inc was not searched first"
+    find "$bin" -name 'shop.c.o' | grep -q . || fail "$gen: the generated shop.c was not compiled"
+    build "$bin"
+    grep -q "Compiling schema" "$work/build.log" && fail "$gen: zylcomp ran again for store.zyl though nothing changed"
+    return 0
+}
+command -v make >/dev/null && uselib "Unix Makefiles" "$(command -v make)"
+command -v ninja >/dev/null && uselib Ninja "$(command -v ninja)"
 
 # A DATABASE that the schema does not declare fails the build, and says why.
-configure "$work/uselib" "$work/uselib-build" -DSTORE_DATABASE=store
+configure "$generator" "$make_program" "$work/uselib" "$work/uselib-build" \
+    -DZYL_RUNTIME_INCLUDE_DIR="$source/tests/runtime" -DSTORE_DATABASE=store
 if cmake --build "$work/uselib-build" >"$work/build.log" 2>&1; then
     fail "a DATABASE that the schema does not declare built"
 elif ! tr -s ' \n' '  ' <"$work/build.log" | grep -q "store.zyl does not declare database 'store'"; then
@@ -183,17 +235,19 @@ elif ! tr -s ' \n' '  ' <"$work/build.log" | grep -q "store.zyl does not declare
     fail "a DATABASE that the schema does not declare failed without saying why"
 fi
 
-step "pkg-config"
+step "pkg-config, from the moved prefix"
 if command -v pkg-config >/dev/null; then
     export PKG_CONFIG_PATH=$prefix/$libdir/pkgconfig
-    flags=$(pkg-config --cflags --libs zylcomp | sed "s/ *$//") || fail "pkg-config does not find zylcomp"
-    [ "$flags" = "-I$prefix/$includedir -L$prefix/$libdir -lzylcomp" ] || fail "pkg-config --cflags --libs gives: $flags"
+    flags=$(pkg-config --cflags --libs zylcomp) || fail "pkg-config does not find zylcomp"
+    [[ "$flags" == *"-Wl,-rpath,"* ]] || fail "pkg-config --libs gives no run path: $flags"
     [ "$(pkg-config --modversion zylcomp)" = "$version" ] || fail "pkg-config --modversion is not $version"
+    pc_prefix=$(pkg-config --variable=prefix zylcomp)
+    [ "$(cd "$pc_prefix" && pwd -P)" = "$(cd "$prefix" && pwd -P)" ] ||
+        fail "pkg-config's prefix is $pc_prefix, not the moved $prefix"
     # shellcheck disable=SC2086 # the flags are words
-    "$cc" -o "$work/uselib-pc" "$work/uselib/uselib.c" $flags -Wl,-rpath,"$prefix/$libdir" ||
-        fail "cannot build with the pkg-config flags"
+    "$cc" -o "$work/uselib-pc" "$work/uselib/uselib.c" $flags || fail "cannot build with the pkg-config flags"
     [ "$(env -u LD_LIBRARY_PATH "$work/uselib-pc")" = "/ 1800 messages" ] ||
-        fail "the program built with the pkg-config flags does not run"
+        fail "the program built with the pkg-config flags does not find the library at run time"
 else
     echo "pkg-config is not installed: its check is skipped"
 fi
