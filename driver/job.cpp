@@ -76,6 +76,7 @@ unsigned Job::run() {
     FinalCallback* finalCallback = new FinalCallback(localOutputDir);
     finalCallback->setDepFile(depFile, inputFile);
     reporter.setFinalCallback(finalCallback);
+    reporter.setFormat(static_cast<DiagnosticsFormat>(diagnosticsFormat));
     if (f == nullptr) {
         std::printf("Current directory is: %s\n", UT::currdir().c_str());
         reporter.err(mstring("Cannot open \"") + inputFile + "\"");

@@ -54,6 +54,9 @@ struct Job {
     // Directories that #include searches, in this order, before includeDir
     // (or the schema's directory, when includeDir is empty).
     mvector<mstring> includeDirs;
+    // How the reporter prints: 0 the classic form, 1 gcc's, 2 JSON lines
+    // (the values of DiagnosticsFormat).
+    int diagnosticsFormat = 0;
     // The dependency file a build tool reads, which the caller writes after
     // a complete compile; empty for none. A failed compile removes the one
     // of an earlier compile. It may not be the schema, a file it includes

@@ -26,6 +26,18 @@ public:
     virtual ~IOnDbNameFound() = default;
 };
 
+// The declaration a report is about, where the compiler knows it: checks
+// made once the whole text is read report, in the classic form, at the end
+// of the text, while the other forms point here, at the declaration's line
+// and at its name on that line. The texts belong to the schema model, which
+// outlives every report; a null file is no place.
+struct DiagDeclaration {
+    char const* kind = "";  // "class", "struct", "enum", "field", "index", "event"
+    char const* name = "";
+    char const* file = nullptr;
+    int line = 0;
+};
+
 class IErrReporter {
 public:
     virtual ~IErrReporter() = default;
@@ -60,7 +72,38 @@ public:
         void* context;
     };
     static PanicHook setPanicHook(PanicHook hook);
+
+    // The declaration the pass at work is about, or null; set and restored
+    // by DeclFocus. The caller keeps it alive while it is set.
+    void setDeclaration(DiagDeclaration const* d) { m_declaration = d; }
+    DiagDeclaration const* declaration() const { return m_declaration; }
+
+private:
+    DiagDeclaration const* m_declaration = nullptr;
 };
+
+// Makes a declaration the reporter's for as long as it lives, then gives
+// back the one before.
+class DeclFocus {
+public:
+    DeclFocus(IErrReporter* reporter, DiagDeclaration const& d)
+        : m_reporter(reporter), m_declaration(d), m_before(reporter->declaration()) {
+        reporter->setDeclaration(&m_declaration);
+    }
+    ~DeclFocus() { m_reporter->setDeclaration(m_before); }
+    DeclFocus(DeclFocus const&) = delete;
+    DeclFocus& operator=(DeclFocus const&) = delete;
+
+private:
+    IErrReporter* m_reporter;
+    DiagDeclaration m_declaration;
+    DiagDeclaration const* m_before;
+};
+
+// How ErrReporter prints: the compiler's own form ("File s.zyl;  line 4:
+// error: ..."), the form of gcc and clang ("s.zyl:4:3: error: ..." with the
+// source line and a caret), or one JSON object per line for tools.
+enum class DiagnosticsFormat { Classic, Gnu, Json };
 
 mstring translateError(mstring const& key, mstring const& p1, mstring const& p2, mstring const& p3,
                        mstring const& p4);
@@ -87,13 +130,17 @@ public:
 
     int errorCount() const { return m_errors; }
     int warningCount() const { return m_warnings; }
+    void setFormat(DiagnosticsFormat format) { m_format = format; }
 
 private:
     [[noreturn]] void processError(mstring const& message, mstring const& file, int line, int pos);
     void printPrefix(mstring const& file, int line, int pos) const;
+    // One report in the Gnu or Json form; `line` -1 when there is none.
+    void printOther(char const* severity, mstring const& message, mstring const& file, int line, int pos) const;
 
     int m_errors = 0;
     int m_warnings = 0;
     IFinalCallback* m_finalCallback = nullptr;
     mstring m_defaultFile;
+    DiagnosticsFormat m_format = DiagnosticsFormat::Classic;
 };

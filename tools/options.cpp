@@ -35,7 +35,7 @@ const Flag kFlags[] = {
     {"-q", "--quiet", &CliOptions::quiet, true},
 };
 
-enum ValueKind { OutputDir, IncludeDir, CsNamespace, JavaPackage, SizeofSize, Hide, DepFile };
+enum ValueKind { OutputDir, IncludeDir, CsNamespace, JavaPackage, SizeofSize, Hide, DepFile, DiagFormat };
 
 struct ValueOption {
     char const* shortName;
@@ -47,7 +47,7 @@ const ValueOption kValueOptions[] = {
     {"-o", "--output-dir", OutputDir},     {"-I", "--include-dir", IncludeDir},
     {nullptr, "--cs-namespace", CsNamespace}, {nullptr, "--java-package", JavaPackage},
     {nullptr, "--sizeof-size", SizeofSize},   {nullptr, "--hide", Hide},
-    {nullptr, "--depfile", DepFile},
+    {nullptr, "--depfile", DepFile},          {nullptr, "--diagnostics-format", DiagFormat},
 };
 
 bool is(char const* arg, char const* name) { return name != nullptr && std::strcmp(arg, name) == 0; }
@@ -66,6 +66,13 @@ bool setValue(CliOptions& o, ValueKind kind, std::string const& name, std::strin
     case JavaPackage: o.javaPackage = value; return true;
     case Hide: o.hiddenClasses.push_back(value); return true;
     case DepFile: o.depFile = value; return true;
+    case DiagFormat:
+        if (value != "classic" && value != "gnu" && value != "json") {
+            o.error = "option " + name + " needs classic, gnu or json, not '" + value + "'";
+            return false;
+        }
+        o.diagnosticsFormat = value;
+        return true;
     case SizeofSize: {
         char* end = nullptr;
         long n = std::strtol(value.c_str(), &end, 10);
@@ -203,6 +210,11 @@ char const* helpText() {
            "      --persistent            classes are persistent unless the schema says otherwise\n"
            "      --nonatomic             classes are nonatomic unless the schema says otherwise\n"
            "\n"
+           "Diagnostics:\n"
+           "      --diagnostics-format F  classic (the default: File s.zyl;  line 4: error: ...), gnu\n"
+           "                              (s.zyl:4:3: error: ..., the source line and a caret) or json\n"
+           "                              (one object per line); gnu and json point errors found after\n"
+           "                              reading at the declaration at fault\n"
            "  -q, --quiet                 print nothing on success (warnings and errors are still printed)\n"
            "  -h, --help                  print this help and exit\n"
            "  -V, --version               print the version and the dictionary format it writes, and exit\n"

@@ -36,6 +36,7 @@ struct CliOptions {
     bool prefixNames = false;
     bool relativeClassCodes = false;
     bool dllSpec = false;
+    std::string diagnosticsFormat = "classic";  // classic, gnu or json
     bool quiet = false;  // no closing line after a complete compile
     std::string depFile;  // empty: no dependency file
     // Compile through the run-time entry and print the dictionary as JSON

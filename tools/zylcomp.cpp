@@ -135,6 +135,7 @@ int main(int argc, char** argv) {
     job.prefixNames = o.prefixNames;
     job.relativeClassCodes = o.relativeClassCodes;
     job.dllSpec = o.dllSpec;
+    job.diagnosticsFormat = o.diagnosticsFormat == "gnu" ? 1 : o.diagnosticsFormat == "json" ? 2 : 0;
     for (std::string const& name : o.hiddenClasses)
         job.hiddenClasses.push_back(name.c_str());
 

@@ -52,14 +52,15 @@ DeclPlace Analyzer::here() {
     PreProcessor const& pp = m_parser->pp();
     DeclPlace at;
     at.m_line = pp.lineNo();
+    mvector<mstring>& files = m_schema.v_placeFile;
     // Mostly the file of the place before; an include brings a few more.
-    for (int i = static_cast<int>(m_placeFiles.size()) - 1; i >= 0; i--)
-        if (m_placeFiles[i] == pp.fileName()) {
+    for (int i = static_cast<int>(files.size()) - 1; i >= 0; i--)
+        if (files[i] == pp.fileName()) {
             at.m_file = i;
             return at;
         }
-    m_placeFiles.push_back(pp.fileName());
-    at.m_file = static_cast<int>(m_placeFiles.size()) - 1;
+    files.push_back(pp.fileName());
+    at.m_file = static_cast<int>(files.size()) - 1;
     return at;
 }
 
@@ -70,5 +71,7 @@ void Analyzer::errorAt(DeclPlace const& at, char const* key, mstring const& p1, 
         pp.error4(key, p1, p2, p3, p4, 0);
         return;
     }
-    pp.reporter()->err4(key, p1, p2, p3, p4, m_placeFiles[at.m_file], at.m_line, 0);
+    pp.reporter()->err4(key, p1, p2, p3, p4, m_schema.v_placeFile[at.m_file], at.m_line, 0);
 }
+
+IErrReporter* Analyzer::reporter() { return m_parser->pp().reporter(); }

@@ -140,6 +140,11 @@ private:
     void warning(char const* key);
     // Where the parser stands now: the place of the declaration being read.
     DeclPlace here();
+    // Reports made while it lives are about the declaration of `name`.
+    DeclFocus focus(char const* kind, mstring const& name, DeclPlace const& at) {
+        return DeclFocus(reporter(), m_schema.declaration(kind, name, at));
+    }
+    IErrReporter* reporter();
     // Reports at the place of a declaration, for checks made after it was
     // read; a place the compiler made itself stands for the current one.
     void errorAt(DeclPlace const& at, char const* key, mstring const& p1 = mstring(),
@@ -192,8 +197,6 @@ private:
     // Structs whose fields struct_finishStructFields is resolving: a struct
     // reached again through its own fields' types is left as it is.
     mvector<Struct*> m_finishing;
-    // The files named by DeclPlace::m_file, each once.
-    mvector<mstring> m_placeFiles;
 };
 
 // Calls `visit` on every element of `set` as a T, in the set's order, while

@@ -7,8 +7,9 @@
 
 // event -> "event" "<" ("new"|"delete"|"delete_all"|"checkpoint"|"update"|field "update") ">" name ";"
 void Analyzer::do_event(Class& c) {
-    match("<");
     Event ev;
+    ev.m_place = here();
+    match("<");
     mstring what = m_parser->get();
     if (what == "new") {
         ev.m_kind = EV_NEW;

@@ -73,6 +73,7 @@ void Analyzer::struct_finishStructFields(Struct& s, bool /*isClass*/) {
     bool blobs = false, sequences = false, dynamic = false, hasInit = false;
     for (unsigned i = 0; i < s.v_field.size(); i++) {
         Field& f = s.v_field[i];
+        DeclFocus const at = focus("field", f.m_name, f.m_place);
         if (f.m_name == "updated_bitmap")
             s.m_hasUpdatedBitmap = true;
         // Only the direct case is seen here; a cycle through other structs
@@ -137,12 +138,13 @@ void Analyzer::checkObjid() {
         error("schema name is not defined");
         return;
     }
-    bool classWithOid = false;
+    Class const* classWithOid = nullptr;
     forEachIn<Class>(m_schema.m_classes, [&classWithOid](Class& c) {
-        classWithOid = c.m_hasOid;
-        return !classWithOid;
+        classWithOid = c.m_hasOid ? &c : nullptr;
+        return classWithOid == nullptr;
     });
-    if (classWithOid && m_schema.m_idType.empty()) {
+    if (classWithOid != nullptr && m_schema.m_idType.empty()) {
+        DeclFocus const at = focus("class", classWithOid->m_name, classWithOid->m_place);
         error("oid is not declared");
         return;
     }
@@ -167,6 +169,7 @@ void Analyzer::checkRefTo() {
             Field const& f = c.v_field[i];
             if (f.m_refClassName.empty())
                 continue;
+            DeclFocus const at = focus("field", f.m_name, f.m_place);
             Class const* target = m_schema.findClass(f.m_refClassName);
             if (target == nullptr)
                 error1("A reference to undefined class \"#1\" found.", f.m_refClassName);

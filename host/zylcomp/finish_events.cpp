@@ -20,6 +20,7 @@ void Analyzer::finishEvents() {
         int fieldUpdates = 0;
         for (unsigned i = 0; i < c.v_event.size(); i++) {
             Event& ev = c.v_event[i];
+            DeclFocus const at = focus("event", ev.m_name, ev.m_place);
             ev.m_number = number++;
             if (ev.m_kind == EV_CLASS_UPDATE) {
                 // With a bitmap, a class update watches the bitmap.

@@ -59,6 +59,7 @@ void Analyzer::finishIndices() {
         addImplicitList(c);
         for (unsigned i = 0; i < c.v_index.size(); i++) {
             Index& idx = c.v_index[i];
+            DeclFocus const at = focus("index", idx.m_name, idx.m_place);
             idx.m_code = code;
             // Fewer fields than bits in a word of the target's size.
             if (idx.m_type == IT_KDTREE && c.v_field.size() >= 8u * static_cast<unsigned>(m_sizeofSize))

@@ -195,8 +195,10 @@ void GenOutput::outputHandles() {
         *m_java << "\t" << alone(c.m_name) << ".class";
         if (n != c.m_code)
             IErrReporter::panic("class codes order", false);
-        if (!c.m_hasOid && !c.m_hasList && !c.m_hasAutoid && c.v_index.size() == 0)
+        if (!c.m_hasOid && !c.m_hasList && !c.m_hasAutoid && c.v_index.size() == 0) {
+            DeclFocus const at(m_err, m_schema->declaration("class", c.m_name, c.m_place));
             m_err->warning1("class #1 has no oid, autoid, list, or index defined", c.m_name);
+        }
         *m_h << "#ifndef ZYL_CPP_INTERFACE\ntypedef struct " << UT::adjust(c.m_name + "_", m_structNameWidth + 1)
              << " { ZYL_Hf h; }  " << alone(c.m_name) << ";\n#else\nclass " << hppClass(c.m_name) << ";\n#endif\n";
         *m_h << "#define " << UT::adjust(c.m_name + "_code", m_structNameWidth + 6) << " " << c.m_code << "\n";

@@ -190,9 +190,11 @@ int GenOutput::oid_layout(Struct& oid) {
         assert(t != nullptr);  // resolved by the finishing passes
         int sz = t->m_layout.large.m_size.m_num;
         switch (t->m_category) {
-        case TC_STRUCT:
+        case TC_STRUCT: {
+            DeclFocus const at(m_err, m_schema->declaration("field", oid.v_field[i].m_name, oid.v_field[i].m_place));
             m_err->err("Nested structure in oid");
             return 0;
+        }
         case TC_SCALAR:
             if (sz == 2)
                 offset = alignInt(FSize(offset), 2).m_num;
@@ -205,9 +207,11 @@ int GenOutput::oid_layout(Struct& oid) {
         case TC_BINARY:
             offset = wrap32(std::int64_t{offset} + sz);
             break;
-        default:
+        default: {
+            DeclFocus const at(m_err, m_schema->declaration("field", oid.v_field[i].m_name, oid.v_field[i].m_place));
             m_err->err("Variable-length field in oid");
             return 0;
+        }
         }
     }
     oid.m_layout.compact.m_size = offset;
@@ -230,11 +234,13 @@ bool GenOutput::layout(Struct& s, int startOffset, Class* owner) {
         if (s.m_layoutBusy) {
             // Reached again while its own fields are placed: it contains
             // itself by value.
+            DeclFocus const at(m_err, m_schema->declaration(s.m_isClass ? "class" : "struct", s.m_name, s.m_place));
             m_err->err("recursive definition of \"" + s.m_name + "\"");
             return false;
         }
         NestingLevel level(m_layoutNesting);
         if (m_layoutNesting > kMaxNesting) {
+            DeclFocus const at(m_err, m_schema->declaration(s.m_isClass ? "class" : "struct", s.m_name, s.m_place));
             m_err->err("structures nested more than " + UT::n2s(kMaxNesting) + " deep at \"" + s.m_name + "\"");
             return false;
         }

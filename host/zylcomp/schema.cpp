@@ -288,3 +288,14 @@ bool Schema::enumNameToInteger(mstring const& name, long* out) {
     delete pos;
     return found;
 }
+
+DiagDeclaration Schema::declaration(char const* kind, mstring const& name, DeclPlace const& at) const {
+    DiagDeclaration d;
+    d.kind = kind;
+    d.name = name.c_str();
+    if (at.m_file >= 0) {
+        d.file = v_placeFile[at.m_file].c_str();
+        d.line = at.m_line;
+    }
+    return d;
+}

@@ -14,6 +14,7 @@
 #include "foundation/mstring.h"
 #include "foundation/mvector.h"
 #include "foundation/sets.h"
+#include "frontend/diagnostics.h"
 #include "host/zylcomp/fsize.h"
 
 class Struct;
@@ -295,6 +296,7 @@ public:
     mstring m_fieldName;  // for field update events
     Field* m_field = nullptr;  // resolved by finishEvents
     int m_number = -1;  // given by finishEvents
+    DeclPlace m_place;
 };
 
 // ---------------------------------------------------------------------------
@@ -536,4 +538,9 @@ public:
     bool m_hasCalculator = false;
     mvector<CalculatorEntry> v_calculator;
     StringSet m_calculatorClassNames;
+    // The files named by DeclPlace::m_file, each once.
+    mvector<mstring> v_placeFile;
+    // The declaration of `name` at `at`, for a report about it; the file
+    // is empty for a place the compiler made itself.
+    DiagDeclaration declaration(char const* kind, mstring const& name, DeclPlace const& at) const;
 };
