@@ -32,9 +32,11 @@ const Flag kFlags[] = {
     {nullptr, "--relative-class-codes", &CliOptions::relativeClassCodes, true},
     {nullptr, "--dll-spec", &CliOptions::dllSpec, true},
     {nullptr, "--dump-dictionary", &CliOptions::dumpDictionary, true},
+    // Not in the help: it stands in for the choice of diagnostics format.
+    {nullptr, "--compare-json", &CliOptions::diagnosticsJson, true},
 };
 
-enum ValueKind { OutputDir, IncludeDir, CsNamespace, JavaPackage, SizeofSize, Hide, DepFile };
+enum ValueKind { OutputDir, IncludeDir, CsNamespace, JavaPackage, SizeofSize, Hide, DepFile, CompareWith };
 
 struct ValueOption {
     char const* shortName;
@@ -46,7 +48,7 @@ const ValueOption kValueOptions[] = {
     {"-o", "--output-dir", OutputDir},     {"-I", "--include-dir", IncludeDir},
     {nullptr, "--cs-namespace", CsNamespace}, {nullptr, "--java-package", JavaPackage},
     {nullptr, "--sizeof-size", SizeofSize},   {nullptr, "--hide", Hide},
-    {nullptr, "--depfile", DepFile},
+    {nullptr, "--depfile", DepFile},         {nullptr, "--compare", CompareWith},
 };
 
 bool is(char const* arg, char const* name) { return name != nullptr && std::strcmp(arg, name) == 0; }
@@ -65,6 +67,7 @@ bool setValue(CliOptions& o, ValueKind kind, std::string const& name, std::strin
     case JavaPackage: o.javaPackage = value; return true;
     case Hide: o.hiddenClasses.push_back(value); return true;
     case DepFile: o.depFile = value; return true;
+    case CompareWith: o.compareWith = value; return true;
     case SizeofSize: {
         char* end = nullptr;
         long n = std::strtol(value.c_str(), &end, 10);
@@ -183,6 +186,8 @@ char const* helpText() {
            "      --sizeof-size N         size in bytes of the target's size type (default 8)\n"
            "      --dump-dictionary       write no files: build the dictionary in memory, as an application\n"
            "                              loading the schema at run time would, and print it as JSON\n"
+           "      --compare OLD-SCHEMA    write no files: compare the dictionary of OLD-SCHEMA with that of\n"
+           "                              SCHEMA and print each change, breaking or compatible\n"
            "\n"
            "Naming:\n"
            "      --prefix-names          prefix generated names with the database name\n"
@@ -202,5 +207,6 @@ char const* helpText() {
            "\n"
            "Exit status: 0 after a complete compile, 255 after a schema error (no partial output is left),\n"
            "2 for a wrong command line, 1 when the dependency file cannot be written. With --dump-dictionary\n"
-           "a refused schema exits 1, and its message goes to standard error as FILE:LINE:COLUMN: error: MESSAGE.\n";
+           "a refused schema exits 1, and its message goes to standard error as FILE:LINE:COLUMN: error: MESSAGE.\n"
+           "With --compare: 0 when no change is breaking, 1 when one is, 255 when either schema is refused.\n";
 }
