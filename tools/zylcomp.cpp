@@ -183,7 +183,7 @@ void placeFinding(Finding& f, Compiled const& oldSchema, Compiled const& newSche
         p = in.places.index(f.className, f.declNo);
     if (p == nullptr && !f.className.empty())
         p = in.places.holder(f.className);
-    f.file = newSchema.path;
+    f.file = in.path;
     if (p != nullptr) {
         f.file = in.fileOf(*p);
         f.line = p->line;

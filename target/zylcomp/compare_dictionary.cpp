@@ -263,6 +263,21 @@ private:
         }
     }
 
+    // True when an index of a persistent class of the old dictionary
+    // orders its stored keys by collation `name`.
+    bool storedOrder(char const* name) const {
+        zyl_dictionary_t const& d = O.d;
+        for (unsigned i = 0; i < d.n_desc_indexes && d.v_desc_indexes != nullptr; i++) {
+            zyl_dict_index_t const& x = d.v_desc_indexes[i];
+            if (!(x.flags & ZYL_INDEX_PERSISTENT))
+                continue;
+            for (unsigned k = 0; k < x.numof_fields && x.fields != nullptr; k++)
+                if (x.fields[k].collation_id != ZYL_DICT_NONE16 && O.collation(x.fields[k].collation_id) == name)
+                    return true;
+        }
+        return false;
+    }
+
     void collations() {
         auto find = [](Dict const& D, char const* name) -> zyl_dict_collation_t const* {
             for (unsigned i = 0; i < D.d.n_desc_colls && D.d.v_desc_colls != nullptr; i++)
@@ -279,7 +294,7 @@ private:
             if (old == nullptr)
                 report(false, "collation-added", a, std::string("collation ") + c.name + " added");
             else if (old->type != c.type)
-                report(true, "collation-kind", a,
+                report(storedOrder(c.name), "collation-kind", a,
                        std::string("collation ") + c.name + " changed from " + collationKind(old->type) +
                            " to " + collationKind(c.type) + " keys");
         }
@@ -288,7 +303,7 @@ private:
             if (c.name != nullptr && find(N, c.name) == nullptr) {
                 About a{"collation", "", c.name};
                 a.inOld = true;
-                report(true, "collation-removed", a, std::string("collation ") + c.name + " removed");
+                report(storedOrder(c.name), "collation-removed", a, std::string("collation ") + c.name + " removed");
             }
         }
     }
