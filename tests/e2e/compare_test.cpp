@@ -630,3 +630,30 @@ TEST(CompareLibrary, TwoDictionaries) {
     for (zyl_dictionary_t* d : {a, b, c})
         zyl_dict_free(d, nullptr);
 }
+
+// The worked example of doc/compare.md prints what the chapter shows.
+TEST(CompareCli, DocumentedExample) {
+    std::string const doc = readFile(std::string(ZYLCOMP_TESTS_DIR) + "/../doc/compare.md");
+    std::vector<std::string> schemas;
+    for (size_t at = 0; (at = doc.find("```zyl\n", at)) != std::string::npos;) {
+        at += 7;
+        size_t const end = doc.find("```", at);
+        ASSERT_NE(end, std::string::npos);
+        schemas.push_back(doc.substr(at, end - at));
+    }
+    ASSERT_EQ(schemas.size(), 2u);
+    size_t const from = doc.find("    File new.zyl;");
+    ASSERT_NE(from, std::string::npos);
+    std::string shown;
+    for (size_t at = from; doc.compare(at, 4, "    ") == 0;) {
+        size_t const end = doc.find('\n', at);
+        shown += doc.substr(at + 4, end - at - 4) + "\n";
+        at = end + 1;
+    }
+    TempDir dir;
+    dir.write("old.zyl", schemas[0]);
+    dir.write("new.zyl", schemas[1]);
+    ProcessResult r = compare(dir);
+    EXPECT_EQ(r.out, shown);
+    EXPECT_EQ(r.status, 1);
+}
