@@ -107,6 +107,43 @@ void zyl_dict_free(zyl_dictionary_t* dict, void (*deallocate)(void* block));
    -1 when writing failed. */
 int zyl_dict_write_json(const zyl_dictionary_t* dict, FILE* out);
 
+/* Kinds of a difference between two dictionaries. */
+#define ZYL_CHANGE_COMPATIBLE 0 /* the old data and old peers read as they are */
+#define ZYL_CHANGE_BREAKING 1   /* old data or old peers can no longer be read as they are */
+
+/* One difference between an old dictionary and a new one. Texts are never
+   null; an absent one is the empty string. */
+typedef struct zyl_dict_change_t {
+    int kind;               /* ZYL_CHANGE_... */
+    const char* code;       /* short name of the kind of change, such as "field-type" */
+    const char* subject;    /* "schema", "collation", "class", "field", "index" or "event" */
+    const char* class_name; /* the class concerned, or "" */
+    const char* item;       /* field path ("addr.city"), index or collation name, or "" */
+    const char* message;    /* one line of text, without a line end */
+    int in_old;             /* 1 when the item stands only in the old dictionary (a removal) */
+    /* Where the item is declared, in the dictionary that in_old names: the
+       structure that declares the field (the class itself, or the struct of
+       a nested field), "" for other subjects; and the field's declared
+       place in that structure (order_no) or the index's place among its
+       class's indexes, else -1. */
+    const char* holder;
+    int decl_no;
+} zyl_dict_change_t;
+
+typedef void (*zyl_dict_change_callback_t)(const zyl_dict_change_t* change, void* context);
+
+/* Compares the dictionary `old_dict`, which described the data as it is,
+   with `new_dict`, and hands every difference to `callback` (which may be
+   null) with `context`, in a fixed order: the schema's own settings, the
+   collations, then the classes in the new dictionary's class order, and
+   the classes that are gone last. Classes are matched by name, fields by
+   path, indexes by name within their class. Returns the number of breaking
+   changes, or -1 when a dictionary is null or of another format. Reads
+   only the records, so any two dictionaries of this format can be
+   compared; it allocates nothing that outlives the call. */
+int zyl_dict_compare(const zyl_dictionary_t* old_dict, const zyl_dictionary_t* new_dict,
+                     zyl_dict_change_callback_t callback, void* context);
+
 #ifdef __cplusplus
 }
 #endif

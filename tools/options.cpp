@@ -35,7 +35,7 @@ const Flag kFlags[] = {
     {"-q", "--quiet", &CliOptions::quiet, true},
 };
 
-enum ValueKind { OutputDir, IncludeDir, CsNamespace, JavaPackage, SizeofSize, Hide, DepFile, DiagFormat };
+enum ValueKind { OutputDir, IncludeDir, CsNamespace, JavaPackage, SizeofSize, Hide, DepFile, DiagFormat, CompareWith };
 
 struct ValueOption {
     char const* shortName;
@@ -48,6 +48,7 @@ const ValueOption kValueOptions[] = {
     {nullptr, "--cs-namespace", CsNamespace}, {nullptr, "--java-package", JavaPackage},
     {nullptr, "--sizeof-size", SizeofSize},   {nullptr, "--hide", Hide},
     {nullptr, "--depfile", DepFile},          {nullptr, "--diagnostics-format", DiagFormat},
+    {nullptr, "--compare", CompareWith},
 };
 
 bool is(char const* arg, char const* name) { return name != nullptr && std::strcmp(arg, name) == 0; }
@@ -72,7 +73,9 @@ bool setValue(CliOptions& o, ValueKind kind, std::string const& name, std::strin
             return false;
         }
         o.diagnosticsFormat = value;
+        o.diagnosticsJson = value == "json";
         return true;
+    case CompareWith: o.compareWith = value; return true;
     case SizeofSize: {
         char* end = nullptr;
         long n = std::strtol(value.c_str(), &end, 10);
@@ -196,6 +199,8 @@ char const* helpText() {
            "      --sizeof-size N         size in bytes of the target's size type (default 8)\n"
            "      --dump-dictionary       write no files: build the dictionary in memory, as an application\n"
            "                              loading the schema at run time would, and print it as JSON\n"
+           "      --compare OLD-SCHEMA    write no files: compare the dictionary of OLD-SCHEMA with that of\n"
+           "                              SCHEMA and print each change, breaking or compatible\n"
            "\n"
            "Naming:\n"
            "      --prefix-names          prefix generated names with the database name\n"
@@ -222,5 +227,6 @@ char const* helpText() {
            "Exit status: 0 after a complete compile, 255 after a schema error (no partial output is left),\n"
            "2 for a wrong command line, 1 when the output directory cannot be made or the dependency file\n"
            "cannot be written. With --dump-dictionary a refused schema exits 1, and its message goes to\n"
-           "standard error as FILE:LINE:COLUMN: error: MESSAGE.\n";
+           "standard error as FILE:LINE:COLUMN: error: MESSAGE.\n"
+           "With --compare: 0 when no change is breaking, 1 when one is, 255 when either schema is refused.\n";
 }

@@ -42,6 +42,11 @@ struct CliOptions {
     // Compile through the run-time entry and print the dictionary as JSON
     // instead of writing files.
     bool dumpDictionary = false;
+    // Compare the dictionary of this schema with that of compareWith (the
+    // old schema) and write no files; empty: no comparison.
+    std::string compareWith;
+    // Findings as JSON objects, one a line, instead of classic lines.
+    bool diagnosticsJson = false;
 };
 
 CliOptions parseOptions(int argc, char const* const* argv);

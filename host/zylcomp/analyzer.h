@@ -30,6 +30,8 @@ public:
     Analyzer& operator=(Analyzer const&) = delete;
 
     Schema& schema() { return m_schema; }
+    // The files that DeclPlace::m_file numbers.
+    mvector<mstring> const& placeFiles() const { return m_schema.v_placeFile; }
 
     // Fills the type set with the base types, before any text is read.
     void initBaseTypes();

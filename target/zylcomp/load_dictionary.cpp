@@ -16,6 +16,7 @@
 #include "driver/final_callback.h"
 #include "frontend/parser.h"
 #include "host/zylcomp/analyzer.h"
+#include "target/zylcomp/decl_places.h"
 #include "target/zylcomp/errreporter_mem.h"
 #include "target/zylcomp/gendict.h"
 #include "target/zylcomp/ledger.h"
@@ -57,9 +58,43 @@ struct Compile {
     std::unique_ptr<MemoryGenDict> gen;
 };
 
+DeclPlaces::Place placeOf(DeclPlace const& at) {
+    DeclPlaces::Place p;
+    p.file = at.m_file;
+    p.line = at.m_line;
+    return p;
+}
+
+// Taken before the dictionary is built: building it releases each class's
+// fields and indexes as soon as their records are made.
+void notePlaces(Analyzer const& analyzer, Schema& schema, DeclPlaces& places) {
+    for (unsigned i = 0; i < analyzer.placeFiles().size(); i++)
+        places.files.push_back(analyzer.placeFiles()[i].c_str());
+    auto note = [&places](Struct const& s) {
+        DeclPlaces::Holder& h = places.holders[s.m_name.c_str()];
+        h.self = placeOf(s.m_place);
+        h.fields.reserve(s.v_field.size());
+        for (unsigned i = 0; i < s.v_field.size(); i++)
+            h.fields.push_back(placeOf(s.v_field[i].m_place));
+        return &h;
+    };
+    forEachIn<Struct>(schema.m_types, [&note](Struct& s) {
+        if ((s.m_category == TC_STRUCT || s.m_category == TC_DIRECT) && s.v_field.size() > 0)
+            note(s);
+        return true;
+    });
+    forEachIn<Class>(schema.m_classes, [&note](Class& c) {
+        DeclPlaces::Holder* h = note(c);
+        h->indexes.reserve(c.v_index.size());
+        for (unsigned i = 0; i < c.v_index.size(); i++)
+            h->indexes.push_back(placeOf(c.v_index[i].m_place));
+        return true;
+    });
+}
+
 zyl_dictionary_t* compile(Compile& run, FILE* f, zyl_dict_load_params_t const& p, ErrReporterMem* reporter,
                           mstring const& outputDir, mstring const& includeDir,
-                          mvector<mstring>* hidden) {
+                          mvector<mstring>* hidden, DeclPlaces* places) {
     run.parser.reset(new Parser(f, "<membuf>", reporter, includeDir, outputDir));
     if (p.hideAllClasses)
         hidden->push_back("");
@@ -75,6 +110,8 @@ zyl_dictionary_t* compile(Compile& run, FILE* f, zyl_dict_load_params_t const& p
     run.analyzer->initBaseTypes();
     run.analyzer->analyze();
     run.analyzer->doChecks();
+    if (places != nullptr)
+        notePlaces(*run.analyzer, run.analyzer->schema(), *places);
     // Unlike the batch job, cppWrappers does not force out-of-line functions.
     run.gen.reset(new MemoryGenDict(
         run.analyzer->schema(), p.compiledFunctions != 0, p.keepFieldOrder != 0, p.xmlSchema != 0,
@@ -108,9 +145,10 @@ void giveName(mstring const& name, char* dbName, size_t* dbNameSize) {
 
 }  // namespace
 
-extern "C" int zyl_db_load_dictionary(const char* schema, const zyl_dict_load_params_t* params,
-                                      zyl_dictionary_t** dict, size_t* dictSize, char* dbName, size_t* dbNameSize,
-                                      zyl_dict_error_callback_t callback, void* context) {
+namespace {
+
+int load(const char* schema, const zyl_dict_load_params_t* params, zyl_dictionary_t** dict, size_t* dictSize,
+         char* dbName, size_t* dbNameSize, zyl_dict_error_callback_t callback, void* context, DeclPlaces* places) {
     FILE* f = std::tmpfile();
     if (f == nullptr)
         return ZYL_DICT_LOAD_NO_TEMP_FILE;
@@ -137,7 +175,7 @@ extern "C" int zyl_db_load_dictionary(const char* schema, const zyl_dict_load_pa
         FaultGuard guard(&reporter);
         try {
             Compile run;
-            zyl_dictionary_t* result = compile(run, f, p, &reporter, outputDir, includeDir, &hidden);
+            zyl_dictionary_t* result = compile(run, f, p, &reporter, outputDir, includeDir, &hidden, places);
             if (dict != nullptr)
                 *dict = result;
             if (dictSize != nullptr)
@@ -159,4 +197,36 @@ extern "C" int zyl_db_load_dictionary(const char* schema, const zyl_dict_load_pa
     if (rc != ZYL_DICT_LOAD_OK)
         ledger.freeAll();
     return rc;
+}
+
+}  // namespace
+
+extern "C" int zyl_db_load_dictionary(const char* schema, const zyl_dict_load_params_t* params,
+                                      zyl_dictionary_t** dict, size_t* dictSize, char* dbName, size_t* dbNameSize,
+                                      zyl_dict_error_callback_t callback, void* context) {
+    return load(schema, params, dict, dictSize, dbName, dbNameSize, callback, context, nullptr);
+}
+
+int loadDictionaryWithPlaces(const char* schema, const zyl_dict_load_params_t* params, zyl_dictionary_t** dict,
+                             zyl_dict_error_callback_t callback, void* context, DeclPlaces* places) {
+    return load(schema, params, dict, nullptr, nullptr, nullptr, callback, context, places);
+}
+
+DeclPlaces::Place const* DeclPlaces::holder(std::string const& name) const {
+    auto it = holders.find(name);
+    return it == holders.end() || it->second.self.file < 0 ? nullptr : &it->second.self;
+}
+
+DeclPlaces::Place const* DeclPlaces::field(std::string const& name, int n) const {
+    auto it = holders.find(name);
+    if (it == holders.end() || n < 0 || static_cast<size_t>(n) >= it->second.fields.size())
+        return nullptr;
+    return it->second.fields[n].file < 0 ? nullptr : &it->second.fields[n];
+}
+
+DeclPlaces::Place const* DeclPlaces::index(std::string const& name, int n) const {
+    auto it = holders.find(name);
+    if (it == holders.end() || n < 0 || static_cast<size_t>(n) >= it->second.indexes.size())
+        return nullptr;
+    return it->second.indexes[n].file < 0 ? nullptr : &it->second.indexes[n];
 }
