@@ -549,23 +549,23 @@ TEST(CompareCli, Json) {
     EXPECT_EQ(r.out,
               "{\"severity\":\"breaking\",\"message\":\"class P changed its alignment: compact 4 to 1, large 4 to 1\","
               "\"file\":\"new.zyl\",\"line\":6,\"column\":0,"
-              "\"declaration\":{\"kind\":\"class\",\"name\":\"P\",\"file\":\"new.zyl\",\"line\":6}}\n"
+              "\"declaration\":{\"kind\":\"class\",\"name\":\"P\",\"file\":\"new.zyl\",\"line\":6,\"column\":0}}\n"
               "{\"severity\":\"breaking\",\"message\":\"field addr of class P changed its place: compact offset 4 to 0, "
               "compact size 20 to 24, large offset 4 to 0, large size 20 to 24\",\"file\":\"new.zyl\",\"line\":7,"
-              "\"column\":0,\"declaration\":{\"kind\":\"field\",\"name\":\"P.addr\",\"file\":\"new.zyl\",\"line\":7}}\n"
+              "\"column\":0,\"declaration\":{\"kind\":\"field\",\"name\":\"P.addr\",\"file\":\"new.zyl\",\"line\":7,\"column\":0}}\n"
               "{\"severity\":\"breaking\",\"message\":\"field addr.city of class P changed type from char<20> to "
               "char<24>\",\"file\":\"new.zyl\",\"line\":4,\"column\":0,\"declaration\":{\"kind\":\"field\","
-              "\"name\":\"P.addr.city\",\"file\":\"new.zyl\",\"line\":4}}\n"
+              "\"name\":\"P.addr.city\",\"file\":\"new.zyl\",\"line\":4,\"column\":0}}\n"
               "{\"severity\":\"breaking\",\"message\":\"field gone of class P removed\",\"file\":\"old.zyl\","
               "\"line\":7,\"column\":0,\"declaration\":{\"kind\":\"field\",\"name\":\"P.gone\",\"file\":\"old.zyl\","
-              "\"line\":7}}\n");
+              "\"line\":7,\"column\":0}}\n");
     // A change that no declaration holds names the file alone.
     dir.write("new.zyl", "declare database d;\ndeclare auto_oid[10];\nstruct Addr {\n  char<20> city;\n};\n"
                          "persistent class P {\n  Addr addr;\n  signed<4> gone;\n};\n");
     r = compare(dir, {"--diagnostics-format", "json"});
     EXPECT_EQ(r.out.substr(0, r.out.find('\n') + 1),
               "{\"severity\":\"breaking\",\"message\":\"the schema now declares auto_oid\",\"file\":\"new.zyl\","
-              "\"line\":0,\"column\":0}\n");
+              "\"line\":0,\"column\":0,\"declaration\":null}\n");
 }
 
 // The library function on two dictionaries of its own making.
