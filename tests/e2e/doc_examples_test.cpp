@@ -14,11 +14,13 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "frontend/diagnostics.h"
 #include "support/process.h"
 
 namespace {
@@ -153,4 +155,72 @@ TEST(DocExamples, EveryBlockOfTheManual) {
         }
     }
     EXPECT_GT(ran, 0);
+}
+
+namespace {
+
+// Parameters, "#1" in the code and "{name}" in the catalogue, become one
+// wildcard character on both sides.
+std::string normalised(std::string const& s) {
+    std::string out = std::regex_replace(s, std::regex(R"(#\d|\{[a-z][a-z0-9]*\})"), "\x01");
+    size_t const b = out.find_first_not_of(" \n"), e = out.find_last_not_of(" \n");
+    return b == std::string::npos ? "" : out.substr(b, e - b + 1);
+}
+
+std::string unescaped(std::string const& literal) {
+    std::string out;
+    for (size_t i = 0; i < literal.size(); i++)
+        out += literal[i] != '\\' ? literal[i] : literal[++i] == 'n' ? '\n' : literal[i];
+    return out;
+}
+
+std::string translated(std::string const& key) {
+    for (char const* const* m = ZYL_MESSAGES; *m != nullptr; ++m) {
+        std::string const entry = *m;
+        size_t const eq = entry.find('=');
+        if (entry.substr(0, eq) == key)
+            return entry.substr(eq + 1);
+    }
+    return key;
+}
+
+}  // namespace
+
+// Every text of the message table, and every literal the code reports,
+// stands in doc/diagnostics.md. A report call is one of the functions below
+// whose first argument (after a place, a reporter or a condition) is a
+// literal: `error1("...", x)`, `errorAt(at, "...")`, `err(c ? "..." : "...")`.
+// A literal that the code extends with `+` ("recursive definition of \"" +
+// name + ...) is looked for as a prefix. Texts printed by fprintf in
+// tools/zylcomp.cpp are not scanned.
+TEST(DocExamples, CatalogueHoldsEveryMessage) {
+    std::string const doc = normalised(readFile(kDoc + "/diagnostics.md"));
+    auto expectListed = [&doc](std::string const& text, std::string const& where) {
+        std::string const n = normalised(text);
+        if (!n.empty()) {
+            EXPECT_NE(doc.find(n), std::string::npos) << where << ": doc/diagnostics.md lacks \"" << text << "\"";
+        }
+    };
+    for (char const* const* m = ZYL_MESSAGES; *m != nullptr; ++m)
+        expectListed(translated(std::string(*m).substr(0, std::string(*m).find('='))), "ZYL_MESSAGES");
+
+    std::string const lit = R"x("((?:[^"\\]|\\.)*)")x";
+    std::regex const call(R"(\b(?:error[1-4]?|errorAt|err[1-4]?|warning1?|panic|dictPanic|fail)\s*\(\s*)"
+                          R"((?:[\w.\[\]>-]+\s*,\s*|[\w.]+\s*\?\s*)?(?:mstring\()?)" + lit +
+                          R"(\)?\s*(?:\+|:\s*)" + lit + ")?");
+    int found = 0;
+    for (char const* dir : {"host/zylcomp", "frontend", "target/zylcomp", "driver", "foundation", "tools"}) {
+        for (auto const& entry : std::filesystem::directory_iterator(std::string(ZYLCOMP_TESTS_DIR "/../") + dir)) {
+            if (entry.path().extension() != ".cpp")
+                continue;
+            std::string const text = readFile(entry.path().string());
+            for (std::sregex_iterator it(text.begin(), text.end(), call), end; it != end; ++it, ++found) {
+                std::string const where = entry.path().filename().string();
+                expectListed(translated(unescaped((*it)[1])), where);
+                if ((*it)[2].matched)
+                    expectListed(translated(unescaped((*it)[2])), where);
+            }
+        }
+    }
+    EXPECT_GT(found, 150);
 }
