@@ -35,9 +35,12 @@ void printFindings(std::vector<Finding> const& findings, bool json, FILE* out) {
         }
         std::string line = "{\"severity\":" + quoted(severity) + ",\"message\":" + quoted(f.message) +
                            ",\"file\":" + quoted(f.file) + ",\"line\":" + std::to_string(f.line) + ",\"column\":0";
+        // The shape of the compiler's JSON diagnostics, column unknown here.
         if (f.line > 0)
             line += ",\"declaration\":{\"kind\":" + quoted(f.subject) + ",\"name\":" + quoted(f.declaration) +
-                    ",\"file\":" + quoted(f.file) + ",\"line\":" + std::to_string(f.line) + "}";
+                    ",\"file\":" + quoted(f.file) + ",\"line\":" + std::to_string(f.line) + ",\"column\":0}";
+        else
+            line += ",\"declaration\":null";
         line += "}\n";
         std::fputs(line.c_str(), out);
     }

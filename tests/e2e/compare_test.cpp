@@ -33,70 +33,46 @@ ProcessResult compare(TempDir const& dir, std::vector<std::string> const& extra 
 TEST(CompareCli, EachKindOfChange) {
     Pair const cases[] = {
         {"ClassAdded",
-         "declare database d;\n"
-         "class A { signed<4> n; };\n",
-         "declare database d;\n"
-         "class A { signed<4> n; };\n"
-         "class B { signed<4> m; };\n",
+         "declare database d;\nclass A { signed<4> n; };\n",
+         "declare database d;\nclass A { signed<4> n; };\nclass B { signed<4> m; };\n",
          "File new.zyl;  line 3: compatible: class B added\n",
          0},
         {"ClassAddedFirst",
-         "declare database d;\n"
-         "class B { signed<4> n; };\n",
-         "declare database d;\n"
-         "class A { signed<4> m; };\n"
-         "class B { signed<4> n; };\n",
+         "declare database d;\nclass B { signed<4> n; };\n",
+         "declare database d;\nclass A { signed<4> m; };\nclass B { signed<4> n; };\n",
          "File new.zyl;  line 2: compatible: class A added\n"
          "File new.zyl;  line 3: breaking: class B moved from class code 1 to 2\n",
          1},
         {"ClassRemovedPersistent",
-         "declare database d;\n"
-         "class A { signed<4> n; };\n"
-         "persistent class B { signed<4> m; };\n",
-         "declare database d;\n"
-         "class A { signed<4> n; };\n",
+         "declare database d;\nclass A { signed<4> n; };\npersistent class B { signed<4> m; };\n",
+         "declare database d;\nclass A { signed<4> n; };\n",
          "File old.zyl;  line 3: breaking: class B removed\n",
          1},
         {"ClassRemovedTransient",
-         "declare database d;\n"
-         "class A { signed<4> n; };\n"
-         "class B { signed<4> m; };\n",
-         "declare database d;\n"
-         "class A { signed<4> n; };\n",
+         "declare database d;\nclass A { signed<4> n; };\nclass B { signed<4> m; };\n",
+         "declare database d;\nclass A { signed<4> n; };\n",
          "File old.zyl;  line 3: compatible: class B removed\n",
          0},
         {"ClassRenamed",
-         "declare database d;\n"
-         "persistent class A { signed<4> n; };\n",
-         "declare database d;\n"
-         "persistent class B { signed<4> n; };\n",
+         "declare database d;\npersistent class A { signed<4> n; };\n",
+         "declare database d;\npersistent class B { signed<4> n; };\n",
          "File new.zyl;  line 2: breaking: class A looks renamed to B: the same layout\n",
          1},
         {"Persistence",
-         "declare database d;\n"
-         "persistent class A { signed<4> n; };\n"
-         "class B { signed<4> n; };\n",
-         "declare database d;\n"
-         "class A { signed<4> n; };\n"
-         "persistent class B { signed<4> n; };\n",
+         "declare database d;\npersistent class A { signed<4> n; };\nclass B { signed<4> n; };\n",
+         "declare database d;\nclass A { signed<4> n; };\npersistent class B { signed<4> n; };\n",
          "File new.zyl;  line 2: breaking: class A became transient\n"
          "File new.zyl;  line 3: compatible: class B became persistent\n",
          1},
         {"Compact",
-         "declare database d;\n"
-         "persistent class A { string s; };\n",
-         "declare database d;\n"
-         "persistent compact class A { string s; };\n",
+         "declare database d;\npersistent class A { string s; };\n",
+         "declare database d;\npersistent compact class A { string s; };\n",
          "File new.zyl;  line 2: breaking: class A became compact\n"
          "File new.zyl;  line 2: breaking: class A changed its object size: initial 4 to 2\n",
          1},
         {"Distributed",
-         "declare database d;\n"
-         "declare auto_oid[10];\n"
-         "class A { signed<4> n; };\n",
-         "declare database d;\n"
-         "declare auto_oid[10];\n"
-         "distributed class A { signed<4> n; };\n",
+         "declare database d;\ndeclare auto_oid[10];\nclass A { signed<4> n; };\n",
+         "declare database d;\ndeclare auto_oid[10];\ndistributed class A { signed<4> n; };\n",
          "File new.zyl;  line 3: breaking: class A became distributed\n"
          "File new.zyl;  line 3: compatible: class A changed its object size: fixed 12 to 20, initial 12 to 20, compact 12 to 20, large 12 to 20\n"
          "File new.zyl;  line 3: compatible: field auto_oid@ of class A changed its place: compact offset 4 to 12, large offset 4 to 12\n"
@@ -107,16 +83,8 @@ TEST(CompareCli, EachKindOfChange) {
          "File new.zyl; compatible: class @sys_distribs_inmem added\n",
          1},
         {"CollationKind",
-         "declare database d;\n"
-         "class A {\n"
-         "  char<8> s;\n"
-         "  tree<s collate c1> byS;\n"
-         "};\n",
-         "declare database d;\n"
-         "class A {\n"
-         "  nchar<8> s;\n"
-         "  tree<s collate c1> byS;\n"
-         "};\n",
+         "declare database d;\nclass A {\n  char<8> s;\n  tree<s collate c1> byS;\n};\n",
+         "declare database d;\nclass A {\n  nchar<8> s;\n  tree<s collate c1> byS;\n};\n",
          "File new.zyl; compatible: collation c1 changed from char to nchar keys\n"
          "File new.zyl;  line 2: compatible: class A changed its object size: fixed 8 to 16, initial 8 to 16, compact 8 to 16, large 8 to 16\n"
          "File new.zyl;  line 2: compatible: class A changed its alignment: compact 1 to 2, large 1 to 2\n"
@@ -125,74 +93,38 @@ TEST(CompareCli, EachKindOfChange) {
          "File new.zyl;  line 4: compatible: index byS of class A changed its key parts from <s char<8>> to <s nchar<8>>\n",
          0},
         {"CollationRemoved",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  char<8> s;\n"
-         "  tree<s collate c1> byS;\n"
-         "};\n",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  char<8> s;\n"
-         "  tree<s> byS;\n"
-         "};\n",
+         "declare database d;\npersistent class A {\n  char<8> s;\n  tree<s collate c1> byS;\n};\n",
+         "declare database d;\npersistent class A {\n  char<8> s;\n  tree<s> byS;\n};\n",
          "File old.zyl; breaking: collation c1 removed\n"
          "File new.zyl;  line 4: breaking: key part s of index byS of class A changed collation from c1 to none\n",
          1},
         {"Local",
-         "declare database d;\n"
-         "class A { signed<4> n; };\n",
-         "declare database d;\n"
-         "local class A { signed<4> n; };\n",
+         "declare database d;\nclass A { signed<4> n; };\n",
+         "declare database d;\nlocal class A { signed<4> n; };\n",
          "File new.zyl;  line 2: breaking: class A became local\n",
          1},
         {"FieldAddedRemoved",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  signed<4> a;\n"
-         "  signed<4> b;\n"
-         "};\n",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  signed<4> a;\n"
-         "  signed<4> c;\n"
-         "};\n",
+         "declare database d;\npersistent class A {\n  signed<4> a;\n  signed<4> b;\n};\n",
+         "declare database d;\npersistent class A {\n  signed<4> a;\n  signed<4> c;\n};\n",
          "File old.zyl;  line 4: breaking: field b of class A removed\n"
          "File new.zyl;  line 4: compatible: field c of class A added\n",
          1},
         {"FieldType",
-         "declare database d;\n"
-         "persistent class Item {\n"
-         "  unsigned<4> qty;\n"
-         "};\n",
-         "declare database d;\n"
-         "persistent class Item {\n"
-         "  unsigned<8> qty;\n"
-         "};\n",
+         "declare database d;\npersistent class Item {\n  unsigned<4> qty;\n};\n",
+         "declare database d;\npersistent class Item {\n  unsigned<8> qty;\n};\n",
          "File new.zyl;  line 2: breaking: class Item changed its object size: fixed 4 to 8, initial 4 to 8, compact 4 to 8, large 4 to 8\n"
          "File new.zyl;  line 3: breaking: field qty of class Item changed type from unsigned<4> to unsigned<8>\n",
          1},
         {"FieldArray",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  signed<4> v[2];\n"
-         "};\n",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  signed<4> v[3];\n"
-         "};\n",
+         "declare database d;\npersistent class A {\n  signed<4> v[2];\n};\n",
+         "declare database d;\npersistent class A {\n  signed<4> v[3];\n};\n",
          "File new.zyl;  line 2: breaking: class A changed its object size: fixed 8 to 12, initial 8 to 12, compact 8 to 12, large 8 to 12\n"
          "File new.zyl;  line 3: breaking: field v of class A changed from an array of 2 to an array of 3\n"
          "File new.zyl;  line 3: breaking: field v of class A changed its place: compact size 8 to 12, large size 8 to 12\n",
          1},
         {"FieldVector",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  signed<4> v;\n"
-         "};\n",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  vector<signed<4>> v;\n"
-         "};\n",
+         "declare database d;\npersistent class A {\n  signed<4> v;\n};\n",
+         "declare database d;\npersistent class A {\n  vector<signed<4>> v;\n};\n",
          "File new.zyl;  line 2: breaking: class A changed its object size: fixed 4 to 0, initial 4 to 6, large 4 to 6\n"
          "File new.zyl;  line 2: breaking: class A changed its alignment: compact 4 to 2\n"
          "File new.zyl;  line 3: breaking: field v of class A changed from a single value to a vector\n"
@@ -200,27 +132,15 @@ TEST(CompareCli, EachKindOfChange) {
          "File old.zyl;  line 2: breaking: index list_index_ of class A removed\n",
          1},
         {"FieldNullable",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  signed<4> n;\n"
-         "};\n",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  nullable signed<4> n;\n"
-         "};\n",
+         "declare database d;\npersistent class A {\n  signed<4> n;\n};\n",
+         "declare database d;\npersistent class A {\n  nullable signed<4> n;\n};\n",
          "File new.zyl;  line 2: breaking: class A changed its object size: fixed 4 to 5, initial 4 to 5, compact 4 to 5, large 4 to 5\n"
          "File new.zyl;  line 3: breaking: field n of class A became nullable\n"
          "File new.zyl;  line 3: compatible: field n_indicator of class A added\n",
          1},
         {"FieldOptional",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  signed<4> n;\n"
-         "};\n",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  optional signed<4> n;\n"
-         "};\n",
+         "declare database d;\npersistent class A {\n  signed<4> n;\n};\n",
+         "declare database d;\npersistent class A {\n  optional signed<4> n;\n};\n",
          "File new.zyl;  line 2: breaking: class A changed its object size: fixed 4 to 0, compact 4 to 2\n"
          "File new.zyl;  line 2: breaking: class A changed its alignment: compact 4 to 2\n"
          "File new.zyl;  line 3: breaking: field n of class A became optional\n"
@@ -228,218 +148,92 @@ TEST(CompareCli, EachKindOfChange) {
          "File old.zyl;  line 2: breaking: index list_index_ of class A removed\n",
          1},
         {"NestedField",
-         "declare database d;\n"
-         "struct Addr {\n"
-         "  char<20> city;\n"
-         "};\n"
-         "persistent class P {\n"
-         "  Addr addr;\n"
-         "};\n",
-         "declare database d;\n"
-         "struct Addr {\n"
-         "  char<24> city;\n"
-         "};\n"
-         "persistent class P {\n"
-         "  Addr addr;\n"
-         "};\n",
+         "declare database d;\nstruct Addr {\n  char<20> city;\n};\npersistent class P {\n  Addr addr;\n};\n",
+         "declare database d;\nstruct Addr {\n  char<24> city;\n};\npersistent class P {\n  Addr addr;\n};\n",
          "File new.zyl;  line 5: breaking: class P changed its object size: fixed 20 to 24, initial 20 to 24, compact 20 to 24, large 20 to 24\n"
          "File new.zyl;  line 6: breaking: field addr of class P changed its place: compact size 20 to 24, large size 20 to 24\n"
          "File new.zyl;  line 3: breaking: field addr.city of class P changed type from char<20> to char<24>\n",
          1},
         {"TransientFieldType",
-         "declare database d;\n"
-         "class Item {\n"
-         "  unsigned<4> qty;\n"
-         "};\n",
-         "declare database d;\n"
-         "class Item {\n"
-         "  unsigned<8> qty;\n"
-         "};\n",
+         "declare database d;\nclass Item {\n  unsigned<4> qty;\n};\n",
+         "declare database d;\nclass Item {\n  unsigned<8> qty;\n};\n",
          "File new.zyl;  line 2: compatible: class Item changed its object size: fixed 4 to 8, initial 4 to 8, compact 4 to 8, large 4 to 8\n"
          "File new.zyl;  line 3: compatible: field qty of class Item changed type from unsigned<4> to unsigned<8>\n",
          0},
         {"IndexAddedRemoved",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  signed<4> n;\n"
-         "  tree<n> byN;\n"
-         "};\n",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  signed<4> n;\n"
-         "  tree<n> byM;\n"
-         "};\n",
+         "declare database d;\npersistent class A {\n  signed<4> n;\n  tree<n> byN;\n};\n",
+         "declare database d;\npersistent class A {\n  signed<4> n;\n  tree<n> byM;\n};\n",
          "File new.zyl;  line 4: compatible: index byM of class A added\n"
          "File old.zyl;  line 4: breaking: index byN of class A removed\n",
          1},
         {"IndexKind",
-         "declare database d;\n"
-         "class A {\n"
-         "  signed<4> n;\n"
-         "  tree<n> byN;\n"
-         "};\n",
-         "declare database d;\n"
-         "class A {\n"
-         "  signed<4> n;\n"
-         "  hash<n> byN[10];\n"
-         "};\n",
+         "declare database d;\nclass A {\n  signed<4> n;\n  tree<n> byN;\n};\n",
+         "declare database d;\nclass A {\n  signed<4> n;\n  hash<n> byN[10];\n};\n",
          "File new.zyl;  line 4: compatible: index byN of class A changed kind from tree to hash\n"
          "File new.zyl;  line 4: compatible: index byN of class A became unique\n",
          0},
         {"IndexUnique",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  signed<4> n;\n"
-         "  tree<n> byN;\n"
-         "};\n",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  signed<4> n;\n"
-         "  unique tree<n> byN;\n"
-         "};\n",
+         "declare database d;\npersistent class A {\n  signed<4> n;\n  tree<n> byN;\n};\n",
+         "declare database d;\npersistent class A {\n  signed<4> n;\n  unique tree<n> byN;\n};\n",
          "File new.zyl;  line 4: breaking: index byN of class A became unique\n",
          1},
         {"IndexThick",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  signed<4> n;\n"
-         "  tree<n> byN;\n"
-         "};\n",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  signed<4> n;\n"
-         "  thick tree<n> byN;\n"
-         "};\n",
+         "declare database d;\npersistent class A {\n  signed<4> n;\n  tree<n> byN;\n};\n",
+         "declare database d;\npersistent class A {\n  signed<4> n;\n  thick tree<n> byN;\n};\n",
          "File new.zyl;  line 4: breaking: index byN of class A became thick\n",
          1},
         {"IndexKeys",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  signed<4> n;\n"
-         "  signed<4> m;\n"
-         "  tree<n> byN;\n"
-         "};\n",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  signed<4> n;\n"
-         "  signed<4> m;\n"
-         "  tree<n, m> byN;\n"
-         "};\n",
+         "declare database d;\npersistent class A {\n  signed<4> n;\n  signed<4> m;\n  tree<n> byN;\n};\n",
+         "declare database d;\npersistent class A {\n  signed<4> n;\n  signed<4> m;\n  tree<n, m> byN;\n};\n",
          "File new.zyl;  line 5: breaking: index byN of class A changed its key parts from <n signed<4>> to <n signed<4>, m signed<4>>\n",
          1},
         {"IndexOrder",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  signed<4> n;\n"
-         "  tree<n> byN;\n"
-         "};\n",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  signed<4> n;\n"
-         "  tree<n desc> byN;\n"
-         "};\n",
+         "declare database d;\npersistent class A {\n  signed<4> n;\n  tree<n> byN;\n};\n",
+         "declare database d;\npersistent class A {\n  signed<4> n;\n  tree<n desc> byN;\n};\n",
          "File new.zyl;  line 4: breaking: key part n of index byN of class A changed order from ascending to descending\n",
          1},
         {"IndexCollation",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  char<8> s;\n"
-         "  tree<s> byS;\n"
-         "};\n",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  char<8> s;\n"
-         "  tree<s collate latin> byS;\n"
-         "};\n",
+         "declare database d;\npersistent class A {\n  char<8> s;\n  tree<s> byS;\n};\n",
+         "declare database d;\npersistent class A {\n  char<8> s;\n  tree<s collate latin> byS;\n};\n",
          "File new.zyl; compatible: collation latin added\n"
          "File new.zyl;  line 4: breaking: key part s of index byS of class A changed collation from none to latin\n",
          1},
         {"IndexCode",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  signed<4> n;\n"
-         "  tree<n> byN;\n"
-         "};\n"
-         "persistent class B {\n"
-         "  signed<4> m;\n"
-         "  tree<m> byM;\n"
-         "};\n",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  signed<4> n;\n"
-         "  tree<n> byN;\n"
-         "  hash<n> byH[10];\n"
-         "};\n"
-         "persistent class B {\n"
-         "  signed<4> m;\n"
-         "  tree<m> byM;\n"
-         "};\n",
+         "declare database d;\npersistent class A {\n  signed<4> n;\n  tree<n> byN;\n};\npersistent class B {\n"
+         "  signed<4> m;\n  tree<m> byM;\n};\n",
+         "declare database d;\npersistent class A {\n  signed<4> n;\n  tree<n> byN;\n  hash<n> byH[10];\n};\n"
+         "persistent class B {\n  signed<4> m;\n  tree<m> byM;\n};\n",
          "File new.zyl;  line 5: compatible: index byH of class A added\n"
          "File new.zyl;  line 9: breaking: index byM of class B moved from index number 1 to 2\n",
          1},
         {"Events",
-         "declare database d;\n"
-         "class A {\n"
-         "  signed<4> n;\n"
-         "  event<new> born;\n"
-         "};\n",
-         "declare database d;\n"
-         "class A {\n"
-         "  signed<4> n;\n"
-         "  event<n update> changed;\n"
-         "};\n",
+         "declare database d;\nclass A {\n  signed<4> n;\n  event<new> born;\n};\n",
+         "declare database d;\nclass A {\n  signed<4> n;\n  event<n update> changed;\n};\n",
          "File new.zyl;  line 2: compatible: class A has a new event<n update>\n"
          "File old.zyl;  line 2: compatible: class A no longer has its event<new>\n",
          0},
         {"Userdef",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  signed<4> n;\n"
-         "  signed<4> m;\n"
-         "  userdef tree<n> byN;\n"
-         "  userdef tree<m> byM;\n"
-         "};\n",
-         "declare database d;\n"
-         "persistent class A {\n"
-         "  signed<4> n;\n"
-         "  signed<4> m;\n"
-         "  userdef tree<m> byM;\n"
-         "  userdef tree<n> byN;\n"
-         "};\n",
+         "declare database d;\npersistent class A {\n  signed<4> n;\n  signed<4> m;\n  userdef tree<n> byN;\n"
+         "  userdef tree<m> byM;\n};\n",
+         "declare database d;\npersistent class A {\n  signed<4> n;\n  signed<4> m;\n  userdef tree<m> byM;\n"
+         "  userdef tree<n> byN;\n};\n",
          "File new.zyl;  line 5: breaking: index byM of class A moved from index number 1 to 0\n"
          "File new.zyl;  line 5: breaking: index byM of class A changed its user-defined index number from 1 to 0\n"
          "File new.zyl;  line 6: breaking: index byN of class A moved from index number 0 to 1\n"
          "File new.zyl;  line 6: breaking: index byN of class A changed its user-defined index number from 0 to 1\n",
          1},
         {"AutoOid",
-         "declare database d;\n"
-         "class A { signed<4> n; };\n",
-         "declare database d;\n"
-         "declare auto_oid[100];\n"
-         "class A { signed<4> n; };\n",
+         "declare database d;\nclass A { signed<4> n; };\n",
+         "declare database d;\ndeclare auto_oid[100];\nclass A { signed<4> n; };\n",
          "File new.zyl; breaking: the schema now declares auto_oid\n"
          "File new.zyl;  line 3: compatible: class A changed its object size: fixed 4 to 12, initial 4 to 12, compact 4 to 12, large 4 to 12\n"
          "File new.zyl;  line 3: compatible: field auto_oid@ of class A added\n",
          1},
         {"OidType",
-         "declare database d;\n"
-         "declare oid Id[10];\n"
-         "struct Id {\n"
-         "  unsigned<4> v;\n"
-         "};\n"
-         "class A {\n"
-         "  oid;\n"
-         "  signed<4> n;\n"
-         "};\n",
-         "declare database d;\n"
-         "declare oid Id[10];\n"
-         "struct Id {\n"
-         "  unsigned<8> v;\n"
-         "};\n"
-         "class A {\n"
-         "  oid;\n"
-         "  signed<4> n;\n"
-         "};\n",
+         "declare database d;\ndeclare oid Id[10];\nstruct Id {\n  unsigned<4> v;\n};\nclass A {\n  oid;\n"
+         "  signed<4> n;\n};\n",
+         "declare database d;\ndeclare oid Id[10];\nstruct Id {\n  unsigned<8> v;\n};\nclass A {\n  oid;\n"
+         "  signed<4> n;\n};\n",
          "File new.zyl; breaking: the oid type changed from 4 bytes (4 packed) to 8 bytes (8 packed)\n"
          "File new.zyl;  line 6: compatible: class A changed its object size: fixed 8 to 12, initial 8 to 12, compact 8 to 12, large 8 to 12\n"
          "File new.zyl;  line 8: compatible: field n of class A changed its place: compact offset 4 to 8, large offset 4 to 8\n",
@@ -460,9 +254,7 @@ TEST(CompareCli, EachKindOfChange) {
 // Texts that differ only in what the dictionary does not keep.
 TEST(CompareCli, SameDictionaryReportsNothing) {
     char const* const base =
-        "declare database d;\n"
-        "struct S {\n  char<8> c;\n};\n"
-        "struct T {\n  signed<2> t;\n};\n"
+        "declare database d;\nstruct S {\n  char<8> c;\n};\nstruct T {\n  signed<2> t;\n};\n"
         "persistent class A {\n  S s;\n  T t;\n  unsigned<4> n;\n  tree<n> byN;\n};\n";
     struct {
         char const* name;
@@ -549,23 +341,23 @@ TEST(CompareCli, Json) {
     EXPECT_EQ(r.out,
               "{\"severity\":\"breaking\",\"message\":\"class P changed its alignment: compact 4 to 1, large 4 to 1\","
               "\"file\":\"new.zyl\",\"line\":6,\"column\":0,"
-              "\"declaration\":{\"kind\":\"class\",\"name\":\"P\",\"file\":\"new.zyl\",\"line\":6}}\n"
+              "\"declaration\":{\"kind\":\"class\",\"name\":\"P\",\"file\":\"new.zyl\",\"line\":6,\"column\":0}}\n"
               "{\"severity\":\"breaking\",\"message\":\"field addr of class P changed its place: compact offset 4 to 0, "
               "compact size 20 to 24, large offset 4 to 0, large size 20 to 24\",\"file\":\"new.zyl\",\"line\":7,"
-              "\"column\":0,\"declaration\":{\"kind\":\"field\",\"name\":\"P.addr\",\"file\":\"new.zyl\",\"line\":7}}\n"
+              "\"column\":0,\"declaration\":{\"kind\":\"field\",\"name\":\"P.addr\",\"file\":\"new.zyl\",\"line\":7,\"column\":0}}\n"
               "{\"severity\":\"breaking\",\"message\":\"field addr.city of class P changed type from char<20> to "
               "char<24>\",\"file\":\"new.zyl\",\"line\":4,\"column\":0,\"declaration\":{\"kind\":\"field\","
-              "\"name\":\"P.addr.city\",\"file\":\"new.zyl\",\"line\":4}}\n"
+              "\"name\":\"P.addr.city\",\"file\":\"new.zyl\",\"line\":4,\"column\":0}}\n"
               "{\"severity\":\"breaking\",\"message\":\"field gone of class P removed\",\"file\":\"old.zyl\","
               "\"line\":7,\"column\":0,\"declaration\":{\"kind\":\"field\",\"name\":\"P.gone\",\"file\":\"old.zyl\","
-              "\"line\":7}}\n");
+              "\"line\":7,\"column\":0}}\n");
     // A change that no declaration holds names the file alone.
     dir.write("new.zyl", "declare database d;\ndeclare auto_oid[10];\nstruct Addr {\n  char<20> city;\n};\n"
                          "persistent class P {\n  Addr addr;\n  signed<4> gone;\n};\n");
     r = compare(dir, {"--diagnostics-format", "json"});
     EXPECT_EQ(r.out.substr(0, r.out.find('\n') + 1),
               "{\"severity\":\"breaking\",\"message\":\"the schema now declares auto_oid\",\"file\":\"new.zyl\","
-              "\"line\":0,\"column\":0}\n");
+              "\"line\":0,\"column\":0,\"declaration\":null}\n");
 }
 
 // The library function on two dictionaries of its own making.
