@@ -100,6 +100,8 @@ unsigned Job::run() {
         analyzer->checkBindingNames();
     if (cppWrappers)
         analyzer->checkCppNames();
+    if (prefixNames)
+        analyzer->checkPrefixedNames();
     std::fclose(f);
 
     GenOutput* gen = createGenerator(analyzer->schema(), &reporter, localOutputDir);

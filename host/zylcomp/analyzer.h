@@ -47,6 +47,8 @@ public:
     // With the C++ wrappers, the members of a class are its fields and
     // indexes: refuses those that the C++ text cannot declare.
     void checkCppNames();
+    // With --prefix-names: refuses what the prefixed C text cannot declare.
+    void checkPrefixedNames();
 
     bool isReservedWord(mstring const& word) const;
     // Reports "reserved word #1" when `word` is reserved.

@@ -203,15 +203,51 @@ void Analyzer::checkCppNames() {
     };
     forEachIn<Struct>(m_schema.m_types, fields);
     forEachIn<Class>(m_schema.m_classes, fields);
-    forEachIn<Class>(m_schema.m_classes, [this](Class& c) {
+    bool sequences = false;
+    forEachIn<Class>(m_schema.m_classes, [&sequences](Class& c) {
+        sequences = c.m_hasSequences;
+        return !sequences;
+    });
+    forEachIn<Class>(m_schema.m_classes, [this, sequences](Class& c) {
+        // The wrappers' column members name Sequence<>, whose header comes
+        // only with a sequence field.
+        if (c.m_listSequences && !sequences)
+            errorAt(c.m_place, "class #1 declares sequences while no field of the schema is a sequence: its C++ "
+                    "wrappers would name Sequence without its header; compile it without --cpp", c.m_name);
         for (unsigned i = 0; i < c.v_index.size() && !failed(); i++) {
             Index const& idx = c.v_index[static_cast<int>(i)];
             if (alone(idx.m_name) == alone(c.m_name))
                 errorAt(idx.m_place, "index #1 is named like its class: a C++ class has no member of its own name",
                         idx.m_name);
+            // Searched by keywords, its wrappers define search_all twice.
+            if (idx.m_type == IT_TREE && idx.m_thick && !idx.m_userdef && idx.v_segment.size() == 1) {
+                int const category = idx.v_segment[0].v_fldEl[static_cast<int>(idx.v_segment[0].v_fldEl.size()) - 1]
+                                         .m_field->m_struct->m_category;
+                if (category == TC_STRING || category == TC_NSTRING)
+                    errorAt(idx.m_place, "index #1 is a thick tree over a string, whose C++ wrappers would define "
+                            "search_all twice; compile it without --cpp", idx.m_name);
+            }
         }
         return !failed();
     });
+}
+
+void Analyzer::checkPrefixedNames() {
+    // The offsets of a direct struct's members name its C type before the
+    // prefix is put in front of it.
+    auto fields = [this](Struct& s) {
+        for (unsigned i = 0; i < s.v_field.size(); i++) {
+            Field const& f = s.v_field[static_cast<int>(i)];
+            if (f.m_struct != nullptr && f.m_struct->m_category == TC_DIRECT) {
+                errorAt(f.m_place, "field #1 holds direct struct #2, whose offsets the C code would name without "
+                        "the prefix; compile it without --prefix-names", f.m_name, f.m_struct->m_name);
+                return false;
+            }
+        }
+        return true;
+    };
+    forEachIn<Struct>(m_schema.m_types, fields);
+    forEachIn<Class>(m_schema.m_classes, fields);
 }
 
 void Analyzer::checkBindingNames() {

@@ -89,6 +89,9 @@ TEST(BindingsCompile, EverySchemaInEveryForm) {
             if (form > 0)
                 argv = argv + Args{"--java-package", "p" + n + ".x", "--cs-namespace", "N" + n};
             ProcessResult r = runProgram(argv + Args{schemas[i]}, out);
+            // Its C text could not compile: refused, bindings and all.
+            if (form == 1 && r.status == 255 && contains(r.err, "holds direct struct"))
+                continue;
             ASSERT_EQ(r.status, 0) << r.err;
             ASSERT_EQ(files(out, ".cs").size(), 1u);
             java = java + files(out, ".java");

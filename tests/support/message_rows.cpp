@@ -253,6 +253,17 @@ std::vector<MessageRow> const& finishRows() {
      E(4, "field E of C is named like the enum type of its later field e, which the C++ member would hide"), "--cpp"},
     {DB "class C { signed<4> a;\n  tree<a> C; };",
      E(3, "index C is named like its class: a C++ class has no member of its own name"), "--cpp"},
+    {DB "class C {\n  string s;\n  thick tree<s> t;\n};", E(4, "index t is a thick tree over a string, whose C++ "
+                                                        "wrappers would define search_all twice; compile it without --cpp"),
+     "--cpp"},
+    {DB "class C {\n  sequences;\n  signed<4> a;\n};", E(2, "class C declares sequences while no field of the schema "
+                                                    "is a sequence: its C++ wrappers would name Sequence without its "
+                                                    "header; compile it without --cpp"),
+     "--cpp"},
+    {DB "direct struct D { signed<4> x; };\nclass C {\n  D d;\n};",
+     E(4, "field d holds direct struct D, whose offsets the C code would name without the prefix; compile it without "
+          "--prefix-names"),
+     "--prefix-names"},
     // Through another struct a struct holds itself quietly here; the layout
     // pass refuses it, without a line.
     {DB "struct A { B b; };\nstruct B { A a; };", "File s.zyl; error: recursive definition of \"A\"\n\n"},
