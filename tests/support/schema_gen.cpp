@@ -67,7 +67,9 @@ struct GKey {
 
 std::vector<std::string> const kWords = {"a", "b", "id", "qty", "name", "price", "code", "kind", "flag", "stamp",
                                          "x", "y", "t", "c", "h", "value", "result", "len", "size", "src",
-                                         "handle", "total", "rank", "title", "body", "tag", "ts", "owner", "n"};
+                                         "handle", "total", "rank", "title", "body", "tag", "ts", "owner", "n",
+                                         // named like functions the compiler writes for other fields
+                                         "a_length", "s_fixed", "a_get", "v_size", "t_find"};
 // Keywords of C, C++, Java or C# that the schema language leaves free.
 std::vector<std::string> const kKeywords = {"int", "switch", "public", "base", "package", "namespace", "long",
                                             "short", "static", "default", "this", "object", "case", "try",
@@ -97,7 +99,7 @@ private:
     std::vector<GClass> classes;
     std::string oidType;
     bool autoOid = false, iot = false, anySequence = false, anyColumns = false, anyDirect = false;
-    bool directBinary = false, sql = false, persistentDefault = false;
+    bool directSized = false, sql = false, persistentDefault = false;
     int macros = 0, events = 0;
 
     std::string freshName(std::vector<std::string> const& pool, std::set<std::string>& used, bool keywords);
@@ -248,7 +250,7 @@ std::string Gen::drawType(GField& f, bool inClass) {
             if (k.oid && r.chance(60))
                 f.refClass = k.name;
         return "ref";
-    case 17: case 18: f.kind = STRING; return r.chance(70) ? "string" : "nstring";
+    case 17: case 18: f.kind = r.chance(70) ? STRING : NSTRING; return f.kind == STRING ? "string" : "nstring";
     case 19: f.kind = VARBIN; return "varbinary";
     case 20: f.kind = BLOB; return "blob";
     default:
@@ -382,7 +384,7 @@ std::string Gen::drawDirectStruct() {
     std::set<std::string> names;
     std::ostringstream out;
     bool const packed = r.chance(40);
-    bool binary = false;
+    bool sized = false;  // a member of characters or bytes
     out << (packed ? "packed " : "") << "direct struct " << s.name << " {";
     static char const* const ts[] = {"signed<2>", "signed<4>", "unsigned<1>", "double", "float", "char<3>",
                                      "nchar<2>", "binary<5>", "signed<8>", "unsigned<4>"};
@@ -395,13 +397,13 @@ std::string Gen::drawDirectStruct() {
             c.mayFailPackedKeyword = true;
         f.array = r.chance(20);
         f.arraySize = 2;
-        binary = binary || t == 7;
+        sized = sized || t == 5 || t == 6 || t == 7;
         out << " " << ts[t] << " " << f.name << (f.array ? "[2]" : "") << ";";
         s.fields.push_back(f);
     }
     out << " };\n";
     anyDirect = true;
-    directBinary = directBinary || binary;
+    directSized = directSized || sized;
     directs.push_back(s);
     return out.str();
 }
@@ -792,7 +794,7 @@ SchemaCase Gen::run() {
     c.mayFailColumnsOnly = anyColumns && !anySequence && c.has("--cpp");
     c.mayFailRelativeCodes = c.has("--relative-class-codes");
     // A list of hidden classes gives the direct structs their declarations.
-    c.mayFailDirectBinding = directBinary && c.has("--hide");
+    c.mayFailDirectBinding = directSized && c.has("--hide");
 
     unsigned const fate = r.below(100);
     if (fate < 12)

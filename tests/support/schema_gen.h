@@ -53,7 +53,8 @@ struct SchemaCase {
     // a keyword (GenOutput::outputDirectAccess).
     bool mayFailPackedKeyword = false;
     // Neither: the Java and C# declarations of a direct struct give a
-    // binary<n> member the dimension the C compiler computes, fieldsz(...).
+    // char<n>, nchar<n> or binary<n> member the dimension the C compiler
+    // computes, fieldsz(...) (GenOutput's Java and C# bindings).
     bool mayFailDirectBinding = false;
 
     // The run-time entry refuses a sequence of structs, which the batch
