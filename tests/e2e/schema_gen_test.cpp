@@ -106,7 +106,9 @@ std::string knownFault(SchemaCase const& c, std::string const& err, bool cxx) {
                  {c.mayFailPackedKeyword, "too few arguments to function"},
                  {c.mayFailPackedKeyword, "has no member named"}};
     } else {
-        known = {{c.mayFailKeywordIndex, "redefinition of"}, {c.mayFailColumnsOnly, "does not name a type"}};
+        known = {{c.mayFailKeywordIndex, "redefinition of"},
+                 {c.mayFailColumnsOnly, "does not name a type"},
+                 {c.mayFailPropertyName, "conflicts with a previous declaration"}};
     }
     std::string found;
     std::istringstream in(err);

@@ -39,7 +39,7 @@ if [ -z "$build" ]; then
 fi
 keep=${keep:-$build/schemagen}
 mkdir -p "$keep"
-rm -f "$keep"/range*.log
+rm -f "$keep"/range*.log "$keep"/[0-9]*.txt
 
 start=$(date +%s)
 step=$(( (to - from + jobs) / jobs ))

@@ -99,7 +99,7 @@ private:
     std::vector<GClass> classes;
     std::string oidType;
     bool autoOid = false, iot = false, anySequence = false, anyColumns = false, anyDirect = false;
-    bool directSized = false, sql = false, persistentDefault = false;
+    bool directSized = false, functionLike = false, sql = false, persistentDefault = false;
     int macros = 0, events = 0;
 
     std::string freshName(std::vector<std::string> const& pool, std::set<std::string>& used, bool keywords);
@@ -127,8 +127,11 @@ std::string Gen::freshName(std::vector<std::string> const& pool, std::set<std::s
             continue;
         if (used.count(n))
             n += std::to_string(r.below(100));
-        if (used.insert(n).second)
+        if (used.insert(n).second) {
+            // Only the pool's names like other fields' functions hold a "_".
+            functionLike = functionLike || n.find('_') != std::string::npos;
             return n;
+        }
     }
 }
 
@@ -795,6 +798,7 @@ SchemaCase Gen::run() {
     c.mayFailRelativeCodes = c.has("--relative-class-codes");
     // A list of hidden classes gives the direct structs their declarations.
     c.mayFailDirectBinding = directSized && c.has("--hide");
+    c.mayFailPropertyName = functionLike && c.has("--cpp-runtime-header");
 
     unsigned const fate = r.below(100);
     if (fate < 12)

@@ -56,6 +56,10 @@ struct SchemaCase {
     // char<n>, nchar<n> or binary<n> member the dimension the C compiler
     // computes, fieldsz(...) (GenOutput's Java and C# bindings).
     bool mayFailDirectBinding = false;
+    // Neither: under --cpp-runtime-header a field named like a member
+    // function of another field ("a_get" beside "a") gets a property of
+    // that name, which clashes with the function in {db}.hpp.
+    bool mayFailPropertyName = false;
 
     // The run-time entry refuses a sequence of structs, which the batch
     // compile accepts, so the two dictionaries cannot be compared then.
