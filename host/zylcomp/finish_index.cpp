@@ -68,6 +68,17 @@ void Analyzer::finishIndices() {
                 error2("[#1.#2] R-Tree can be defined only for single field.", c.m_name, idx.m_name);
             if (idx.m_type == IT_TRIGRAM && idx.v_fieldName.size() != 1)
                 error2("[#1.#2] Trigram index can be defined only for single field.", c.m_name, idx.m_name);
+            // An ordered sequence has a {class}_{field}_search of its own, and
+            // every index but a unique hash one has {class}_{index}_search.
+            Field const* same = c.findField(idx.m_name);
+            if (same != nullptr && same->m_isSequence && same->m_seqOrder != "ZYL_SEQ_NO_ORDER" &&
+                !(idx.m_type == IT_HASH && idx.m_unique)) {
+                errorAt(idx.m_place,
+                        "index #1 of class #2 is named like ordered sequence field #1: both would define #2_#1_search",
+                        idx.m_name, c.m_name);
+                stopped = true;
+                return false;
+            }
             if (idx.m_userdef) {
                 idx.m_userdefNo = ++userdef;
                 c.m_hasUserdef = true;

@@ -192,6 +192,11 @@ std::vector<MessageRow> const& finishRows() {
     {DB "class A { signed<4> a, b, c, d, e, f, g, h; kdtree<a, b> k; };",
      E(2, "It is too many fields in class \"A\" for kd-tree index \"k\"."), "--sizeof-size=1"},
     {DB "class A { string s; trigram<s, s> t; };", E(2, "[A.t] Trigram index can be defined only for single field.")},
+    // Both would define A_q_search; a unique hash index has none.
+    {DB "class A {\n  sequence<signed<4> asc> q;\n  signed<4> a;\n  tree<a> q;\n};",
+     E(5, "index q of class A is named like ordered sequence field q: both would define A_q_search")},
+    {DB "class A {\n  sequence<signed<4> desc> q;\n  signed<4> a;\n  nonunique hash<a> q[10];\n};",
+     E(5, "index q of class A is named like ordered sequence field q: both would define A_q_search")},
     // Segments.
     {DB "class A { unsigned<4> a; tree<b> t; };",
      E(2, "field b is not defined in struct A and referenced from index t, b")},
@@ -276,6 +281,8 @@ std::vector<MessageRow> const& finishRows() {
     {DB "class A { signed<4> a; boolean updated_bitmap[]; event<update> u; };", ""},
     {DB "struct S { signed<4> x; signed<4> y; };\nclass A { vector<S> v; signed<4> a; tree<a, v.x> t; };", ""},
     {DB "class db { signed<4> a; };", ""},
+    {DB "class A { sequence<signed<4>> q; signed<4> a; tree<a> q; };", ""},
+    {DB "class A { sequence<signed<4> desc> q; signed<4> a; hash<a> q[10]; };", ""},
     {DB "declare oid K[5];\nstruct K { signed<4> k; };\nclass B { oid; autoid[5]; signed<4> x; };\n"
         "class A { ref<B> b; autoid_t<B> c; };", ""},
     {DB "declare auto_oid[10];\npersistent distributed class A { signed<4> a; };\ndistrib class B { signed<4> b; };", ""},

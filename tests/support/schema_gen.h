@@ -1,0 +1,80 @@
+// Random schemas drawn from the grammar of the schema language, with random
+// command lines, for the property test of tests/e2e/schema_gen_test.cpp and
+// the on-demand runs of tests/schemagen/run.sh. A seed gives the same case
+// on every platform: the generator has its own random numbers, and no
+// expression of it draws twice where C++ leaves the order open.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+// splitmix64: small, fast and the same everywhere, unlike the standard
+// library's distributions.
+class SchemaRng {
+public:
+    explicit SchemaRng(std::uint64_t seed) : m_state(seed) {}
+    std::uint64_t next();
+    // A number from 0 to n - 1; n must be above 0.
+    unsigned below(unsigned n) { return static_cast<unsigned>(next() % n); }
+    // True with the chance percent / 100.
+    bool chance(unsigned percent) { return below(100) < percent; }
+    template <class T>
+    T const& pick(std::vector<T> const& v) { return v[below(static_cast<unsigned>(v.size()))]; }
+
+private:
+    std::uint64_t m_state;
+};
+
+struct SchemaCase {
+    enum Expect {
+        Valid,    // drawn within the rules: the compile must succeed
+        Invalid,  // one rule broken on purpose (see `fault`): it must be refused
+        Either,   // a random edit of a valid text: either outcome, as long as it is a clean one
+    };
+
+    std::uint64_t seed = 0;
+    std::string db;                                            // the database name
+    std::string schema;                                        // the text of s.zyl
+    std::vector<std::pair<std::string, std::string>> includes;  // further files: name, text
+    std::vector<std::string> options;                          // command-line options, before s.zyl
+    Expect expect = Valid;
+    std::string fault;  // what was broken or edited
+
+    // Faults of the generated text the system deliberately keeps, which this
+    // case may show (see kModes and kRefusals of tests/e2e/api_compile_test.cpp).
+    // They are drawn, not avoided, so that the rest of such a case is still
+    // checked and the counts show how often they come; a flagged case's
+    // compile may fail only with every error line naming its fault.
+    bool mayFailDirectPrefix = false;   // C: a direct struct's size under --prefix-names
+    bool mayFailKeywordIndex = false;   // C++: search_any of a keyword index
+    bool mayFailColumnsOnly = false;    // C++: Sequence<> without its header
+    bool mayFailRelativeCodes = false;  // C: --relative-class-codes
+    // Not kept on purpose, but not the test's to fix: the copy functions of
+    // a packed direct struct name its members without the trailing "_" of
+    // a keyword (GenOutput::outputDirectAccess).
+    bool mayFailPackedKeyword = false;
+    // Neither: the Java and C# declarations of a direct struct give a
+    // char<n>, nchar<n> or binary<n> member the dimension the C compiler
+    // computes, fieldsz(...) (GenOutput's Java and C# bindings).
+    bool mayFailDirectBinding = false;
+    // Neither: under --cpp-runtime-header a field named like a member
+    // function of another field ("a_get" beside "a") gets a property of
+    // that name, which clashes with the function in {db}.hpp.
+    bool mayFailPropertyName = false;
+
+    // The run-time entry refuses a sequence of structs, which the batch
+    // compile accepts, so the two dictionaries cannot be compared then.
+    bool sequenceOfStructs = false;
+    // A direct struct held by value is placed by the C compiler in {db}.c
+    // and like any other field in memory, so offsets differ between them.
+    bool holdsDirect = false;
+
+    bool has(char const* option) const;
+};
+
+SchemaCase generateSchema(std::uint64_t seed);
+
+// The case as a reader can reproduce it: seed, command line, files.
+std::string describe(SchemaCase const& c);
