@@ -62,8 +62,15 @@ on_exit() {
     cleanup
 }
 
+# Only a scratch directory of an earlier run (or a missing or empty one)
+# is ever removed.
+if [ -d "$scratch" ] && [ -n "$(ls -A "$scratch")" ] && [ ! -e "$scratch/.zylcomp-mutation" ]; then
+    echo "run.sh: $scratch exists and is not a scratch directory of this script; not touching it" >&2
+    exit 2
+fi
 rm -rf "$scratch"
 mkdir -p "$src" "$logs" "$work"
+: >"$scratch/.zylcomp-mutation"
 trap on_exit EXIT
 
 # The tracked files as committed at HEAD; uncommitted changes are not copied.
