@@ -74,8 +74,9 @@ mkdir -p "$src" "$logs" "$work"
 trap on_exit EXIT
 
 # The tracked files as committed at HEAD; uncommitted changes are not copied.
-echo "run.sh: copying the checkout at $(git -C "$repo" rev-parse --short HEAD) into $src" >&2
-git -C "$repo" archive --format=tar HEAD | tar -x -C "$src"
+rev=$(git -C "$repo" rev-parse --short HEAD)
+echo "run.sh: copying the checkout at $rev into $src" >&2
+git -C "$repo" archive --format=tar "$rev" | tar -x -C "$src"
 
 # Every fault is read and checked against the pristine sources before any
 # build, so that a stale entry fails at once instead of after an hour.
@@ -215,6 +216,9 @@ while IFS=$'\x1f' read -r fid fname kind find repl what; do
         result="timeout (build)"
     elif [ "$rc" -ne 0 ]; then
         result="does not compile"
+        # The compiler's first complaint, so that a fault that should have
+        # compiled is easy to tell from a broken build.
+        catching=$(grep -m1 -E 'error:' "$logs/$fid-build.log" | sed 's#^.*/src/##' | cut -c1-100 || true)
     else
         left=$(( timeout_s - ($(date +%s) - t0) ))
         [ "$left" -gt 30 ] || left=30
@@ -253,7 +257,7 @@ if [ "$keep" -eq 1 ]; then
     cmake --build "$bld" -j "$jobs" >"$logs/final-build.log" 2>&1 || true
 fi
 
-python3 - "$results" "$(git -C "$repo" rev-parse --short HEAD)" <<'PY'
+python3 - "$results" "$rev" <<'PY'
 import sys
 rows = [l.rstrip('\n').split('\t') for l in open(sys.argv[1], encoding='utf-8') if l.strip()]
 def cell(s):
