@@ -521,7 +521,7 @@ void GenOutput::outputDirectAccess(Struct& s) {
     mstring in;
     mstring out;
     for (unsigned i = 0; i < s.v_field.size(); i++) {
-        v.set("f", s.v_field[static_cast<int>(i)].m_name);
+        v.set("f", alone(s.v_field[static_cast<int>(i)].m_name));
         in += v.fill(" zyl_memcpy((char*)&dest->{f}, (char*)&src.{f}, sizeof(dest->{f}));\n");
         out += v.fill(" zyl_memcpy((char*)&dest.{f}, (char*)&src->{f}, sizeof(dest.{f}));\n");
     }

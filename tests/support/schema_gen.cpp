@@ -396,8 +396,6 @@ std::string Gen::drawDirectStruct() {
         unsigned t = r.below(10);
         f.kind = t == 5 ? CHARS : t == 6 ? NCHARS : t == 7 ? BINARY : t == 3 || t == 4 ? FLOAT : INT;
         f.name = freshName(kWords, names, true);
-        if (packed && std::find(kKeywords.begin(), kKeywords.end(), f.name) != kKeywords.end())
-            c.mayFailPackedKeyword = true;
         f.array = r.chance(20);
         f.arraySize = 2;
         sized = sized || t == 5 || t == 6 || t == 7;

@@ -42,19 +42,16 @@ struct SchemaCase {
     Expect expect = Valid;
     std::string fault;  // what was broken or edited
 
-    // Faults of the generated text the system deliberately keeps, which this
-    // case may show (see kModes and kRefusals of tests/e2e/api_compile_test.cpp).
-    // They are drawn, not avoided, so that the rest of such a case is still
-    // checked and the counts show how often they come; a flagged case's
-    // compile may fail only with every error line naming its fault.
-    bool mayFailDirectPrefix = false;   // C: a direct struct's size under --prefix-names
-    bool mayFailKeywordIndex = false;   // C++: search_any of a keyword index
-    bool mayFailColumnsOnly = false;    // C++: Sequence<> without its header
+    // Generated text that could not compile, which the compiler refuses at
+    // the declaration at fault (see kRefusals of api_compile_test.cpp); drawn,
+    // not avoided, so that the counts show how often they come.
+    bool mayFailDirectPrefix = false;  // a field holding a direct struct under --prefix-names
+    bool mayFailKeywordIndex = false;  // a thick tree over a string under --cpp
+    bool mayFailColumnsOnly = false;   // a class of sequences without a sequence field under --cpp
+    // The generated text the system keeps as it writes it (see kModes of
+    // api_compile_test.cpp); a flagged case's compile may fail only with
+    // every error line naming its fault.
     bool mayFailRelativeCodes = false;  // C: --relative-class-codes
-    // Not kept on purpose, but not the test's to fix: the copy functions of
-    // a packed direct struct name its members without the trailing "_" of
-    // a keyword (GenOutput::outputDirectAccess).
-    bool mayFailPackedKeyword = false;
     // Neither: the Java and C# declarations of a direct struct give a
     // char<n>, nchar<n> or binary<n> member the dimension the C compiler
     // computes, fieldsz(...) (GenOutput's Java and C# bindings).
