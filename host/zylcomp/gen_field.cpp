@@ -118,6 +118,9 @@ Subst GenOutput::fieldSubst(Struct& s, Class* c, Field const& f) const {
     }
     char sbuf[24];
     v.set("size", textOf(large.m_size, sbuf));
+    // The bindings need the number where the C text names a member of a
+    // direct struct by the compiler's fieldsz().
+    v.setNum("bsize", large.m_size.is_str() ? large.m_size.m_saved : large.m_size.m_num);
     if (t.m_category == TC_STRUCT || t.m_category == TC_DIRECT)
         v.setType("t", t.m_name);
     else
@@ -272,9 +275,9 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
         };
         writeFieldRows(s, f, v, put, 1);
         if (m_genCs)
-            v.fillTo(*m_cs, "\t[Encoding(\"UTF-16\")]\n\t[Dimension({size})]\n\tpublic string {m};\n");
+            v.fillTo(*m_cs, "\t[Encoding(\"UTF-16\")]\n\t[Dimension({bsize})]\n\tpublic string {m};\n");
         if (m_genJava)
-            v.fillTo(*m_java, "\t@Encoding(\"UTF-16\")\n\t@Dimension({size})\n\tpublic String {m};\n");
+            v.fillTo(*m_java, "\t@Encoding(\"UTF-16\")\n\t@Dimension({bsize})\n\tpublic String {m};\n");
         break;
     }
     case TC_CHARS:
@@ -297,9 +300,9 @@ void GenOutput::outputField(Struct& s, Class* c, Field& f) {
         };
         writeFieldRows(s, f, v, put, 1);
         if (m_genCs)
-            v.fillTo(*m_cs, "\t[Dimension({size})]\n\tpublic string {m};\n");
+            v.fillTo(*m_cs, "\t[Dimension({bsize})]\n\tpublic string {m};\n");
         if (m_genJava)
-            v.fillTo(*m_java, "\t@Dimension({size})\n\tpublic String {m};\n");
+            v.fillTo(*m_java, "\t@Dimension({bsize})\n\tpublic String {m};\n");
         break;
     }
     case TC_STRUCT:
