@@ -102,6 +102,7 @@ unsigned Job::run() {
         analyzer->checkCppNames();
     if (prefixNames)
         analyzer->checkPrefixedNames();
+    analyzer->checkFieldFunctionNames(xmlAccess, jsonAccess);
     std::fclose(f);
 
     GenOutput* gen = createGenerator(analyzer->schema(), &reporter, localOutputDir);

@@ -47,6 +47,9 @@ public:
     // With the C++ wrappers, the members of a class are its fields and
     // indexes: refuses those that the C++ text cannot declare.
     void checkCppNames();
+    // Refuses a field whose functions would bear the name of one its struct
+    // or class has of its own.
+    void checkFieldFunctionNames(bool xmlAccess, bool jsonAccess);
     // With --prefix-names: refuses what the prefixed C text cannot declare.
     void checkPrefixedNames();
 

@@ -232,6 +232,32 @@ void Analyzer::checkCppNames() {
     });
 }
 
+void Analyzer::checkFieldFunctionNames(bool xmlAccess, bool jsonAccess) {
+    // {struct}_{field}_get would be a function the struct has of its own.
+    auto fields = [this, xmlAccess, jsonAccess](Struct& s) {
+        for (unsigned i = 0; i < s.v_field.size(); i++) {
+            Field const& f = s.v_field[static_cast<int>(i)];
+            // A sequence, and a struct held once, have no _get of their own.
+            bool const structOnce = f.m_struct != nullptr && f.m_struct->m_category == TC_STRUCT && !f.m_isVector &&
+                                    !f.m_isArray;
+            if (f.m_isSequence || structOnce)
+                continue;
+            char const* what = f.m_name == "fixed"                  ? "fixed-part"
+                               : xmlAccess && f.m_name == "xml"     ? "XML access"
+                               : jsonAccess && f.m_name == "json"   ? "JSON access"
+                                                                    : nullptr;
+            if (what != nullptr) {
+                errorAt(f.m_place, "field #1 of #2 would define #2_#1_get, the name of the #3 function of #2", f.m_name,
+                        s.m_name, what);
+                return false;
+            }
+        }
+        return true;
+    };
+    forEachIn<Struct>(m_schema.m_types, fields);
+    forEachIn<Class>(m_schema.m_classes, fields);
+}
+
 void Analyzer::checkPrefixedNames() {
     // The offsets of a direct struct's members name its C type before the
     // prefix is put in front of it.

@@ -152,7 +152,7 @@ std::vector<std::string> corpus() {
 // What the compiler's refusal of `schema` under `mode` says, or null.
 char const* refusal(std::string const& schema, Mode const& mode) {
     for (Refusal const& r : kRefusals)
-        if (has(mode.flags, r.flag) && endsWith(schema, r.schema))
+        if (has(mode.flags, r.flag) && endsWith(schema, (std::string("/") + r.schema).c_str()))
             return r.message;
     return nullptr;
 }

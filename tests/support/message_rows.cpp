@@ -253,6 +253,12 @@ std::vector<MessageRow> const& finishRows() {
      E(3, "class db is named like the database: the Java and C# bindings would declare db twice"), "--java"},
     {"declare database switch;\nenum E { A };\nstruct switch { signed<4> a; };",
      E(3, "struct switch is named like the database: the Java and C# bindings would declare switch_ twice"), "--cs"},
+    // A field's functions named like its class's own; the run-time entry,
+    // which writes no functions, takes it (the option keeps it from there).
+    {DB "class C {\n  string fixed;\n};", E(3, "field fixed of C would define C_fixed_get, the name of the fixed-part "
+                                            "function of C"), "--compiled-functions"},
+    {DB "class C { signed<4> a; signed<4> xml; };", E(2, "field xml of C would define C_xml_get, the name of the XML "
+                                                      "access function of C"), "--xml-access"},
     // The C++ wrappers' members are the fields and indexes.
     {DB "enum E { A };\nclass C {\n  signed<4> E;\n  E e;\n};",
      E(4, "field E of C is named like the enum type of its later field e, which the C++ member would hide"), "--cpp"},
