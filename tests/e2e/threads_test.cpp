@@ -4,8 +4,6 @@
 // sizes. Run under ThreadSanitizer by the tsan preset as well.
 #include <gtest/gtest.h>
 
-#include <dirent.h>
-
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
@@ -88,14 +86,10 @@ std::vector<Input> inputs() {
     std::vector<Input> v;
     zyl_dict_load_params_t p = {};
     p.includeDir = kCorpus.c_str();
-    DIR* d = opendir(kCorpus.c_str());
     std::vector<std::string> names;
-    for (dirent* e; d != nullptr && (e = readdir(d)) != nullptr;)
-        if (std::string(e->d_name).size() > 4 && std::string(e->d_name).rfind(".zyl") == std::string(e->d_name).size() - 4)
-            names.push_back(e->d_name);
-    if (d != nullptr)
-        closedir(d);
-    std::sort(names.begin(), names.end());
+    for (std::string const& n : listDir(kCorpus))
+        if (n.size() > 4 && n.compare(n.size() - 4, 4, ".zyl") == 0)
+            names.push_back(n);
     for (std::string const& n : names)
         v.push_back({readFile(kCorpus + n), p});
     for (int classes : {1, 40, 300})
