@@ -1,12 +1,10 @@
-// What the grammar builds in the model: field forms and numbers, enum
-// sizes, indexes, implicit members, class prefixes and hidden classes, and
-// the updated_bitmap size. Each schema runs through Parser and Analyzer
+// What the grammar builds in the model: the edges of field forms and enum
+// sizes, implicit members, and the updated_bitmap size. Each schema runs through Parser and Analyzer
 // with the run-time reporter, which throws.
 #include <gtest/gtest.h>
 
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "frontend/parser.h"
 #include "host/zylcomp/analyzer.h"
@@ -15,21 +13,14 @@
 
 namespace {
 
-struct Options {
-    bool keepFieldOrder = false, persistentDefault = false, atomicDefault = true, compactDefault = false;
-    std::vector<std::string> hidden;
-};
-
 // The schema text in s.zyl, read by the grammar alone.
 struct Compiled {
-    explicit Compiled(std::string const& text, Options const& o = Options()) : reporter(nullptr, nullptr) {
+    explicit Compiled(std::string const& text, bool keepFieldOrder = false) : reporter(nullptr, nullptr) {
         dir.write("s.zyl", text);
-        for (std::string const& h : o.hidden)
-            hidden.push_back(h.c_str());
         file = std::fopen(dir.file("s.zyl").c_str(), "r");
         parser.reset(new Parser(file, "s.zyl", &reporter, "", ""));
-        analyzer.reset(new Analyzer(parser.get(), o.keepFieldOrder, false, o.compactDefault, false,
-                                    o.persistentDefault, false, o.atomicDefault, 8, 0, &hidden, nullptr));
+        analyzer.reset(new Analyzer(parser.get(), keepFieldOrder, false, false, false, false, false, true, 8, 0,
+                                    &hidden, nullptr));
         analyzer->initBaseTypes();
         try {
             analyzer->analyze();
@@ -57,28 +48,14 @@ struct Compiled {
 
 std::string str(mstring const& s) { return s.c_str(); }
 std::string num(int n) { return std::to_string(n); }
-std::string words(std::initializer_list<std::pair<bool, char const*>> flags) {
-    std::string s;
-    for (auto const& f : flags)
-        s += f.first ? f.second : "";
-    return s;
-}
 
 std::string describe(Field const& f) {
-    std::string s = str(f.m_typeName) +
-                    words({{f.m_isNullable, " nullable"}, {f.m_isOptional, " optional"}, {f.m_isVector, " vector"},
-                           {f.m_isRect, " rect"}, {f.m_isPoint, " point"}, {f.m_isBitmap, " bitmap"},
-                           {f.m_isIndicator, " indicator"}, {f.m_isHidden, " hidden"}, {f.m_isDirect, " direct"}});
+    std::string s = str(f.m_typeName) + (f.m_isRect ? " rect" : "") + (f.m_isPoint ? " point" : "") +
+                    (f.m_isBitmap ? " bitmap" : "");
     if (f.m_isArray)
         s += " [" + num(f.m_arraySize) + "]";
     if (f.m_precision >= 0)
         s += " p" + num(f.m_precision);
-    if (f.m_isSequence)
-        s += " of " + str(f.m_elemTypeName) + " " + str(f.m_seqOrder);
-    if (!f.m_refClassName.empty())
-        s += " ->" + str(f.m_refClassName);
-    for (unsigned i = 0; i < f.v_init.size(); i++)
-        s += (i ? "," : " =") + str(f.v_init[static_cast<int>(i)]);
     return s;
 }
 
@@ -96,18 +73,10 @@ std::string fieldList(Struct const& s) {
 
 std::string describe(Index const& x) {
     char const* kinds[] = {"tree", "hash", "kdtree", "rtree", "patricia", "trigram", "list"};
-    std::string s = str(x.m_name) + " " + kinds[x.m_type] +
-                    words({{x.m_unique, " unique"}, {x.m_voluntary, " voluntary"}, {x.m_userdef, " userdef"},
-                           {x.m_thick, " thick"}, {x.m_inclusive, " inclusive"}}) +
+    std::string s = str(x.m_name) + " " + kinds[x.m_type] + (x.m_unique ? " unique" : "") +
                     (x.ecount ? " e" + num(x.ecount) : "") + " <";
-    for (unsigned k = 0; k < x.v_fieldName.size(); k++) {
-        int i = static_cast<int>(k);
-        s += (k ? ", " : "") + str(x.v_fieldName[i]);
-        // "*" has no per-key flags: they come when it is expanded.
-        if (k < x.v_desc.size())
-            s += words({{x.v_desc[i], " desc"}, {x.v_nocase[i], " nocase"}}) +
-                 (x.v_collation[i].empty() ? "" : " collate " + str(x.v_collation[i]));
-    }
+    for (unsigned k = 0; k < x.v_fieldName.size(); k++)
+        s += (k ? ", " : "") + str(x.v_fieldName[static_cast<int>(k)]);
     return s + ">";
 }
 
@@ -125,44 +94,20 @@ TEST(GrammarModel, FieldForms) {
         char const* decl;
         char const* expected;
     } const cases[] = {
+        // The width's edges pick the integer: 2 / 4 / 9 / 10 digits.
         {"numeric<2> a;", "signed<1> p0"},
+        {"numeric<4,3> a;", "signed<2> p3"},
         {"numeric<9,3> a;", "signed<4> p3"},
+        {"decimal<10> a;", "signed<8> p0"},
         {"decimal<19,19> a;", "signed<8> p19"},
-        {"nullable optional S a;", "S nullable optional"},
-        {"vector<autoid_t><C> a;", "autoid_t vector ->C"},
-        {"ref<C> a;", "ref ->C"},
-        {"sequence<unsigned<4> desc> a;", "sequence of unsigned<4> ZYL_SEQ_DESC_ORDER"},
+        {"char<10> a;", "char<10>"},
         {"rectangle<signed<4>> a[2];", "signed<4> rect [4]"},
-        {"point<double> a[3];", "double point [3]"},
+        {"point<double> a[8];", "double point [8]"},
     };
     for (auto const& c : cases) {
         Compiled s(std::string("class C { ") + c.decl + " unsigned<1> z; };");
         ASSERT_EQ(s.error, "") << c.decl;
         EXPECT_EQ(describe(*s.cls("C").findField("a")), c.expected) << c.decl;
-    }
-}
-
-// A name list shares one field number and position; indicators come after
-// the body, take fresh numbers, and are "1" when their field has a value.
-TEST(GrammarModel, NameListsNumberingAndIndicators) {
-    Compiled s("struct S { unsigned<4> x; };\n"
-               "class C { nullable unsigned<4> a[3] = {1,2,3}, b; unsigned<2> c; nullable char<4> d; };");
-    ASSERT_EQ(s.error, "");
-    EXPECT_EQ(s.type("S").v_field[0].m_fieldNo, 1);
-    char const* const expected[] = {"a 2/0/4 unsigned<4> nullable [3] =1,2,3",
-                                    "b 2/0/5 unsigned<4> nullable [3]",
-                                    "c 3/2/-1 unsigned<2>",
-                                    "d 4/3/6 char<4> nullable",
-                                    "a_indicator 5/4/-1 boolean indicator =1",
-                                    "b_indicator 6/5/-1 boolean indicator",
-                                    "d_indicator 7/6/-1 boolean indicator"};
-    Class const& c = s.cls("C");
-    ASSERT_EQ(c.v_field.size(), 7u);
-    for (int i = 0; i < 7; i++) {
-        Field const& f = c.v_field[i];
-        EXPECT_EQ(str(f.m_name) + " " + num(f.m_fieldNo) + "/" + num(f.m_position) + "/" + num(f.m_indicator) +
-                      " " + describe(f),
-                  expected[i]);
     }
 }
 
@@ -189,28 +134,6 @@ TEST(GrammarModel, EnumSizes) {
     }
 }
 
-TEST(GrammarModel, IndexDeclarations) {
-    struct {
-        char const* decl;
-        char const* expected;
-    } const cases[] = {
-        {"tree<a asc desc> t;", "t tree <a desc>"},
-        {"hash<a> t[10];", "t hash unique e10 <a>"},
-        {"nonunique hash<a case_insensitive> t[5];", "t hash e5 <a nocase>"},
-        {"voluntary unique trigram<s> t;", "t trigram thick inclusive <s>"},
-        {"tree<st.x.y desc> t;", "t tree <st.x.y desc>"},
-        {"hash<s case_insensitive collate c1> t[3];", "t hash unique e3 <s nocase collate c1>"},
-        {"inclusive unsigned<4> z; tree<a> a;", "a tree inclusive <a>"},
-    };
-    for (auto const& c : cases) {
-        Compiled s(std::string("class C { autoid[5]; unsigned<4> a, b; string s; S st; rect<signed<4>> r[2]; ") +
-                   c.decl + " };");
-        ASSERT_EQ(s.error, "") << c.decl;
-        ASSERT_EQ(s.cls("C").v_index.size(), 2u) << c.decl;
-        EXPECT_EQ(describe(s.cls("C").v_index[1]), c.expected);
-    }
-}
-
 TEST(GrammarModel, ImplicitMembers) {
     struct {
         char const* text;
@@ -223,7 +146,6 @@ TEST(GrammarModel, ImplicitMembers) {
          "auto_oid@:$auto_oid autoid:$autoid a:signed<1>", "autoid hash unique e5 <autoid>"},
         {"declare auto_oid[9];\ndistributed class C { signed<1> a; };", "auto_oid@:$auto_oid timestamp@! a:signed<1>",
          "timestamp_idx@ tree <timestamp@>"},
-        {"class C { sequences; oid; signed<1> a; };", "a:signed<1>", "list_index_ tree unique <>"},
         {"class C { signed<1> a; TTL_clock_time 5 sec; };", "a:signed<1> ttl_timestamp@!",
          "ttl_timestamp_idx@ tree <ttl_timestamp@>"},
         {"class C { TTL_count 0; };", "ttl_count@!", "ttl_count_idx@ tree unique <ttl_count@>"},
@@ -241,54 +163,11 @@ TEST(GrammarModel, ImplicitMembers) {
     };
     for (auto const& c : cases) {
         // A leading "K " asks for keepFieldOrder.
-        Options o;
-        o.keepFieldOrder = c.text[0] == 'K';
-        Compiled s(c.text + (o.keepFieldOrder ? 2 : 0), o);
+        bool const keep = c.text[0] == 'K';
+        Compiled s(c.text + (keep ? 2 : 0), keep);
         ASSERT_EQ(s.error, "") << c.text;
         EXPECT_EQ(fieldList(s.cls("C")), c.fields) << c.text;
         EXPECT_EQ(indexList(s.cls("C")), c.indexes) << c.text;
-    }
-}
-
-TEST(GrammarModel, ClassPrefixesAndHiddenClasses) {
-    Options flipped;
-    flipped.persistentDefault = flipped.compactDefault = true;
-    flipped.atomicDefault = false;
-    flipped.hidden = {"X", "C"};
-    struct {
-        char const* text;
-        bool flipped;
-        char const* expected;
-    } const cases[] = {
-        {"compact compact persistent nonatomic local local class C {};", false, " compact persistent local class"},
-        {"declare auto_oid[5];\ndistrib compact distributed class C {};", false, " compact atomic distributed class"},
-        {"transient atomic class C {};", true, " compact atomic noapi class"},
-    };
-    for (auto const& c : cases) {
-        Compiled s(c.text, c.flipped ? flipped : Options());
-        ASSERT_EQ(s.error, "") << c.text;
-        Class const& k = s.cls("C");
-        EXPECT_EQ(words({{k.m_compact, " compact"}, {k.m_persistent, " persistent"}, {k.m_atomic, " atomic"},
-                         {k.m_local, " local"}, {k.m_distributed, " distributed"}, {k.m_noApi, " noapi"},
-                         {k.m_isClass, " class"}}),
-                  c.expected)
-            << c.text;
-    }
-
-    // An empty entry hides everything; direct structs are hidden unless a
-    // list names other types.
-    struct {
-        std::vector<std::string> hidden;
-        char const* noApi;
-    } const lists[] = {{{}, "DE"}, {{"C", "E"}, "CE"}, {{""}, "CBDE"}};
-    for (auto const& l : lists) {
-        Options o;
-        o.hidden = l.hidden;
-        Compiled s("class C {};\nclass B {};\ndirect struct D {};\ndirect struct E {};", o);
-        ASSERT_EQ(s.error, "");
-        EXPECT_EQ(words({{s.cls("C").m_noApi, "C"}, {s.cls("B").m_noApi, "B"}, {s.type("D").m_noApi, "D"},
-                         {s.type("E").m_noApi, "E"}}),
-                  l.noApi);
     }
 }
 
