@@ -28,8 +28,8 @@ std::string render(Layout const& l) {
 using Decls = std::vector<char const*>;
 
 // An analyzer that reads nothing, with its base types and a generator, plus
-// types a parsed schema would add: char<5>, three enums sized as the
-// analyzer sizes them, and struct P { signed<2> y; signed<4> x; }.
+// types a parsed schema would add: char<5> and
+// struct P { signed<2> y; signed<4> x; }.
 class Model {
 public:
     explicit Model(bool keepFieldOrder = false, bool wideOffsets = false)
@@ -39,12 +39,6 @@ public:
               false, false, false, wideOffsets, 8, 0, false, false, false) {
         analyzer.initBaseTypes();
         addType(new Struct("char<5>", TC_CHARS, 5, 5, 1, 1, ""));
-        struct { char const* name; int size; } const enums[] = {{"Small", 1}, {"Signed", 2}, {"Wide", 4}};
-        for (auto const& e : enums) {
-            int size = keepFieldOrder ? 4 : e.size;
-            schema().m_enums->add(HIComparable(new Enum(e.name)));
-            addType(new Struct(e.name, TC_SCALAR, size, size, size, size, e.name));
-        }
         addStruct("P", {"signed<2> y", "signed<4> x"});
     }
 
@@ -166,8 +160,6 @@ INSTANTIATE_TEST_SUITE_P(
                   {"signed<4> i[3]", "boolean f[10]", "boolean g[8]", "char<5> n[3]", "string s[2]", "P p[2]"},
                   "i@0:12/4 p@12:16/4 s@28:4/2 g@32:1/1 n@33:15/1 f@48:2/1 =50/4",
                   "p@0:16/4 s@16:8/4 i@24:12/4 g@36:1/1 n@37:15/1 f@52:2/1 =54/4"},
-        ClassCase{"EnumsKeepFieldOrder", true, false, {"Small e1", "Signed e2", "Wide e4", "signed<1> t"},
-                  "e1@0:4/4 e2@4:4/4 e4@8:4/4 t@12:1/1 =13/4", nullptr},
         ClassCase{"NoFields", false, false, {}, "=0/1", nullptr}),
     [](::testing::TestParamInfo<ClassCase> const& info) { return std::string(info.param.label); });
 

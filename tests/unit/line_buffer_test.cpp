@@ -6,7 +6,6 @@
 
 #include <cstdio>
 #include <cstring>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -101,24 +100,6 @@ TEST(LineBuffer, LongLinesArriveInPieces) {
                 expectSame(cut + "\nz\n", size);
             }
         }
-    }
-}
-
-// Many short and some long lines of every kind of byte that matters, over
-// several blocks of the file.
-TEST(LineBuffer, RandomFiles) {
-    std::mt19937 rnd(20240611);
-    char const alphabet[] = {'a', 'b', ' ', '/', '*', '\n', '\n', '\r', '\0', 'x', '#', '"'};
-    for (int round = 0; round < 40; round++) {
-        std::string bytes;
-        size_t const n = 1000 + rnd() % 60000;
-        while (bytes.size() < n) {
-            if (rnd() % 50 == 0)
-                bytes.append(4990 + rnd() % 20, 'q');
-            bytes += alphabet[rnd() % sizeof alphabet];
-        }
-        for (int size : {7, 100, 5000})
-            expectSame(bytes, size);
     }
 }
 

@@ -39,7 +39,6 @@ struct Reading {
         std::string s;
         try {
             for (mstring t = parser->get(); !t.empty(); t = parser->get()) {
-                count++;
                 s += (s.empty() ? "" : " ") + std::string(t.c_str());
                 if (where)
                     s += "@" + std::string(pp().fileName().c_str()) + ":" + std::to_string(pp().lineNo());
@@ -57,7 +56,6 @@ struct Reading {
     std::unique_ptr<Parser> parser;
     std::string error, where_;  // the message and its "file:line"
     int pos = -1;
-    size_t count = 0;
 };
 
 // main.zyl, and inc.zyl beside it, and what reading main.zyl gives.
@@ -207,29 +205,6 @@ TEST(PreProcessor, FileIncludingItself) {
         EXPECT_EQ(deep, before + 102);  // main.zyl and 101 times self.zyl
         EXPECT_EQ(openFiles(), before + 1);
     }
-}
-
-// A large schema with macros, comments and conditions is read without a
-// single file being made in the temporary directory.
-TEST(PreProcessor, HundredThousandLinesMakeNoFile) {
-    TempDir dir;
-    TempDir temp;
-    int const lines = 100000;
-    std::string text = "#define T int4\n#define N 16\n/* a schema\n   of many lines */\n";
-    for (int i = 5; i <= lines; i++) {
-        char const* const forms[] = {"#ifdef T\n", "    T f; /* field */\n", "    char<N> s[0X1f]; // text\n",
-                                     "#endif\n"};
-        text += forms[(i - 5) % 4];
-    }
-    dir.write("big.zyl", text);
-    Reading r(dir.path(), "big.zyl", temp.path());
-    std::string const tokens = r.read();
-    ASSERT_EQ(r.error, "") << r.where_;
-    EXPECT_EQ(r.count, 24999u * 12u);
-    EXPECT_EQ(tokens.substr(0, 40), "int4 f ; char < 16 > s [ 0x1f ] ; int4 f");
-    EXPECT_EQ(r.pp().lineNo(), lines);
-    EXPECT_TRUE(temp.list().empty());
-    EXPECT_EQ(dir.list(), std::vector<std::string>{"big.zyl"});
 }
 
 // One line may expand to 1,048,576 characters and no more, whether the

@@ -14,9 +14,11 @@ TEST(Streams, FileStreamWritesEveryKindAndEndsTheProcessIfUnopenable) {
     TempDir dir;
     IOutStream* s = IOutStream::createFileStream(dir.file("out.txt").c_str());
     EXPECT_TRUE(s->good());
-    *s << mstring("a") << mstring() << "b" << 'c' << -5L << 7UL << -9LL << 3 << 4u;
+    // Numbers around the edges of their digits, a pair at a time.
+    *s << mstring("a") << mstring() << "b" << 'c' << -10L << '|' << 9UL << '|' << 99LL << '|' << 100 << '|'
+       << 4294967295u;
     delete s;
-    EXPECT_EQ(readFile(dir.file("out.txt")), "abc-57-934");
+    EXPECT_EQ(readFile(dir.file("out.txt")), "abc-10|9|99|100|4294967295");
 
     ProcessResult r = runInChild([] { IOutStream::createFileStream("/nonexistent-dir/x.h"); });
     EXPECT_EQ(r.status, 255);
