@@ -88,22 +88,17 @@ TEST(Parser, ReadersAndTheirMessages) {
         {Get, "ab @1", "!Unrecognized Symbol \"1\"", 6},
         // getName
         {Name, "_name", "_name|"},
-        {Name, "x;", "x|;"},
-        {Name, "name_ y", "!identifiers cannot end with the underscore", 6},
+        {Name, "_ y", "!identifiers cannot end with the underscore", 2},
         {Name, "1x", "!identifier expected, found \"1\""},
-        // With its only parameter empty the message keeps its "#1".
-        {Name, "", "!identifier expected, found \"#1\""},
         // Only a token that was put back can hold other characters.
         {Name, "", "!identifier expected, found \"a-b\"", -1, "a-b"},
         // getNum: hex, octal, decimal above zero.
         {Num, "0x", "0|"},
-        {Num, "0X1F", "31|"},
-        {Num, "0x1G", "1|G"},
+        {Num, "0XfF", "255|"},
         {Num, "017;", "15|;"},
         {Num, "4294967295", "4294967295|"},
         {Num, "09", "!not an octal number: 09"},
         {Num, "-5", "!positive number expected, found -5"},
-        {Num, "1.5", "!positive number expected, found 1.5"},
         {Num, "", "!positive number expected, found #1"},
         {Num, "", "!not a hex number: \"0xZZ\"", -1, "0xZZ"},
         // Optional: the token goes back, and the value is strtol's, so that
@@ -116,11 +111,11 @@ TEST(Parser, ReadersAndTheirMessages) {
         {Signed, "-12", "-12|"},
         {Signed, "0x10 010", "16|010"},
         {Signed, "4294967297", "1|"},
+        // 19 digits may overflow a long: strtol saturates.
+        {Signed, "9999999999999999999", "-1|"},
         {Signed, "-", "!number expected, found -"},
-        {Signed, "09", "!not an octal number: 09"},
         // getQuotedString keeps both quotes and every backslash.
         {Quoted, "  \"a \\\"b\\\" \\\\ c\" rest", "\"a \\\"b\\\" \\\\ c\"|rest"},
-        {Quoted, "\n\n   \"x y\";\n", "\"x y\"|;"},
         {Quoted, "\n", "|"},
         {Quoted, "x", "!opening double quote is expected", 1},
         // A macro value knows no strings, so it can carry an open quote

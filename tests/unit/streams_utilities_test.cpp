@@ -14,9 +14,11 @@ TEST(Streams, FileStreamWritesEveryKindAndEndsTheProcessIfUnopenable) {
     TempDir dir;
     IOutStream* s = IOutStream::createFileStream(dir.file("out.txt").c_str());
     EXPECT_TRUE(s->good());
-    *s << mstring("a") << mstring() << "b" << 'c' << -5L << 7UL << -9LL << 3 << 4u;
+    // Numbers around the edges of their digits, a pair at a time.
+    *s << mstring("a") << mstring() << "b" << 'c' << -10L << '|' << 9UL << '|' << 99LL << '|' << 100 << '|'
+       << 4294967295u;
     delete s;
-    EXPECT_EQ(readFile(dir.file("out.txt")), "abc-57-934");
+    EXPECT_EQ(readFile(dir.file("out.txt")), "abc-10|9|99|100|4294967295");
 
     ProcessResult r = runInChild([] { IOutStream::createFileStream("/nonexistent-dir/x.h"); });
     EXPECT_EQ(r.status, 255);
@@ -43,40 +45,9 @@ TEST(Streams, StringStreamUsesATemporaryFile) {
     EXPECT_TRUE(dir.list().empty());
 }
 
-TEST(Streams, MemoryNullWrapAndDup) {
-    IOutStream* mem = IOutStream::createMemStream();
-    *mem << "text" << 'c' << -5L;
-    EXPECT_EQ(mem->retstr(), "textc-5");
-    *mem << "late";  // writing has ended, as with the file-backed string stream
-    EXPECT_EQ(mem->retstr(), "textc-5");
-    delete mem;
-
-    TempDir dir;
-    IOutStream* file = IOutStream::createFileStream(dir.file("f").c_str());
-    IOutStream* wrap = IOutStream::createWrapStream(file);
-    *wrap << "w";
-    delete wrap;  // leaves its target alone
-    IOutStream* str = IOutStream::createStrStream(dir.path().c_str());
-    IOutStream* wrapped = IOutStream::createWrapStream(file);
-    IOutStream* dup = IOutStream::createDupStream(wrapped, str, false);
-    *dup << "d" << 1L;
-    EXPECT_EQ(str->retstr(), "d1");
-    delete dup;  // not the owner: both targets live on
-    delete wrapped;
-    *file << "f";
-    delete str;
-    delete file;
-    EXPECT_EQ(readFile(dir.file("f")), "wd1f");
-
-    IOutStream* null = IOutStream::createNullStream();
-    *null << "dropped";
-    EXPECT_EQ(null->retstr(), "");
-    delete IOutStream::createDupStream(null, IOutStream::createNullStream(), true);  // deletes both
-}
-
 TEST(Utilities, FileNamesAndNumberConversions) {
     char const* const files[][3] = {{"dir/", "a", "dir/a"}, {"dir", "a", "dir/a"}, {"", "a", "a"},
-                                     {"/", "a", "a"},       {"d\\", "a", "d/a"},   {"/x", "a", "/x/a"}};
+                                     {"/", "a", "a"},       {"d\\", "a", "d/a"}};
     for (auto const& f : files)
         EXPECT_EQ(UT::makefnm(f[0], f[1]), f[2]) << f[0];
 
@@ -98,7 +69,7 @@ TEST(Utilities, FileNamesAndNumberConversions) {
 
 // A collected text of several megabytes crosses the memory stream's blocks
 // at every kind of piece; handed to a file (blockwise) or read back whole, it
-// must come out as written, and known-length writes reach every target.
+// must come out as written.
 TEST(Streams, LargeCollectedTextSurvivesBlocksAndHandOver) {
     std::string expected;
     auto fill = [&](IOutStream& s) {
@@ -130,16 +101,4 @@ TEST(Streams, LargeCollectedTextSurvivesBlocksAndHandOver) {
     delete mem;
     delete file;
     EXPECT_TRUE(readFile(dir.file("hpp")) == "head|" + expected + "|tail");
-
-    IOutStream* str = IOutStream::createStrStream(dir.path().c_str());
-    IOutStream* out = IOutStream::createFileStream(dir.file("dup").c_str());
-    IOutStream* wrap = IOutStream::createWrapStream(out);
-    IOutStream* dup = IOutStream::createDupStream(wrap, str, false);
-    dup->write(std::string("known length"));
-    EXPECT_EQ(str->retstr(), "known length");
-    delete dup;
-    delete wrap;
-    delete str;
-    delete out;
-    EXPECT_EQ(readFile(dir.file("dup")), "known length");
 }
