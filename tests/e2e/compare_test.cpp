@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "support/dict_memory.h"
 #include "support/process.h"
 #include "zylcomp.h"
 
@@ -420,7 +421,7 @@ TEST(CompareLibrary, TwoDictionaries) {
     EXPECT_EQ(zyl_dict_compare(nullptr, c, note, &edited), -1);
     EXPECT_EQ(zyl_dict_compare(a, nullptr, note, &edited), -1);
     for (zyl_dictionary_t* d : {a, b, c})
-        zyl_dict_free(d, nullptr);
+        zyl_dict_free(d, dictmem::forgetAndFree);
 }
 
 // The worked example of doc/compare.md prints what the chapter shows.

@@ -302,6 +302,7 @@ void collectFirst(int type, char const* message, char const* file, int line, int
 }
 
 MemResult loadText(std::string const& text, std::string const& includeDir, std::string const& outputDir) {
+    dictmem::forgetAll();
     zyl_dict_load_params_t p = {};
     p.includeDir = includeDir.c_str();
     p.outputDir = outputDir.c_str();

@@ -112,6 +112,13 @@ void releaseAll() {
     blocks().clear();
 }
 
+void forgetAll() { blocks().clear(); }
+
+void forgetAndFree(void* p) {
+    if (!release(p))
+        std::free(p);
+}
+
 bool release(void* p) {
     std::lock_guard<std::mutex> hold(recording);
     auto it = blocks().find(static_cast<char const*>(p));

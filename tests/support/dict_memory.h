@@ -19,10 +19,18 @@ std::size_t allocations();
 std::size_t live();
 // Frees every live block.
 void releaseAll();
+// Forgets every block without freeing it: what earlier tests of this
+// process left (a refused call's blocks of a runtime's allocators stay the
+// runtime's) is none of the next load's business.
+void forgetAll();
 // A runtime's deallocator: frees live block `p` and forgets it. Returns
 // false, and frees nothing, when `p` is no live block: never handed out, or
 // released already.
 bool release(void* p);
+// The deallocator that zyl_dict_free needs in this binary, whose own
+// zyl_sys_malloc records every block: plain free() would leave a freed
+// block recorded, for releaseAll to free again.
+void forgetAndFree(void* p);
 
 // Releases `dict` through zyl_dict_free with release() as its deallocator.
 // Returns the blocks freed, and counts in `wrong` the pointers it was handed
