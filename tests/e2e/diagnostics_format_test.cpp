@@ -33,9 +33,10 @@ FormatRow const kRows[] = {
      R"({"severity":"error","message":"comment is not closed with */","file":"s.zyl","line":3,"column":0,)"
      R"("declaration":null})" "\n",
      255},
-    // Grammar, inside an included file: the reader's position as column.
-    {DB "#include \"inc.zyl\"\n", "struct S_ {};\n",
-     "inc.zyl:1:13: error: identifiers cannot end with the underscore\nstruct S_ {};\n            ^\n",
+    // Grammar, inside an included file: the reader's position as column,
+    // here one past the end of the line.
+    {DB "#include \"inc.zyl\"\n", "struct S_ {}\n;\n",
+     "inc.zyl:1:13: error: identifiers cannot end with the underscore\nstruct S_ {}\n            ^\n",
      R"({"severity":"error","message":"identifiers cannot end with the underscore","file":"inc.zyl","line":1,)"
      R"("column":13,"declaration":null})" "\n",
      255},
