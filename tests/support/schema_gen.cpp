@@ -55,7 +55,7 @@ struct GStruct {
 
 struct GClass {
     std::string name;
-    bool persistent = false, oid = false, autoid = false;
+    bool persistent, oid, autoid;
 };
 
 // A key an index may name: a field or a struct member through it.
@@ -435,21 +435,11 @@ struct Gen {
         bool const userdef = r.chance(12);
         if (!pick([](GKey const& x) { return x.kind != BOOL && x.kind != RECT && x.kind != POINT; }))
             return "";
-        std::string prefix;
-        bool unique = false, thick = false;
-        if (userdef)
-            prefix += "userdef ";
-        if (hash && r.chance(25))
-            prefix += "nonunique ";
-        else if (r.chance(20))
-            prefix += "unique ", unique = true;
-        if (!hash && !unique && !userdef && r.chance(15))
-            prefix += "thick ", thick = true;
-        if (!hash && r.chance(10))
-            prefix += "voluntary ";
-        if (r.chance(5))
-            prefix += "inclusive ";
-        std::string s = prefix + (hash ? "hash<" : "tree<");
+        bool const nonunique = hash && r.chance(25), unique = !nonunique && r.chance(20);
+        bool const thick = !hash && !unique && !userdef && r.chance(15), voluntary = !hash && r.chance(10);
+        std::string s = std::string(userdef ? "userdef " : "") + (nonunique ? "nonunique " : unique ? "unique " : "") +
+                        (thick ? "thick " : "") + (voluntary ? "voluntary " : "");
+        s += std::string(r.chance(5) ? "inclusive " : "") + (hash ? "hash<" : "tree<");
         bool multi = false;
         std::set<std::string> used;
         unsigned n = 0, count = 1 + r.below(3);
@@ -462,10 +452,8 @@ struct Gen {
             s += (n++ ? ", " : "") + key.path;
             last = key.kind;
             bool const text = isText(key.kind);
-            if (!hash && r.chance(25))
-                s += r.chance(50) ? " desc" : " asc";
-            if (text && r.chance(20))
-                s += r.chance(50) ? " ignore_case" : " case_insensitive";
+            s += !hash && r.chance(25) ? " " + one("desc asc") : "";
+            s += text && r.chance(20) ? " " + one("ignore_case case_insensitive") : "";
             if (text && !userdef && !key.multi && r.chance(20))
                 s += key.kind == CHARS || key.kind == STRING ? " collate latin" : " collate wide";
         }
@@ -517,8 +505,7 @@ struct Gen {
             head << one("distributed distrib") << " ", distributed = true;
         else
             head << (r.chance(10) ? "local " : "");
-        if (iot && (r.chance(60) || classes.front().name == k.name))
-            head << one("uptable downtable") << " ";
+        head << (iot && (r.chance(60) || classes.front().name == k.name) ? one("uptable downtable") + " " : "");
         head << "class " << k.name << " {";
         bool const allPlain = r.chance(10) && !autoOid && !iot && !distributed && !k.autoid;
         if (r.chance(15)) {
@@ -526,35 +513,30 @@ struct Gen {
             anyColumns = anyColumns || seq;
             body << sep << (seq ? "sequences;" : "list;");
         }
-        if (k.oid)
-            body << sep << (r.chance(10) ? "OID;" : "oid;");
-        if (k.autoid)
-            body << sep << "autoid[" << 1 + r.below(1000) << "];";
+        body << (k.oid ? sep + (r.chance(10) ? "OID;" : "oid;") : "");
+        body << (k.autoid ? sep + "autoid[" + std::to_string(1 + r.below(1000)) + "];" : "");
         body << (r.chance(3) ? sep + "history[5];" : "");
         for (unsigned i = 0, n = 1 + r.below(6); i < n; i++) {
-            if (allPlain) {
-                GField f;
-                f.name = freshName(kWords, names, true);
-                f.kind = r.chance(50) ? INT : STRING;
-                fields.push_back(f);
-                body << sep << (f.kind == INT ? "signed<4> " : "string ") << f.name << ";";
-            } else if (r.chance(8)) {  // a member whose type a macro decides
-                std::string m = "MON" + std::to_string(++macros);
-                bool const on = r.chance(50), ndef = r.chance(50), firstActive = on != ndef;
-                if (on || r.chance(30))
-                    prelude += "#define " + m + "\n";
-                if (!on && prelude.find("#define " + m + "\n") != std::string::npos)
-                    prelude += "#undef " + m + "\n";
-                GField f;
-                f.name = freshName(kWords, names, false);
-                f.kind = r.chance(50) ? INT : STRING;
-                fields.push_back(f);
-                std::string const active = f.kind == INT ? "signed<4> " : "string ", other = "char<2> ";
-                body << "\n#if" << (ndef ? "ndef " : "def ") << m << "\n  " << (firstActive ? active : other) << f.name
-                     << ";\n#else\n  " << (firstActive ? other : active) << f.name << ";\n#endif\n";
-            } else {
+            bool const macro = !allPlain && r.chance(8);  // a member whose type a macro decides
+            if (!allPlain && !macro) {
                 body << sep << drawField(fields, true, names);
+                continue;
             }
+            GField f;
+            f.name = freshName(kWords, names, allPlain);
+            f.kind = r.chance(50) ? INT : STRING;
+            fields.push_back(f);
+            std::string const type = f.kind == INT ? "signed<4> " : "string ", other = "char<2> ";
+            if (allPlain) {
+                body << sep << type << f.name << ";";
+                continue;
+            }
+            // The macro is on, or defined and then undefined, or never defined.
+            bool const on = r.chance(50), ndef = r.chance(50), defined = on || r.chance(30);
+            std::string const m = defined ? define("MON", "") : "MON" + std::to_string(++macros);
+            prelude += defined && !on ? "#undef " + m + "\n" : "";
+            body << "\n#if" << (ndef ? "ndef " : "def ") << m << "\n  " << (on != ndef ? type : other) << f.name
+                 << ";\n#else\n  " << (on != ndef ? other : type) << f.name << ";\n#endif\n";
         }
         // An index named like an ordered sequence would define its search
         // function a second time, which the compiler refuses.
@@ -581,8 +563,7 @@ struct Gen {
             body << sep << "TTL_count " << 1 + r.below(1000) << ";";
         if (!allPlain && r.chance(8))
             body << sep << "TTL_clock_time " << 1 + r.below(99) << " " << one("sec ms us us") << ";";
-        if (r.chance(10))
-            body << sep << (sep == " " ? "/* members end here */" : "// members end here");
+        body << (r.chance(10) ? sep + (sep == " " ? "/* members end here */" : "// members end here") : "");
         return head.str() + body.str() + (sep == " " ? " };\n" : "\n};\n");
     }
 
@@ -596,11 +577,7 @@ struct Gen {
             if (e[0] != '@')
                 anyEvent = e;
         auto cls = [&bad](std::string const& body) { return "class " + bad + " { " + body + " };\n"; };
-        struct Rule {
-            char const* what;
-            std::string text;
-        };
-        std::vector<Rule> const rules = {
+        std::vector<std::pair<char const*, std::string>> const rules = {  // what is broken, the text that breaks it
             {"class defined twice", "class " + first + " { signed<4> a; };\n"},
             {"unknown type", cls("mystery a;")},
             {"field defined twice", cls("signed<4> a; string a;")},
@@ -644,10 +621,10 @@ struct Gen {
             {"sequence in a struct", "struct " + bad + " { sequence<signed<4>> q; };\n"},
             {"index named like an ordered sequence", cls("sequence<float asc> q; signed<4> a; tree<a> q;")},
         };
-        Rule const& rule = rules[r.below(static_cast<unsigned>(rules.size()))];
+        auto const& rule = rules[r.below(static_cast<unsigned>(rules.size()))];
         c.expect = SchemaCase::Invalid;
-        c.fault = rule.what;
-        c.schema += rule.text;
+        c.fault = rule.first;
+        c.schema += rule.second;
     }
 
     // Deletes, repeats or swaps a token of the text: the result may or may not
@@ -729,14 +706,8 @@ struct Gen {
             types << drawStruct();
         }
         // Classes are named first: references may point forward.
-        for (unsigned i = 0, n = 1 + r.below(4); i < n; i++) {
-            GClass k;
-            k.name = typeName();
-            k.persistent = r.chance(50);
-            k.oid = !oidType.empty() && r.chance(50);
-            k.autoid = r.chance(25);
-            classes.push_back(k);
-        }
+        for (unsigned i = 0, n = 1 + r.below(4); i < n; i++)  // a braced list draws in order
+            classes.push_back(GClass{typeName(), r.chance(50), !oidType.empty() && r.chance(50), r.chance(25)});
         std::ostringstream body;
         for (GClass const& k : classes)
             body << drawClass(k);
