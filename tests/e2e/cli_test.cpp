@@ -23,10 +23,7 @@ TEST(Cli, MissingSchemaFile) {
 }
 
 TEST(Cli, WrongCommandLines) {
-    struct {
-        std::vector<std::string> args;
-        char const* firstLine;
-    } const cases[] = {
+    struct { std::vector<std::string> args; char const* firstLine; } const cases[] = {
         {{}, "zylcomp: no schema file given\n"},
         {{"--bogus", "a.zyl"}, "zylcomp: unknown option '--bogus'\n"},
         {{"a.zyl", "b.zyl"}, "zylcomp: only one schema file may be given; found 'a.zyl' and 'b.zyl'\n"},

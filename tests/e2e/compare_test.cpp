@@ -152,10 +152,7 @@ TEST(CompareCli, SameDictionaryReportsNothing) {
     char const* const base =
         "declare database d;\nstruct S {\n  char<8> c;\n};\nstruct T {\n  signed<2> t;\n};\n"
         "persistent class A {\n  S s;\n  T t;\n  unsigned<4> n;\n  tree<n> byN;\n};\n";
-    struct {
-        char const* name;
-        char const* newText;
-    } const cases[] = {
+    struct { char const* name; char const* newText; } const cases[] = {
         {"identical", base},
         {"comments and blank lines",
          "// the shop\ndeclare database d;\n\n/* a struct */\nstruct S {\n  char<8> c; // name\n};\n\n"

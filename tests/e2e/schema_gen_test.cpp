@@ -58,13 +58,10 @@ int countLines(std::string const& text, char const* mark) {
     return n;
 }
 
+// The line that holds `mark`, or the first line when none does.
 std::string firstLine(std::string const& text, char const* mark) {
-    size_t at = text.find(mark);
-    if (at == std::string::npos)
-        return text.substr(0, text.find('\n'));
-    size_t begin = text.rfind('\n', at);
-    begin = begin == std::string::npos ? 0 : begin + 1;
-    return text.substr(begin, text.find('\n', at) - begin);
+    size_t const at = text.find(mark), begin = at == std::string::npos ? 0 : text.rfind('\n', at) + 1;
+    return text.substr(begin, text.find('\n', begin) - begin);
 }
 
 // Counts of what the cases came to, and the faults with their cases.
