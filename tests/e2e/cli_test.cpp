@@ -144,6 +144,10 @@ TEST(Cli, HelpManPageAndReadmeListTheSameOptions) {
         EXPECT_NE(man.find(roff), std::string::npos) << name << " is not in doc/zylcomp.1.in";
     }
     EXPECT_GE(seen.size(), 28u);  // the regex found them all
+    // The short options too, and the other spellings a line gives.
+    std::regex const any("(^|[ ,])(--?[a-zA-Z][a-z-]*)");
+    for (std::sregex_iterator it(r.out.begin(), r.out.end(), any), end; it != end; ++it)
+        EXPECT_NE(readme.find("`" + (*it)[2].str()), std::string::npos) << (*it)[2] << " is not in README.md";
 }
 
 TEST(Cli, Version) {
