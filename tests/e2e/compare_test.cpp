@@ -17,8 +17,7 @@ struct Pair {
     char const* name;
     char const* oldText;
     char const* newText;
-    char const* findings;  // standard output
-    int status;
+    char const* findings;  // standard output; the status is 1 when one is breaking, else 0
 };
 
 ProcessResult compare(TempDir const& dir, std::vector<std::string> const& extra = {}) {
@@ -28,217 +27,114 @@ ProcessResult compare(TempDir const& dir, std::vector<std::string> const& extra 
     return runProgram(argv, dir.path());
 }
 
+#define D "declare database d;\n"
+#define PA D "persistent class A {\n"  // a persistent class A whose members start on line 3
+#define A1 "class A { signed<4> n; };\n"
+#define N(line) "File new.zyl;  line " #line ": "
+#define O(line) "File old.zyl;  line " #line ": "
+#define SIZE(a, b) "fixed " #a " to " #b ", initial " #a " to " #b ", compact " #a " to " #b ", large " #a " to " #b "\n"
+
 }  // namespace
 
 // One pair of schemas for each kind of change, with every finding.
 TEST(CompareCli, EachKindOfChange) {
     Pair const cases[] = {
-        {"ClassAdded",
-         "declare database d;\nclass A { signed<4> n; };\n",
-         "declare database d;\nclass A { signed<4> n; };\nclass B { signed<4> m; };\n",
-         "File new.zyl;  line 3: compatible: class B added\n",
-         0},
-        {"ClassAddedFirst",
-         "declare database d;\nclass B { signed<4> n; };\n",
-         "declare database d;\nclass A { signed<4> m; };\nclass B { signed<4> n; };\n",
-         "File new.zyl;  line 2: compatible: class A added\n"
-         "File new.zyl;  line 3: breaking: class B moved from class code 1 to 2\n",
-         1},
-        {"ClassRemovedPersistent",
-         "declare database d;\nclass A { signed<4> n; };\npersistent class B { signed<4> m; };\n",
-         "declare database d;\nclass A { signed<4> n; };\n",
-         "File old.zyl;  line 3: breaking: class B removed\n",
-         1},
-        {"ClassRemovedTransient",
-         "declare database d;\nclass A { signed<4> n; };\nclass B { signed<4> m; };\n",
-         "declare database d;\nclass A { signed<4> n; };\n",
-         "File old.zyl;  line 3: compatible: class B removed\n",
-         0},
-        {"ClassRenamed",
-         "declare database d;\npersistent class A { signed<4> n; };\n",
-         "declare database d;\npersistent class B { signed<4> n; };\n",
-         "File new.zyl;  line 2: breaking: class A looks renamed to B: the same layout\n",
-         1},
-        {"Persistence",
-         "declare database d;\npersistent class A { signed<4> n; };\nclass B { signed<4> n; };\n",
-         "declare database d;\nclass A { signed<4> n; };\npersistent class B { signed<4> n; };\n",
-         "File new.zyl;  line 2: breaking: class A became transient\n"
-         "File new.zyl;  line 3: compatible: class B became persistent\n",
-         1},
-        {"Compact",
-         "declare database d;\npersistent class A { string s; };\n",
-         "declare database d;\npersistent compact class A { string s; };\n",
-         "File new.zyl;  line 2: breaking: class A became compact\n"
-         "File new.zyl;  line 2: breaking: class A changed its object size: initial 4 to 2\n",
-         1},
-        {"Distributed",
-         "declare database d;\ndeclare auto_oid[10];\nclass A { signed<4> n; };\n",
-         "declare database d;\ndeclare auto_oid[10];\ndistributed class A { signed<4> n; };\n",
-         "File new.zyl;  line 3: breaking: class A became distributed\n"
-         "File new.zyl;  line 3: compatible: class A changed its object size: fixed 12 to 20, initial 12 to 20, compact 12 to 20, large 12 to 20\n"
-         "File new.zyl;  line 3: compatible: field auto_oid@ of class A changed its place: compact offset 4 to 12, large offset 4 to 12\n"
-         "File new.zyl;  line 3: compatible: field n of class A changed its place: compact offset 0 to 8, large offset 0 to 8\n"
-         "File new.zyl;  line 3: compatible: field timestamp@ of class A added\n"
-         "File new.zyl;  line 3: compatible: index timestamp_idx@ of class A added\n"
-         "File old.zyl;  line 3: compatible: index list_index_ of class A removed\n"
-         "File new.zyl; compatible: class @sys_distribs_inmem added\n",
-         1},
-        {"CollationKind",
-         "declare database d;\nclass A {\n  char<8> s;\n  tree<s collate c1> byS;\n};\n",
-         "declare database d;\nclass A {\n  nchar<8> s;\n  tree<s collate c1> byS;\n};\n",
+        {"ClassAddedFirst", D "class B { signed<4> n; };\n", D "class A { signed<4> m; };\nclass B { signed<4> n; };\n",
+         N(2) "compatible: class A added\n" N(3) "breaking: class B moved from class code 1 to 2\n"},
+        {"ClassRemovedPersistent", D A1 "persistent class B { signed<4> m; };\n", D A1, O(3) "breaking: class B removed\n"},
+        {"ClassRemovedTransient", D A1 "class B { signed<4> m; };\n", D A1, O(3) "compatible: class B removed\n"},
+        {"ClassRenamed", D "persistent class A { signed<4> n; };\n", D "persistent class B { signed<4> n; };\n",
+         N(2) "breaking: class A looks renamed to B: the same layout\n"},
+        {"Persistence", D "persistent " A1 "class B { signed<4> n; };\n", D A1 "persistent class B { signed<4> n; };\n",
+         N(2) "breaking: class A became transient\n" N(3) "compatible: class B became persistent\n"},
+        {"Compact", D "persistent class A { string s; };\n", D "persistent compact class A { string s; };\n",
+         N(2) "breaking: class A became compact\n" N(2) "breaking: class A changed its object size: initial 4 to 2\n"},
+        {"Distributed", D "declare auto_oid[10];\n" A1, D "declare auto_oid[10];\ndistributed " A1,
+         N(3) "breaking: class A became distributed\n"
+         N(3) "compatible: class A changed its object size: " SIZE(12, 20)
+         N(3) "compatible: field auto_oid@ of class A changed its place: compact offset 4 to 12, large offset 4 to 12\n"
+         N(3) "compatible: field n of class A changed its place: compact offset 0 to 8, large offset 0 to 8\n"
+         N(3) "compatible: field timestamp@ of class A added\n"
+         N(3) "compatible: index timestamp_idx@ of class A added\n"
+         O(3) "compatible: index list_index_ of class A removed\n"
+         "File new.zyl; compatible: class @sys_distribs_inmem added\n"},
+        {"CollationKind", D "class A {\n  char<8> s;\n  tree<s collate c1> byS;\n};\n",
+         D "class A {\n  nchar<8> s;\n  tree<s collate c1> byS;\n};\n",
          "File new.zyl; compatible: collation c1 changed from char to nchar keys\n"
-         "File new.zyl;  line 2: compatible: class A changed its object size: fixed 8 to 16, initial 8 to 16, compact 8 to 16, large 8 to 16\n"
-         "File new.zyl;  line 2: compatible: class A changed its alignment: compact 1 to 2, large 1 to 2\n"
-         "File new.zyl;  line 3: compatible: field s of class A changed type from char<8> to nchar<8>\n"
-         "File new.zyl;  line 3: compatible: field s of class A changed its place: compact alignment 1 to 2, large alignment 1 to 2\n"
-         "File new.zyl;  line 4: compatible: index byS of class A changed its key parts from <s char<8>> to <s nchar<8>>\n",
-         0},
-        {"CollationRemoved",
-         "declare database d;\npersistent class A {\n  char<8> s;\n  tree<s collate c1> byS;\n};\n",
-         "declare database d;\npersistent class A {\n  char<8> s;\n  tree<s> byS;\n};\n",
-         "File old.zyl; breaking: collation c1 removed\n"
-         "File new.zyl;  line 4: breaking: key part s of index byS of class A changed collation from c1 to none\n",
-         1},
-        {"Local",
-         "declare database d;\nclass A { signed<4> n; };\n",
-         "declare database d;\nlocal class A { signed<4> n; };\n",
-         "File new.zyl;  line 2: breaking: class A became local\n",
-         1},
-        {"FieldAddedRemoved",
-         "declare database d;\npersistent class A {\n  signed<4> a;\n  signed<4> b;\n};\n",
-         "declare database d;\npersistent class A {\n  signed<4> a;\n  signed<4> c;\n};\n",
-         "File old.zyl;  line 4: breaking: field b of class A removed\n"
-         "File new.zyl;  line 4: compatible: field c of class A added\n",
-         1},
-        {"FieldType",
-         "declare database d;\npersistent class Item {\n  unsigned<4> qty;\n};\n",
-         "declare database d;\npersistent class Item {\n  unsigned<8> qty;\n};\n",
-         "File new.zyl;  line 2: breaking: class Item changed its object size: fixed 4 to 8, initial 4 to 8, compact 4 to 8, large 4 to 8\n"
-         "File new.zyl;  line 3: breaking: field qty of class Item changed type from unsigned<4> to unsigned<8>\n",
-         1},
-        {"FieldArray",
-         "declare database d;\npersistent class A {\n  signed<4> v[2];\n};\n",
-         "declare database d;\npersistent class A {\n  signed<4> v[3];\n};\n",
-         "File new.zyl;  line 2: breaking: class A changed its object size: fixed 8 to 12, initial 8 to 12, compact 8 to 12, large 8 to 12\n"
-         "File new.zyl;  line 3: breaking: field v of class A changed from an array of 2 to an array of 3\n"
-         "File new.zyl;  line 3: breaking: field v of class A changed its place: compact size 8 to 12, large size 8 to 12\n",
-         1},
-        {"FieldVector",
-         "declare database d;\npersistent class A {\n  signed<4> v;\n};\n",
-         "declare database d;\npersistent class A {\n  vector<signed<4>> v;\n};\n",
-         "File new.zyl;  line 2: breaking: class A changed its object size: fixed 4 to 0, initial 4 to 6, large 4 to 6\n"
-         "File new.zyl;  line 2: breaking: class A changed its alignment: compact 4 to 2\n"
-         "File new.zyl;  line 3: breaking: field v of class A changed from a single value to a vector\n"
-         "File new.zyl;  line 3: breaking: field v of class A changed its place: compact alignment 4 to 2, large size 4 to 6\n"
-         "File old.zyl;  line 2: breaking: index list_index_ of class A removed\n",
-         1},
-        {"FieldNullable",
-         "declare database d;\npersistent class A {\n  signed<4> n;\n};\n",
-         "declare database d;\npersistent class A {\n  nullable signed<4> n;\n};\n",
-         "File new.zyl;  line 2: breaking: class A changed its object size: fixed 4 to 5, initial 4 to 5, compact 4 to 5, large 4 to 5\n"
-         "File new.zyl;  line 3: breaking: field n of class A became nullable\n"
-         "File new.zyl;  line 3: compatible: field n_indicator of class A added\n",
-         1},
-        {"FieldOptional",
-         "declare database d;\npersistent class A {\n  signed<4> n;\n};\n",
-         "declare database d;\npersistent class A {\n  optional signed<4> n;\n};\n",
-         "File new.zyl;  line 2: breaking: class A changed its object size: fixed 4 to 0, compact 4 to 2\n"
-         "File new.zyl;  line 2: breaking: class A changed its alignment: compact 4 to 2\n"
-         "File new.zyl;  line 3: breaking: field n of class A became optional\n"
-         "File new.zyl;  line 3: breaking: field n of class A changed its place: compact size 4 to 2, compact alignment 4 to 2\n"
-         "File old.zyl;  line 2: breaking: index list_index_ of class A removed\n",
-         1},
-        {"NestedField",
-         "declare database d;\nstruct Addr {\n  char<20> city;\n};\npersistent class P {\n  Addr addr;\n};\n",
-         "declare database d;\nstruct Addr {\n  char<24> city;\n};\npersistent class P {\n  Addr addr;\n};\n",
-         "File new.zyl;  line 5: breaking: class P changed its object size: fixed 20 to 24, initial 20 to 24, compact 20 to 24, large 20 to 24\n"
-         "File new.zyl;  line 6: breaking: field addr of class P changed its place: compact size 20 to 24, large size 20 to 24\n"
-         "File new.zyl;  line 3: breaking: field addr.city of class P changed type from char<20> to char<24>\n",
-         1},
-        {"TransientFieldType",
-         "declare database d;\nclass Item {\n  unsigned<4> qty;\n};\n",
-         "declare database d;\nclass Item {\n  unsigned<8> qty;\n};\n",
-         "File new.zyl;  line 2: compatible: class Item changed its object size: fixed 4 to 8, initial 4 to 8, compact 4 to 8, large 4 to 8\n"
-         "File new.zyl;  line 3: compatible: field qty of class Item changed type from unsigned<4> to unsigned<8>\n",
-         0},
-        {"IndexAddedRemoved",
-         "declare database d;\npersistent class A {\n  signed<4> n;\n  tree<n> byN;\n};\n",
-         "declare database d;\npersistent class A {\n  signed<4> n;\n  tree<n> byM;\n};\n",
-         "File new.zyl;  line 4: compatible: index byM of class A added\n"
-         "File old.zyl;  line 4: breaking: index byN of class A removed\n",
-         1},
-        {"IndexKind",
-         "declare database d;\nclass A {\n  signed<4> n;\n  tree<n> byN;\n};\n",
-         "declare database d;\nclass A {\n  signed<4> n;\n  hash<n> byN[10];\n};\n",
-         "File new.zyl;  line 4: compatible: index byN of class A changed kind from tree to hash\n"
-         "File new.zyl;  line 4: compatible: index byN of class A became unique\n",
-         0},
-        {"IndexUnique",
-         "declare database d;\npersistent class A {\n  signed<4> n;\n  tree<n> byN;\n};\n",
-         "declare database d;\npersistent class A {\n  signed<4> n;\n  unique tree<n> byN;\n};\n",
-         "File new.zyl;  line 4: breaking: index byN of class A became unique\n",
-         1},
-        {"IndexThick",
-         "declare database d;\npersistent class A {\n  signed<4> n;\n  tree<n> byN;\n};\n",
-         "declare database d;\npersistent class A {\n  signed<4> n;\n  thick tree<n> byN;\n};\n",
-         "File new.zyl;  line 4: breaking: index byN of class A became thick\n",
-         1},
-        {"IndexKeys",
-         "declare database d;\npersistent class A {\n  signed<4> n;\n  signed<4> m;\n  tree<n> byN;\n};\n",
-         "declare database d;\npersistent class A {\n  signed<4> n;\n  signed<4> m;\n  tree<n, m> byN;\n};\n",
-         "File new.zyl;  line 5: breaking: index byN of class A changed its key parts from <n signed<4>> to <n signed<4>, m signed<4>>\n",
-         1},
-        {"IndexOrder",
-         "declare database d;\npersistent class A {\n  signed<4> n;\n  tree<n> byN;\n};\n",
-         "declare database d;\npersistent class A {\n  signed<4> n;\n  tree<n desc> byN;\n};\n",
-         "File new.zyl;  line 4: breaking: key part n of index byN of class A changed order from ascending to descending\n",
-         1},
-        {"IndexCollation",
-         "declare database d;\npersistent class A {\n  char<8> s;\n  tree<s> byS;\n};\n",
-         "declare database d;\npersistent class A {\n  char<8> s;\n  tree<s collate latin> byS;\n};\n",
+         N(2) "compatible: class A changed its object size: " SIZE(8, 16)
+         N(2) "compatible: class A changed its alignment: compact 1 to 2, large 1 to 2\n"
+         N(3) "compatible: field s of class A changed type from char<8> to nchar<8>\n"
+         N(3) "compatible: field s of class A changed its place: compact alignment 1 to 2, large alignment 1 to 2\n"
+         N(4) "compatible: index byS of class A changed its key parts from <s char<8>> to <s nchar<8>>\n"},
+        {"Collation", PA "  char<8> s;\n  tree<s collate c1> byS;\n};\n", PA "  char<8> s;\n  tree<s collate latin> byS;\n};\n",
          "File new.zyl; compatible: collation latin added\n"
-         "File new.zyl;  line 4: breaking: key part s of index byS of class A changed collation from none to latin\n",
-         1},
-        {"IndexCode",
-         "declare database d;\npersistent class A {\n  signed<4> n;\n  tree<n> byN;\n};\npersistent class B {\n"
-         "  signed<4> m;\n  tree<m> byM;\n};\n",
-         "declare database d;\npersistent class A {\n  signed<4> n;\n  tree<n> byN;\n  hash<n> byH[10];\n};\n"
-         "persistent class B {\n  signed<4> m;\n  tree<m> byM;\n};\n",
-         "File new.zyl;  line 5: compatible: index byH of class A added\n"
-         "File new.zyl;  line 9: breaking: index byM of class B moved from index number 1 to 2\n",
-         1},
-        {"Events",
-         "declare database d;\nclass A {\n  signed<4> n;\n  event<new> born;\n};\n",
-         "declare database d;\nclass A {\n  signed<4> n;\n  event<n update> changed;\n};\n",
-         "File new.zyl;  line 2: compatible: class A has a new event<n update>\n"
-         "File old.zyl;  line 2: compatible: class A no longer has its event<new>\n",
-         0},
-        {"Userdef",
-         "declare database d;\npersistent class A {\n  signed<4> n;\n  signed<4> m;\n  userdef tree<n> byN;\n"
-         "  userdef tree<m> byM;\n};\n",
-         "declare database d;\npersistent class A {\n  signed<4> n;\n  signed<4> m;\n  userdef tree<m> byM;\n"
-         "  userdef tree<n> byN;\n};\n",
-         "File new.zyl;  line 5: breaking: index byM of class A moved from index number 1 to 0\n"
-         "File new.zyl;  line 5: breaking: index byM of class A changed its user-defined index number from 1 to 0\n"
-         "File new.zyl;  line 6: breaking: index byN of class A moved from index number 0 to 1\n"
-         "File new.zyl;  line 6: breaking: index byN of class A changed its user-defined index number from 0 to 1\n",
-         1},
-        {"AutoOid",
-         "declare database d;\nclass A { signed<4> n; };\n",
-         "declare database d;\ndeclare auto_oid[100];\nclass A { signed<4> n; };\n",
+         "File old.zyl; breaking: collation c1 removed\n"
+         N(4) "breaking: key part s of index byS of class A changed collation from c1 to latin\n"},
+        {"Local", D A1, D "local " A1, N(2) "breaking: class A became local\n"},
+        {"FieldAddedRemoved", PA "  signed<4> a;\n  signed<4> b;\n};\n", PA "  signed<4> a;\n  signed<4> c;\n};\n",
+         O(4) "breaking: field b of class A removed\n" N(4) "compatible: field c of class A added\n"},
+        {"FieldType", PA "  unsigned<4> qty;\n};\n", PA "  unsigned<8> qty;\n};\n",
+         N(2) "breaking: class A changed its object size: " SIZE(4, 8)
+         N(3) "breaking: field qty of class A changed type from unsigned<4> to unsigned<8>\n"},
+        {"FieldArray", PA "  signed<4> v[2];\n};\n", PA "  signed<4> v[3];\n};\n",
+         N(2) "breaking: class A changed its object size: " SIZE(8, 12)
+         N(3) "breaking: field v of class A changed from an array of 2 to an array of 3\n"
+         N(3) "breaking: field v of class A changed its place: compact size 8 to 12, large size 8 to 12\n"},
+        {"FieldVector", PA "  signed<4> v;\n};\n", PA "  vector<signed<4>> v;\n};\n",
+         N(2) "breaking: class A changed its object size: fixed 4 to 0, initial 4 to 6, large 4 to 6\n"
+         N(2) "breaking: class A changed its alignment: compact 4 to 2\n"
+         N(3) "breaking: field v of class A changed from a single value to a vector\n"
+         N(3) "breaking: field v of class A changed its place: compact alignment 4 to 2, large size 4 to 6\n"
+         O(2) "breaking: index list_index_ of class A removed\n"},
+        {"FieldNullable", PA "  signed<4> n;\n};\n", PA "  nullable signed<4> n;\n};\n",
+         N(2) "breaking: class A changed its object size: " SIZE(4, 5)
+         N(3) "breaking: field n of class A became nullable\n" N(3) "compatible: field n_indicator of class A added\n"},
+        {"FieldOptional", PA "  signed<4> n;\n};\n", PA "  optional signed<4> n;\n};\n",
+         N(2) "breaking: class A changed its object size: fixed 4 to 0, compact 4 to 2\n"
+         N(2) "breaking: class A changed its alignment: compact 4 to 2\n"
+         N(3) "breaking: field n of class A became optional\n"
+         N(3) "breaking: field n of class A changed its place: compact size 4 to 2, compact alignment 4 to 2\n"
+         O(2) "breaking: index list_index_ of class A removed\n"},
+        {"NestedField", D "struct Addr {\n  char<20> city;\n};\npersistent class P {\n  Addr addr;\n};\n",
+         D "struct Addr {\n  char<24> city;\n};\npersistent class P {\n  Addr addr;\n};\n",
+         N(5) "breaking: class P changed its object size: " SIZE(20, 24)
+         N(6) "breaking: field addr of class P changed its place: compact size 20 to 24, large size 20 to 24\n"
+         N(3) "breaking: field addr.city of class P changed type from char<20> to char<24>\n"},
+        {"TransientFieldType", D "class A {\n  unsigned<4> qty;\n};\n", D "class A {\n  unsigned<8> qty;\n};\n",
+         N(2) "compatible: class A changed its object size: " SIZE(4, 8)
+         N(3) "compatible: field qty of class A changed type from unsigned<4> to unsigned<8>\n"},
+        {"IndexAddedRemoved", PA "  signed<4> n;\n  tree<n> byN;\n};\n", PA "  signed<4> n;\n  tree<n> byM;\n};\n",
+         N(4) "compatible: index byM of class A added\n" O(4) "breaking: index byN of class A removed\n"},
+        {"IndexKind", D "class A {\n  signed<4> n;\n  tree<n> byN;\n};\n", D "class A {\n  signed<4> n;\n  hash<n> byN[10];\n};\n",
+         N(4) "compatible: index byN of class A changed kind from tree to hash\n"
+         N(4) "compatible: index byN of class A became unique\n"},
+        {"IndexUnique", PA "  signed<4> n;\n  tree<n> byN;\n};\n", PA "  signed<4> n;\n  unique tree<n> byN;\n};\n",
+         N(4) "breaking: index byN of class A became unique\n"},
+        {"IndexThick", PA "  signed<4> n;\n  tree<n> byN;\n};\n", PA "  signed<4> n;\n  thick tree<n> byN;\n};\n",
+         N(4) "breaking: index byN of class A became thick\n"},
+        {"IndexKeys", PA "  signed<4> n;\n  signed<4> m;\n  tree<n> byN;\n};\n",
+         PA "  signed<4> n;\n  signed<4> m;\n  tree<n, m> byN;\n};\n",
+         N(5) "breaking: index byN of class A changed its key parts from <n signed<4>> to <n signed<4>, m signed<4>>\n"},
+        {"IndexOrder", PA "  signed<4> n;\n  tree<n> byN;\n};\n", PA "  signed<4> n;\n  tree<n desc> byN;\n};\n",
+         N(4) "breaking: key part n of index byN of class A changed order from ascending to descending\n"},
+        {"Events", D "class A {\n  signed<4> n;\n  event<new> born;\n};\n",
+         D "class A {\n  signed<4> n;\n  event<n update> changed;\n};\n",
+         N(2) "compatible: class A has a new event<n update>\n" O(2) "compatible: class A no longer has its event<new>\n"},
+        {"Userdef", PA "  signed<4> n;\n  signed<4> m;\n  userdef tree<n> byN;\n  userdef tree<m> byM;\n};\n",
+         PA "  signed<4> n;\n  signed<4> m;\n  userdef tree<m> byM;\n  userdef tree<n> byN;\n};\n",
+         N(5) "breaking: index byM of class A moved from index number 1 to 0\n"
+         N(5) "breaking: index byM of class A changed its user-defined index number from 1 to 0\n"
+         N(6) "breaking: index byN of class A moved from index number 0 to 1\n"
+         N(6) "breaking: index byN of class A changed its user-defined index number from 0 to 1\n"},
+        {"AutoOid", D A1, D "declare auto_oid[100];\n" A1,
          "File new.zyl; breaking: the schema now declares auto_oid\n"
-         "File new.zyl;  line 3: compatible: class A changed its object size: fixed 4 to 12, initial 4 to 12, compact 4 to 12, large 4 to 12\n"
-         "File new.zyl;  line 3: compatible: field auto_oid@ of class A added\n",
-         1},
-        {"OidType",
-         "declare database d;\ndeclare oid Id[10];\nstruct Id {\n  unsigned<4> v;\n};\nclass A {\n  oid;\n"
-         "  signed<4> n;\n};\n",
-         "declare database d;\ndeclare oid Id[10];\nstruct Id {\n  unsigned<8> v;\n};\nclass A {\n  oid;\n"
-         "  signed<4> n;\n};\n",
+         N(3) "compatible: class A changed its object size: " SIZE(4, 12)
+         N(3) "compatible: field auto_oid@ of class A added\n"},
+        {"OidType", D "declare oid Id[10];\nstruct Id {\n  unsigned<4> v;\n};\nclass A {\n  oid;\n  signed<4> n;\n};\n",
+         D "declare oid Id[10];\nstruct Id {\n  unsigned<8> v;\n};\nclass A {\n  oid;\n  signed<4> n;\n};\n",
          "File new.zyl; breaking: the oid type changed from 4 bytes (4 packed) to 8 bytes (8 packed)\n"
-         "File new.zyl;  line 6: compatible: class A changed its object size: fixed 8 to 12, initial 8 to 12, compact 8 to 12, large 8 to 12\n"
-         "File new.zyl;  line 8: compatible: field n of class A changed its place: compact offset 4 to 8, large offset 4 to 8\n",
-         1},
+         N(6) "compatible: class A changed its object size: " SIZE(8, 12)
+         N(8) "compatible: field n of class A changed its place: compact offset 4 to 8, large offset 4 to 8\n"},
     };
     for (Pair const& c : cases) {
         TempDir dir;
@@ -246,7 +142,7 @@ TEST(CompareCli, EachKindOfChange) {
         dir.write("new.zyl", c.newText);
         ProcessResult r = compare(dir);
         EXPECT_EQ(r.out, c.findings) << c.name;
-        EXPECT_EQ(r.status, c.status) << c.name;
+        EXPECT_EQ(r.status, std::string(c.findings).find("breaking:") != std::string::npos ? 1 : 0) << c.name;
         // Nothing is written, whatever the outcome.
         EXPECT_EQ(dir.list(), (std::vector<std::string>{"new.zyl", "old.zyl"})) << c.name;
     }
@@ -257,10 +153,7 @@ TEST(CompareCli, SameDictionaryReportsNothing) {
     char const* const base =
         "declare database d;\nstruct S {\n  char<8> c;\n};\nstruct T {\n  signed<2> t;\n};\n"
         "persistent class A {\n  S s;\n  T t;\n  unsigned<4> n;\n  tree<n> byN;\n};\n";
-    struct {
-        char const* name;
-        char const* newText;
-    } const cases[] = {
+    struct { char const* name; char const* newText; } const cases[] = {
         {"identical", base},
         {"comments and blank lines",
          "// the shop\ndeclare database d;\n\n/* a struct */\nstruct S {\n  char<8> c; // name\n};\n\n"
@@ -292,14 +185,10 @@ TEST(CompareCli, OptionsApplyToBoth) {
     ASSERT_EQ(mkdir(dir.file("inc").c_str(), 0755), 0);
     dir.write("inc/types.zyl", "struct S {\n  signed<4> v;\n};\n");
     dir.write("old.zyl", "declare database d;\n#include \"types.zyl\"\nclass A {\n  S s;\n  string n;\n};\n");
-    dir.write("new.zyl", "declare database d;\n#include \"types.zyl\"\nclass A {\n  S s;\n  string n;\n};\n");
+    dir.write("new.zyl", "declare database d;\n#include \"types.zyl\"\ncompact class A {\n  S s;\n  string n;\n};\n");
     ProcessResult r = compare(dir, {"-I", "inc", "--compact"});
     EXPECT_EQ(r.out, "");
     EXPECT_EQ(r.err, "");
-    EXPECT_EQ(r.status, 0);
-    dir.write("new.zyl", "declare database d;\n#include \"types.zyl\"\ncompact class A {\n  S s;\n  string n;\n};\n");
-    r = compare(dir, {"-I", "inc", "--compact"});
-    EXPECT_EQ(r.out, "");
     EXPECT_EQ(r.status, 0);
     r = compare(dir, {"-I", "inc"});
     EXPECT_EQ(r.out, "File new.zyl;  line 3: compatible: class A became compact\n"
@@ -382,14 +271,10 @@ TEST(CompareLibrary, TwoDictionaries) {
                           " [" + c->class_name + "] [" + c->item + "] " + (c->in_old ? "old " : "new ") + "[" +
                           c->holder + "] " + std::to_string(c->decl_no) + ": " + c->message);
     };
-    zyl_dictionary_t* a = load("declare database d;\nstruct Addr {\n  unsigned<2> zip;\n  char<20> city;\n};\n"
-                               "persistent class P {\n  Addr addr;\n  signed<4> gone;\n  tree<gone> byGone;\n};\n",
-                               false);
-    zyl_dictionary_t* b = load("declare database d;\nstruct Addr {\n  unsigned<2> zip;\n  char<20> city;\n};\n"
-                               "persistent class P {\n  Addr addr;\n  signed<4> gone;\n  tree<gone> byGone;\n};\n",
-                               true);
-    zyl_dictionary_t* c = load("declare database d;\nstruct Addr {\n  unsigned<2> zip;\n  char<24> city;\n};\n"
-                               "persistent class P {\n  Addr addr;\n};\n",
+    char const* const old = D "struct Addr {\n  unsigned<2> zip;\n  char<20> city;\n};\n"
+                              "persistent class P {\n  Addr addr;\n  signed<4> gone;\n  tree<gone> byGone;\n};\n";
+    zyl_dictionary_t *a = load(old, false), *b = load(old, true);
+    zyl_dictionary_t* c = load(D "struct Addr {\n  unsigned<2> zip;\n  char<24> city;\n};\npersistent class P {\n  Addr addr;\n};\n",
                                false);
     ASSERT_TRUE(a && b && c);
 

@@ -2,8 +2,7 @@
 // run through the command line as a build tool runs it.
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
-
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -13,13 +12,10 @@ namespace {
 
 void makeDirs(TempDir const& dir, std::vector<std::string> const& names) {
     for (std::string const& name : names)
-        ASSERT_EQ(mkdir(dir.file(name).c_str(), 0755), 0) << name;
+        ASSERT_TRUE(std::filesystem::create_directory(dir.file(name))) << name;
 }
 
-bool exists(std::string const& path) {
-    struct stat st;
-    return stat(path.c_str(), &st) == 0;
-}
+using std::filesystem::exists;
 
 }  // namespace
 
@@ -64,9 +60,8 @@ TEST(Depfile, TargetsAreTheFilesNamedAfterTheDatabase) {
     // the schema's types, so a build cannot know them beforehand.
     r = runProgram({cliPath(), "--java", "-o", "out", "--depfile", "out/m.d", "m.zyl"}, dir.path());
     ASSERT_EQ(r.status, 0) << r.err;
-    std::string rule = readFile(dir.file("out/m.d"));
-    std::string targets = rule.substr(0, rule.find(':'));
-    EXPECT_EQ(targets, "out/m.h out/m.c out/m.java");
+    std::string const rule = readFile(dir.file("out/m.d"));
+    EXPECT_EQ(rule.substr(0, rule.find(':')), "out/m.h out/m.c out/m.java");
     EXPECT_TRUE(exists(dir.file("out/Color.java")));
 
     // The skeletons are not targets, neither when first written nor when
@@ -88,10 +83,7 @@ TEST(Depfile, TargetsAreTheFilesNamedAfterTheDatabase) {
 // #include searches the -I directories in the order given, then the
 // schema's own directory; the rule names the file that was opened.
 TEST(Depfile, IncludeDirectoriesInOrder) {
-    struct {
-        std::vector<std::string> options;
-        char const* opened;
-    } const cases[] = {
+    struct { std::vector<std::string> options; char const* opened; } const cases[] = {
         {{}, "schema/t.zyl"},
         {{"-I", "first", "-I", "second"}, "first/t.zyl"},
         {{"-I", "second", "--include-dir=first"}, "second/t.zyl"},
@@ -136,10 +128,7 @@ TEST(Depfile, PathsAreEscaped) {
 // compile, whether the failure comes after an include, before the database
 // name is known, or at the opening of the schema.
 TEST(Depfile, NoneAfterAFailedCompile) {
-    struct {
-        char const* name;
-        char const* schema;  // null: no schema file at all
-    } const cases[] = {
+    struct { char const* name; char const* schema; } const cases[] = {  // no schema: no file at all
         {"after_include", "declare database s;\n#include \"t.zyl\"\nclass C { NoSuchType x; };\n"},
         {"before_name", "#include \"t.zyl\"\nnonsense\n"},
         {"missing_schema", nullptr},
@@ -178,19 +167,15 @@ TEST(Depfile, UnwritableFile) {
 // leaves an input alone.
 TEST(Depfile, NeverAFileTheCompileReadsOrWrites) {
     std::string const usage = "usage: zylcomp [OPTIONS] SCHEMA-FILE\nTry 'zylcomp --help' for the options.\n";
-    std::string const good = "declare database s;\n#include \"t.zyl\"\nclass C { unsigned<4> n; };\n";
-    struct {
-        char const* depfile;
-        char const* schema;
-        int status;
-        char const* err;
-    } const cases[] = {
-        {"s.zyl", good.c_str(), 2, "zylcomp: the dependency file 's.zyl' is the schema or a file it includes\n"},
-        {"./s.zyl", good.c_str(), 2, "zylcomp: the dependency file './s.zyl' is the schema or a file it includes\n"},
-        {"t.zyl", good.c_str(), 2, "zylcomp: the dependency file 't.zyl' is the schema or a file it includes\n"},
-        {"out/s.h", good.c_str(), 2, "zylcomp: the dependency file 'out/s.h' is an output of the compile\n"},
-        {"out/../out/s.c", good.c_str(), 2,
-         "zylcomp: the dependency file 'out/../out/s.c' is an output of the compile\n"},
+#define GOOD "declare database s;\n#include \"t.zyl\"\nclass C { unsigned<4> n; };\n"
+#define INPUT(f) "zylcomp: the dependency file '" f "' is the schema or a file it includes\n"
+#define OUTPUT(f) "zylcomp: the dependency file '" f "' is an output of the compile\n"
+    struct { char const* depfile; char const* schema; int status; char const* err; } const cases[] = {
+        {"s.zyl", GOOD, 2, INPUT("s.zyl")},
+        {"./s.zyl", GOOD, 2, INPUT("./s.zyl")},
+        {"t.zyl", GOOD, 2, INPUT("t.zyl")},
+        {"out/s.h", GOOD, 2, OUTPUT("out/s.h")},
+        {"out/../out/s.c", GOOD, 2, OUTPUT("out/../out/s.c")},
         {"t.zyl", "declare database s;\n#include \"t.zyl\"\nclass C { NoSuchType x; };\n", 255,
          "File s.zyl;  line 3: error: undefined type NoSuchType used in x\n\n"},
     };
@@ -209,8 +194,8 @@ TEST(Depfile, NeverAFileTheCompileReadsOrWrites) {
         EXPECT_EQ(readFile(dir.file("t.zyl")), "#define T 1\n");
         if (c.status == 2) {
             EXPECT_EQ(r.out, "");
-            EXPECT_EQ(readFile(dir.file("out/s.h")), "/* an earlier output */\n");
-            EXPECT_EQ(readFile(dir.file("out/s.c")), "/* an earlier output */\n");
+            for (char const* output : {"out/s.h", "out/s.c"})
+                EXPECT_EQ(readFile(dir.file(output)), "/* an earlier output */\n") << output;
             EXPECT_EQ(dir.list(), (std::vector<std::string>{"out", "s.zyl", "t.zyl"}));
         }
     }

@@ -1,8 +1,6 @@
 #include "support/process.h"
 
 #include <dirent.h>
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -16,16 +14,20 @@
 
 namespace {
 
-std::string drain(int fd) {
+// What a file written by the child holds, from its start; closes it.
+std::string drain(FILE* f) {
     std::string s;
     char buf[4096];
-    ssize_t n;
-    while ((n = read(fd, buf, sizeof buf)) > 0)
-        s.append(buf, static_cast<size_t>(n));
+    std::rewind(f);
+    for (size_t n; (n = std::fread(buf, 1, sizeof buf, f)) > 0;)
+        s.append(buf, n);
+    std::fclose(f);
     return s;
 }
 
-ProcessResult runForked(std::function<void()> const& child) {
+}  // namespace
+
+ProcessResult runInChild(std::function<void()> const& child) {
     std::fflush(stdout);
     std::fflush(stderr);
     // Files, not pipes: a child that prints a lot must not block on a full pipe.
@@ -48,22 +50,14 @@ ProcessResult runForked(std::function<void()> const& child) {
     waitpid(pid, &wstatus, 0);
     ProcessResult r;
     r.status = WIFEXITED(wstatus) ? WEXITSTATUS(wstatus) : 128 + WTERMSIG(wstatus);
-    lseek(fileno(outFile), 0, SEEK_SET);
-    lseek(fileno(errFile), 0, SEEK_SET);
-    r.out = drain(fileno(outFile));
-    r.err = drain(fileno(errFile));
-    std::fclose(outFile);
-    std::fclose(errFile);
+    r.out = drain(outFile);
+    r.err = drain(errFile);
     return r;
 }
 
-}  // namespace
-
-ProcessResult runInChild(std::function<void()> const& body) { return runForked(body); }
-
 ProcessResult runProgram(std::vector<std::string> const& argv, std::string const& cwd,
                          std::function<void()> const& inChild) {
-    return runForked([&] {
+    return runInChild([&] {
         if (!cwd.empty() && chdir(cwd.c_str()) != 0)
             _exit(126);
         if (inChild)
@@ -90,35 +84,28 @@ std::string cliPath() {
 }
 
 TempDir::TempDir() {
-    std::string tmpl = "/tmp/zylcomp-test-XXXXXX";
-    std::vector<char> buf(tmpl.begin(), tmpl.end());
-    buf.push_back('\0');
-    if (mkdtemp(buf.data()) == nullptr)
+    m_path = "/tmp/zylcomp-test-XXXXXX";
+    if (mkdtemp(&m_path[0]) == nullptr)
         throw std::runtime_error("mkdtemp failed");
-    m_path = buf.data();
 }
 
 TempDir::~TempDir() {
-    std::string cmd = "chmod -R u+w '" + m_path + "' 2>/dev/null; rm -rf '" + m_path + "'";
-    if (std::system(cmd.c_str()) != 0) {
-        // Leftovers in /tmp are harmless; nothing to do.
-    }
+    // Leftovers in /tmp are harmless: a failure is no matter.
+    std::string const cmd = "chmod -R u+w '" + m_path + "' 2>/dev/null; rm -rf '" + m_path + "'";
+    (void)!std::system(cmd.c_str());
 }
 
 std::string TempDir::write(std::string const& name, std::string const& text) const {
-    std::string p = file(name);
-    std::ofstream f(p, std::ios::binary);
-    f << text;
-    return p;
+    std::ofstream(file(name), std::ios::binary) << text;
+    return file(name);
 }
 
 std::vector<std::string> listDir(std::string const& path) {
     std::vector<std::string> names;
     if (DIR* d = opendir(path.c_str())) {
-        while (dirent* e = readdir(d)) {
+        while (dirent* e = readdir(d))
             if (std::strcmp(e->d_name, ".") != 0 && std::strcmp(e->d_name, "..") != 0)
                 names.push_back(e->d_name);
-        }
         closedir(d);
     }
     std::sort(names.begin(), names.end());
@@ -128,8 +115,7 @@ std::vector<std::string> listDir(std::string const& path) {
 std::vector<std::string> TempDir::list() const { return listDir(m_path); }
 
 std::string readFile(std::string const& path) {
-    std::ifstream f(path, std::ios::binary);
-    std::stringstream ss;
-    ss << f.rdbuf();
+    std::ostringstream ss;
+    ss << std::ifstream(path, std::ios::binary).rdbuf();
     return ss.str();
 }

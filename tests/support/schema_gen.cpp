@@ -32,7 +32,9 @@ std::string describe(SchemaCase const& c) {
 namespace {
 
 // What a field holds, as far as the rules for keys, events and initial
-// values care.
+// values care. The order counts: the kinds up to FLOAT take initial values
+// of their own (and ENUM its names), those up to DATE may make a struct a
+// sequence element, and those up to VARBIN an update event.
 enum Kind { INT, INT8, BOOL, FLOAT, DATE, NUMERIC, ENUM, CHARS, NCHARS, BINARY, STRING, NSTRING, VARBIN, BLOB,
             STRUCT, DIRECT, REF, AUTOID_T, SEQ, RECT, POINT };
 
@@ -53,7 +55,7 @@ struct GStruct {
 
 struct GClass {
     std::string name;
-    bool persistent = false, oid = false, autoid = false;
+    bool persistent, oid, autoid;
 };
 
 // A key an index may name: a field or a struct member through it.
@@ -65,30 +67,39 @@ struct GKey {
     GField const* f;
 };
 
-std::vector<std::string> const kWords = {"a", "b", "id", "qty", "name", "price", "code", "kind", "flag", "stamp",
-                                         "x", "y", "t", "c", "h", "value", "result", "len", "size", "src",
-                                         "handle", "total", "rank", "title", "body", "tag", "ts", "owner", "n",
-                                         // named like functions the compiler writes for other fields
-                                         "a_length", "s_fixed", "a_get", "v_size", "t_find"};
+using Words = std::vector<std::string>;
+
+// The words of a list separated by blanks.
+Words words(char const* list) {
+    std::istringstream in(list);
+    Words out;
+    for (std::string w; in >> w;)
+        out.push_back(w);
+    return out;
+}
+
+Words const kWords = words("a b id qty name price code kind flag stamp x y t c h value result len size src handle "
+                           "total rank title body tag ts owner n "
+                           // named like functions the compiler writes for other fields
+                           "a_length s_fixed a_get v_size t_find");
 // Keywords of C, C++, Java or C# that the schema language leaves free.
-std::vector<std::string> const kKeywords = {"int", "switch", "public", "base", "package", "namespace", "long",
-                                            "short", "static", "default", "this", "object", "case", "try",
-                                            "final", "goto", "volatile", "operator", "lock", "typename", "do",
-                                            "if", "while", "virtual", "register", "extern", "auto", "sizeof",
-                                            "byte", "private", "for", "in", "union", "is", "as", "const"};
+Words const kKeywords = words("int switch public base package namespace long short static default this object case "
+                              "try final goto volatile operator lock typename do if while virtual register extern "
+                              "auto sizeof byte private for in union is as const");
 // Those of the names above that --sql-reserved-words refuses.
-std::set<std::string> const kSql = {"int", "for", "in", "union", "is", "as"};
-std::vector<std::string> const kClassWords = {"Item", "Order", "Part", "Note", "Cell", "Node", "Tick", "Doc",
-                                              "Word", "Shop", "Acct", "Log"};
-std::vector<std::string> const kEnumWords = {"RED", "GREEN", "BLUE", "LOW", "HIGH", "ON", "OFF", "NORTH", "SOUTH"};
-std::vector<std::string> const kEnumKeywords = {"virtual", "explicit", "sealed", "abstract", "override", "native"};
+Words const kSqlList = words("int for in union is as");
+std::set<std::string> const kSql(kSqlList.begin(), kSqlList.end());
+Words const kClassWords = words("Item Order Part Note Cell Node Tick Doc Word Shop Acct Log");
+Words const kEnumWords = words("RED GREEN BLUE LOW HIGH ON OFF NORTH SOUTH");
+Words const kEnumKeywords = words("virtual explicit sealed abstract override native");
 
-class Gen {
-public:
+bool isText(Kind k) { return k == CHARS || k == STRING || k == NCHARS || k == NSTRING; }
+
+// The generator: what it drew so far, and a function for each rule of
+// the grammar.
+struct Gen {
     explicit Gen(std::uint64_t seed) : r(seed * 0x100000001B3ull + 7) { c.seed = seed; }
-    SchemaCase run();
 
-private:
     SchemaRng r;
     SchemaCase c;
     std::string prelude;  // directives that stand at the top
@@ -102,709 +113,632 @@ private:
     bool directSized = false, functionLike = false, sql = false, persistentDefault = false;
     int macros = 0, events = 0;
 
-    std::string freshName(std::vector<std::string> const& pool, std::set<std::string>& used, bool keywords);
-    std::string typeName();
-    void drawOptions();
-    std::string drawEnum();
-    std::string drawStruct();
-    std::string drawDirectStruct();
-    std::string drawType(GField& f, bool inClass);
-    std::string drawField(std::vector<GField>& fields, bool inClass, std::set<std::string>& names);
-    std::string drawInit(GField const& f);
-    std::string drawClass(GClass const& k);
-    std::vector<GKey> keys(std::vector<GField> const& fields);
-    std::string drawIndex(GClass const& k, std::vector<GField> const& fields, std::set<std::string>& names);
-    std::string drawEvent(std::vector<GField> const& fields, bool& classUpdate, bool& fieldUpdate, bool bitmap);
-    void breakRule();
-    void editText();
-};
-
-// name -> a word of the pool, unused so far, with a number when needed
-std::string Gen::freshName(std::vector<std::string> const& pool, std::set<std::string>& used, bool keywords) {
-    for (;;) {
-        std::string n = keywords && r.chance(30) ? r.pick(kKeywords) : r.pick(pool);
-        if (sql && kSql.count(n))
-            continue;
-        if (used.count(n))
-            n += std::to_string(r.below(100));
-        if (used.insert(n).second) {
-            // Only the pool's names like other fields' functions hold a "_".
-            functionLike = functionLike || n.find('_') != std::string::npos;
-            return n;
-        }
-    }
-}
-
-// type_name -> a fresh name for a struct, enum or class
-std::string Gen::typeName() {
-    std::string n = r.pick(kClassWords) + std::to_string(types.size());
-    types.insert(n);
-    return n;
-}
-
-// options -> {flag} [--hide CLASS] ; drawn before the text, as some change its rules
-void Gen::drawOptions() {
-    struct {
-        char const* flag;
-        unsigned percent;
-    } const flags[] = {{"-c", 30},           {"--cpp", 30},           {"--prefix-names", 15},
-                       {"--xml-access", 15}, {"--json-access", 15},   {"--java", 12},
-                       {"--cs", 12},         {"--dll-spec", 10},      {"--keep-field-order", 10},
-                       {"--wide-offsets", 10}, {"--dynamic-dict", 10}, {"--compact", 8},
-                       {"--persistent", 10}, {"--nonatomic", 8},      {"--sql-reserved-words", 8},
-                       {"--xml-schema", 8},  {"--relative-class-codes", 3}};
-    for (auto const& f : flags)
-        if (r.chance(f.percent))
-            c.options.push_back(f.flag);
-    if (c.has("--cpp") && r.chance(30))
-        c.options.push_back("--cpp-runtime-header");
-    // A package and a namespace of their own let all cases compile together.
-    if (c.has("--java"))
-        c.options.insert(c.options.end(), {"--java-package", "p" + std::to_string(c.seed) + ".gen"});
-    if (c.has("--cs"))
-        c.options.insert(c.options.end(), {"--cs-namespace", "N" + std::to_string(c.seed)});
-    if (r.chance(5))
-        c.options.push_back("--sizeof-size=" + std::to_string(r.chance(50) ? 4 : 16));
-    sql = c.has("--sql-reserved-words");
-    persistentDefault = c.has("--persistent");
-}
-
-// enum_decl -> "enum" name "{" elem ["=" signed] {"," elem ["=" signed]} "}" ";"
-std::string Gen::drawEnum() {
-    std::string name = typeName();
-    std::ostringstream out;
-    out << "enum " << name << " {";
-    std::vector<std::string> values;
-    for (unsigned i = 0, n = 1 + r.below(4); i < n; i++) {
-        std::string e = r.chance(15) ? r.pick(kEnumKeywords) : r.pick(kEnumWords) + "_" + name;
-        if (!enumElems.insert(e).second)
-            e = "E" + std::to_string(enumElems.size()) + name, enumElems.insert(e);
-        values.push_back(e);
-        out << (i ? ", " : " ") << e;
-        if (r.chance(25))
-            out << " = " << (r.chance(20) ? "-" : "") << r.below(r.chance(20) ? 200000 : 300);
-    }
-    out << " };\n";
-    enums.push_back(name);
-    enumValues.push_back(values);
-    return out.str();
-}
-
-// type -> scalar | "char" "<" n ">" | "string" | struct | enum | "ref" ["<" class ">"] | ...
-std::string Gen::drawType(GField& f, bool inClass) {
-    unsigned const n = r.below(22);
-    auto size = [&](unsigned max) {
-        unsigned s = 1 + r.below(max);
-        if (!r.chance(10))
-            return std::to_string(s);
-        std::string m = "MSZ" + std::to_string(++macros);  // a size through a macro
-        prelude += "#define " + m + " " + std::to_string(s) + "\n";
+    // One of the spellings of a list separated by blanks.
+    std::string one(char const* list) { return r.pick(words(list)); }
+    // A new macro named prefix{n} defined as `value` at the top; its name.
+    std::string define(char const* prefix, std::string const& value) {
+        std::string const m = prefix + std::to_string(++macros);
+        prelude += "#define " + m + (value.empty() ? "" : " ") + value + "\n";
         return m;
-    };
-    switch (n) {
-    case 0: case 1: case 2: {
-        static char const* const ints[] = {"signed<1>", "signed<2>", "signed<4>", "unsigned<1>", "unsigned<2>",
-                                           "unsigned<4>"};
-        f.kind = INT;
-        std::string t = ints[r.below(6)];
-        if (r.chance(8)) {  // a type through a macro
-            std::string m = "MTY" + std::to_string(++macros);
-            prelude += "#define " + m + " " + t + "\n";
-            return m;
-        }
-        return t;
     }
-    case 3: f.kind = INT8; return r.chance(50) ? "signed<8>" : "unsigned<8>";
-    case 4: f.kind = FLOAT; return r.chance(50) ? "float" : "double";
-    case 5: f.kind = DATE; return r.pick(std::vector<std::string>{"date", "time", "datetime"});
-    case 6: {
-        f.kind = NUMERIC;
-        unsigned w = 1 + r.below(19);
-        std::string t = (r.chance(50) ? "numeric<" : "decimal<") + std::to_string(w);
-        return r.chance(60) ? t + "," + std::to_string(r.below(w + 1)) + ">" : t + ">";
-    }
-    case 7: f.kind = CHARS; return "char<" + size(40) + ">";
-    case 8: f.kind = NCHARS; return "nchar<" + size(20) + ">";
-    case 9: f.kind = BINARY; return "binary<" + size(40) + ">";
-    case 10: case 11:
-        if (enums.empty())
-            return f.kind = BOOL, "boolean";
-        f.type = r.pick(enums);
-        f.kind = ENUM;
-        return f.type;
-    case 12: f.kind = BOOL; return "boolean";
-    case 13: case 14:
-        if (structs.empty())
-            return f.kind = STRING, "string";
-        f.type = r.pick(structs).name;
-        f.kind = STRUCT;
-        return f.type;
-    case 15:
-        f.kind = AUTOID_T;
-        for (GClass const& k : classes)
-            if (k.autoid && r.chance(70))
-                f.refClass = k.name;
-        return "autoid_t";
-    case 16:
-        if (oidType.empty())
-            return f.kind = INT, "unsigned<2>";
-        f.kind = REF;
-        for (GClass const& k : classes)
-            if (k.oid && r.chance(60))
-                f.refClass = k.name;
-        return "ref";
-    case 17: case 18: f.kind = r.chance(70) ? STRING : NSTRING; return f.kind == STRING ? "string" : "nstring";
-    case 19: f.kind = VARBIN; return "varbinary";
-    case 20: f.kind = BLOB; return "blob";
-    default:
-        if (directs.empty() || !inClass)
-            return f.kind = NSTRING, "nstring";
-        f.type = r.pick(directs).name;
-        f.kind = DIRECT;
-        c.holdsDirect = true;
-        return f.type;
-    }
-}
 
-// init -> "=" value | "=" "{" value {"," value} "}"
-std::string Gen::drawInit(GField const& f) {
-    auto one = [&]() -> std::string {
+    // name -> a word of the pool, unused so far, with a number when needed
+    std::string freshName(Words const& pool, std::set<std::string>& used, bool keywords) {
+        for (;;) {
+            std::string n = keywords && r.chance(30) ? r.pick(kKeywords) : r.pick(pool);
+            if (sql && kSql.count(n))
+                continue;
+            if (used.count(n))
+                n += std::to_string(r.below(100));
+            if (used.insert(n).second) {
+                // Only the pool's names like other fields' functions hold a "_".
+                functionLike = functionLike || n.find('_') != std::string::npos;
+                return n;
+            }
+        }
+    }
+
+    // type_name -> a fresh name for a struct, enum or class
+    std::string typeName() {
+        std::string n = r.pick(kClassWords) + std::to_string(types.size());
+        types.insert(n);
+        return n;
+    }
+
+    // options -> {flag} [--hide CLASS] ; drawn before the text, as some change its rules
+    void drawOptions() {
+        Words const flags = words("-c 30 --cpp 30 --prefix-names 15 --xml-access 15 --json-access 15 --java 12 --cs 12 "
+                                  "--dll-spec 10 --keep-field-order 10 --wide-offsets 10 --dynamic-dict 10 --compact 8 "
+                                  "--persistent 10 --nonatomic 8 --sql-reserved-words 8 --xml-schema 8 "
+                                  "--relative-class-codes 3");
+        for (size_t i = 0; i < flags.size(); i += 2)  // a flag, then its chance in percent
+            if (r.chance(static_cast<unsigned>(std::stoi(flags[i + 1]))))
+                c.options.push_back(flags[i]);
+        if (c.has("--cpp") && r.chance(30))
+            c.options.push_back("--cpp-runtime-header");
+        // A package and a namespace of their own let all cases compile together.
+        if (c.has("--java"))
+            c.options.insert(c.options.end(), {"--java-package", "p" + std::to_string(c.seed) + ".gen"});
+        if (c.has("--cs"))
+            c.options.insert(c.options.end(), {"--cs-namespace", "N" + std::to_string(c.seed)});
+        if (r.chance(5))
+            c.options.push_back("--sizeof-size=" + std::to_string(r.chance(50) ? 4 : 16));
+        sql = c.has("--sql-reserved-words");
+        persistentDefault = c.has("--persistent");
+    }
+
+    // enum_decl -> "enum" name "{" elem ["=" signed] {"," elem ["=" signed]} "}" ";"
+    std::string drawEnum() {
+        std::string name = typeName();
+        std::ostringstream out;
+        out << "enum " << name << " {";
+        std::vector<std::string> values;
+        for (unsigned i = 0, n = 1 + r.below(4); i < n; i++) {
+            std::string e = r.chance(15) ? r.pick(kEnumKeywords) : r.pick(kEnumWords) + "_" + name;
+            if (!enumElems.insert(e).second)
+                e = "E" + std::to_string(enumElems.size()) + name, enumElems.insert(e);
+            values.push_back(e);
+            out << (i ? ", " : " ") << e;
+            if (r.chance(25))
+                out << " = " << (r.chance(20) ? "-" : "") << r.below(r.chance(20) ? 200000 : 300);
+        }
+        out << " };\n";
+        enums.push_back(name);
+        enumValues.push_back(values);
+        return out.str();
+    }
+
+    // type -> scalar | "char" "<" n ">" | "string" | struct | enum | "ref" ["<" class ">"] | ...
+    std::string drawType(GField& f, bool inClass) {
+        static Kind const kinds[] = {INT,  INT,  INT,    INT8,   FLOAT,    DATE, NUMERIC, CHARS,  NCHARS, BINARY, ENUM,
+                                     ENUM, BOOL, STRUCT, STRUCT, AUTOID_T, REF,  STRING,  STRING, VARBIN, BLOB,   DIRECT};
+        f.kind = kinds[r.below(22)];
+        // A kind whose declarations are missing gives way to a plain one.
+        if (f.kind == ENUM && enums.empty())
+            f.kind = BOOL;
+        else if (f.kind == STRUCT && structs.empty())
+            f.kind = STRING;
+        else if (f.kind == REF && oidType.empty())
+            f.kind = INT;
+        else if (f.kind == DIRECT && (directs.empty() || !inClass))
+            f.kind = NSTRING;
+        auto size = [&](unsigned max) {
+            std::string const s = std::to_string(1 + r.below(max));
+            return r.chance(10) ? define("MSZ", s) : s;  // a size through a macro
+        };
         switch (f.kind) {
-        case BOOL: return r.pick(std::vector<std::string>{"true", "false", "1", "0", "TRUE"});
-        case FLOAT: return r.pick(std::vector<std::string>{"1.5", "-2.25", "3", "0.125"});
-        case INT8: return r.chance(50) ? "-1234567890123" : "42";
-        case ENUM:
-            for (unsigned i = 0; i < enums.size(); i++)
-                if (enums[i] == f.type && r.chance(70))
-                    return r.pick(enumValues[i]);
-            return "0";
-        default: return std::to_string(r.below(100));
+        case INT: {
+            std::string const t = one("signed<1> signed<2> signed<4> unsigned<1> unsigned<2> unsigned<4>");
+            return r.chance(8) ? define("MTY", t) : t;  // a type through a macro
         }
-    };
-    if (!f.array)
-        return " = " + one();
-    std::string s = " = {" + one();
-    for (int i = 1, n = 1 + static_cast<int>(r.below(static_cast<unsigned>(f.arraySize))); i < n; i++)
-        s += ", " + one();
-    return s + "}";
-}
-
-// field -> ["nullable"] (["optional"] type | "vector" "<" type ">" | "rect" "<" type ">" | "point" "<" type ">"
-//          | "sequence" "<" type [order] ">") name [dim] [init] {"," name [dim] [init]} ";"
-std::string Gen::drawField(std::vector<GField>& fields, bool inClass, std::set<std::string>& names) {
-    GField f;
-    std::string decl;
-    unsigned const form = r.below(20);
-    if (form == 0 || form == 1) {  // a rectangle or a point of scalars
-        static char const* const coords[] = {"signed<2>", "signed<4>", "float", "double", "unsigned<4>", "signed<8>"};
-        bool rect = form == 0;
-        f.kind = rect ? RECT : POINT;
-        f.array = true;
-        int dim = 2 + static_cast<int>(r.below(rect ? 3 : 2));
-        f.arraySize = rect ? 2 * dim : dim;
-        f.name = freshName(kWords, names, true);
-        fields.push_back(f);
-        std::string const word = rect ? (r.chance(50) ? "rect<" : "rectangle<") : "point<";
-        return word + coords[r.below(6)] + "> " + f.name + "[" + std::to_string(dim) + "];";
-    }
-    if (form == 2 && inClass) {  // sequence: a class only
-        static char const* const elems[] = {"signed<4>", "unsigned<8>", "float", "double", "date", "datetime",
-                                            "signed<2>", "boolean"};
-        f.kind = SEQ;
-        anySequence = true;
-        std::string e = elems[r.below(8)];
-        if (r.chance(20))
-            e = "char<" + std::to_string(1 + r.below(32)) + ">";
-        else if (r.chance(10))
-            e = "binary<" + std::to_string(1 + r.below(32)) + ">";
-        else if (r.chance(15)) {
-            for (GStruct const& s : structs)
-                if (s.fixed && s.fields.size() <= 2 && r.chance(70)) {
-                    e = s.name;
-                    c.sequenceOfStructs = true;
-                    break;
-                }
+        case INT8: return one("signed<8> unsigned<8>");
+        case FLOAT: return one("float double");
+        case DATE: return one("date time datetime");
+        case NUMERIC: {
+            unsigned const w = 1 + r.below(19);
+            std::string const t = one("numeric decimal") + "<" + std::to_string(w);
+            return r.chance(60) ? t + "," + std::to_string(r.below(w + 1)) + ">" : t + ">";
         }
-        static char const* const orders[] = {"", " asc", " desc", " ascending", " descending"};
-        f.name = freshName(kWords, names, true);
-        fields.push_back(f);
-        return "sequence<" + e + orders[r.below(5)] + "> " + f.name + ";";
+        case CHARS: return "char<" + size(40) + ">";
+        case NCHARS: return "nchar<" + size(20) + ">";
+        case BINARY: return "binary<" + size(40) + ">";
+        case ENUM: return f.type = r.pick(enums);
+        case STRUCT: return f.type = r.pick(structs).name;
+        case DIRECT: c.holdsDirect = true; return f.type = r.pick(directs).name;
+        case AUTOID_T: case REF:
+            for (GClass const& k : classes)
+                if ((f.kind == REF ? k.oid : k.autoid) && r.chance(65))
+                    f.refClass = k.name;
+            return f.kind == REF ? "ref" : "autoid_t";
+        case STRING: case NSTRING:
+            f.kind = f.kind == NSTRING || r.chance(30) ? NSTRING : STRING;
+            return f.kind == STRING ? "string" : "nstring";
+        case BOOL: return "boolean";
+        case VARBIN: return "varbinary";
+        default: return "blob";
+        }
     }
-    if (r.chance(12))
-        f.nullable = true, decl = "nullable ";
-    std::string type = drawType(f, inClass);
-    if (form == 3 && f.kind != DIRECT) {
-        f.optional = true;
-        f.refClass.clear();  // the optional form takes no class behind the type
-        decl += "optional ";
-    } else if ((form == 4 || form == 5) && f.kind != BLOB && f.kind != DIRECT) {
-        f.vector = true;
-        type = "vector<" + type + ">";
-    } else if (form == 6 && f.kind != BLOB && f.kind != VARBIN) {
-        f.array = true;
-        f.arraySize = 1 + static_cast<int>(r.below(5));
-    }
-    // The class of a reference follows the type, behind "vector<...>" too.
-    if (!f.refClass.empty())
-        type += "<" + f.refClass + ">";
-    std::set<Kind> const initial = {INT, INT8, BOOL, FLOAT, ENUM};
-    bool const init = !f.optional && !f.vector && initial.count(f.kind) && r.chance(20);
-    decl += type + " ";
-    for (unsigned i = 0, n = r.chance(15) ? 2 : 1; i < n; i++) {
-        f.name = freshName(kWords, names, true);
-        fields.push_back(f);
-        decl += (i ? ", " : "") + f.name;
-        if (i == 0 && f.array)
-            decl += "[" + std::to_string(f.arraySize) + "]";
-        if (init)
-            decl += drawInit(f);
-    }
-    return decl + ";";
-}
 
-// struct_decl -> "struct" name "{" {field} "}" ";"
-std::string Gen::drawStruct() {
-    GStruct s;
-    s.name = typeName();
-    std::set<std::string> names;
-    std::ostringstream out;
-    out << "struct " << s.name << " {";
-    for (unsigned i = 0, n = 1 + r.below(4); i < n; i++)
-        out << "\n  " << drawField(s.fields, false, names);
-    // Sequence elements are kept to plain numbers, whose size is known.
-    std::set<Kind> const plain = {INT, INT8, BOOL, FLOAT, DATE, AUTOID_T};
-    for (GField const& f : s.fields)
-        s.fixed = s.fixed && plain.count(f.kind) && !f.vector && !f.optional && !f.nullable && !f.array;
-    out << "\n};\n";
-    structs.push_back(s);
-    return out.str();
-}
+    // init -> "=" value | "=" "{" value {"," value} "}"
+    std::string drawInit(GField const& f) {
+        auto value = [&]() -> std::string {
+            switch (f.kind) {
+            case BOOL: return one("true false 1 0 TRUE");
+            case FLOAT: return one("1.5 -2.25 3 0.125");
+            case INT8: return r.chance(50) ? "-1234567890123" : "42";
+            case ENUM:
+                for (unsigned i = 0; i < enums.size(); i++)
+                    if (enums[i] == f.type && r.chance(70))
+                        return r.pick(enumValues[i]);
+                return "0";
+            default: return std::to_string(r.below(100));
+            }
+        };
+        if (!f.array)
+            return " = " + value();
+        std::string s = " = {" + value();
+        for (int i = 1, n = 1 + static_cast<int>(r.below(static_cast<unsigned>(f.arraySize))); i < n; i++)
+            s += ", " + value();
+        return s + "}";
+    }
 
-// direct_struct -> ["packed"] "direct" "struct" name "{" {type name ["[" n "]"] {"," name} ";"} "}" ";"
-std::string Gen::drawDirectStruct() {
-    GStruct s;
-    s.name = typeName();
-    std::set<std::string> names;
-    std::ostringstream out;
-    bool const packed = r.chance(40);
-    bool sized = false;  // a member of characters or bytes
-    out << (packed ? "packed " : "") << "direct struct " << s.name << " {";
-    static char const* const ts[] = {"signed<2>", "signed<4>", "unsigned<1>", "double", "float", "char<3>",
-                                     "nchar<2>", "binary<5>", "signed<8>", "unsigned<4>"};
-    for (unsigned i = 0, n = 1 + r.below(4); i < n; i++) {
+    // field -> ["nullable"] (["optional"] type | "vector" "<" type ">" | "rect" "<" type ">" | "point" "<" type ">"
+    //          | "sequence" "<" type [order] ">") name [dim] [init] {"," name [dim] [init]} ";"
+    std::string drawField(std::vector<GField>& fields, bool inClass, std::set<std::string>& names) {
         GField f;
-        unsigned t = r.below(10);
-        f.kind = t == 5 ? CHARS : t == 6 ? NCHARS : t == 7 ? BINARY : t == 3 || t == 4 ? FLOAT : INT;
-        f.name = freshName(kWords, names, true);
-        f.array = r.chance(20);
-        f.arraySize = 2;
-        sized = sized || t == 5 || t == 6 || t == 7;
-        out << " " << ts[t] << " " << f.name << (f.array ? "[2]" : "") << ";";
-        s.fields.push_back(f);
-    }
-    out << " };\n";
-    anyDirect = true;
-    directSized = directSized || sized;
-    directs.push_back(s);
-    return out.str();
-}
-
-// The keys an index may take among `fields`, one struct level deep.
-std::vector<GKey> Gen::keys(std::vector<GField> const& fields) {
-    std::vector<GKey> out;
-    for (GField const& f : fields) {
-        if (f.optional || f.kind == SEQ || f.kind == BLOB)
-            continue;
-        bool const multi = f.array || f.vector;
-        if (f.kind == STRUCT || f.kind == DIRECT) {
-            auto const& pool = f.kind == STRUCT ? structs : directs;
-            for (GStruct const& s : pool)
-                if (s.name == f.type)
-                    for (GField const& g : s.fields)
-                        if (!g.optional && g.kind != BLOB && g.kind != STRUCT && !(multi && (g.array || g.vector)))
-                            out.push_back({f.name + "." + g.name, g.kind, multi || g.array || g.vector, true, &g});
-            continue;
-        }
-        out.push_back({f.name, f.kind, multi, false, &f});
-    }
-    return out;
-}
-
-// index -> {prefix} kind "<" key {"," key} ">" name ["[" n "]"] ";"
-std::string Gen::drawIndex(GClass const& k, std::vector<GField> const& fields, std::set<std::string>& names) {
-    std::vector<GKey> all = keys(fields), ok;
-    unsigned const kind = r.below(10);
-    auto pick = [&](auto test) {
-        ok.clear();
-        for (GKey const& key : all)
-            if (test(key))
-                ok.push_back(key);
-        return !ok.empty();
-    };
-    std::string const name = freshName(kWords, names, true);
-    if (kind == 6 && pick([](GKey const& x) { return !x.nested && !x.multi && (x.kind == INT || x.kind == FLOAT); })) {
-        std::string s = "kdtree<" + ok[0].path;
-        for (size_t i = 1; i < ok.size() && i < 3; i++)
-            s += ", " + ok[i].path;
-        return s + "> " + name + ";";
-    }
-    if (kind == 7 && pick([](GKey const& x) {
-            return !x.nested && ((x.kind == RECT || x.kind == POINT) ||
-                                 (x.f->array && x.kind == INT && x.f->arraySize % 2 == 0));
-        }))
-        return "rtree<" + r.pick(ok).path + "> " + name + ";";
-    if (kind == 8 && !k.persistent && pick([](GKey const& x) {
-            return (x.kind == CHARS || x.kind == BINARY || x.kind == INT) || (x.kind == BOOL && x.multi) ||
-                   (x.f->vector && x.kind != BOOL);
-        }))
-        return "patricia<" + r.pick(ok).path + "> " + name + ";";
-    if (kind == 9 && pick([](GKey const& x) {
-            return !x.nested && !x.f->array &&
-                   (x.kind == CHARS || x.kind == STRING || x.kind == NCHARS || x.kind == NSTRING);
-        })) {
-        std::string const prefix = r.chance(20) ? "voluntary " : "";
-        return prefix + "trigram<" + r.pick(ok).path + "> " + name + ";";
-    }
-
-    // tree or hash
-    bool const hash = kind < 3;
-    bool const userdef = r.chance(12);
-    if (!pick([](GKey const& x) { return x.kind != BOOL && x.kind != RECT && x.kind != POINT; }))
-        return "";
-    std::string prefix;
-    bool unique = false, thick = false;
-    if (userdef)
-        prefix += "userdef ";
-    if (hash && r.chance(25))
-        prefix += "nonunique ";
-    else if (r.chance(20))
-        prefix += "unique ", unique = true;
-    if (!hash && !unique && !userdef && r.chance(15))
-        prefix += "thick ", thick = true;
-    if (!hash && r.chance(10))
-        prefix += "voluntary ";
-    if (r.chance(5))
-        prefix += "inclusive ";
-    std::string s = prefix + (hash ? "hash<" : "tree<");
-    bool multi = false;
-    std::set<std::string> used;
-    unsigned n = 0, count = 1 + r.below(3);
-    Kind last = INT;
-    for (unsigned i = 0; i < count; i++) {
-        GKey const& key = r.pick(ok);
-        if ((multi && key.multi) || !used.insert(key.path).second)
-            continue;
-        multi = multi || key.multi;
-        s += (n++ ? ", " : "") + key.path;
-        last = key.kind;
-        bool const text = key.kind == CHARS || key.kind == STRING || key.kind == NCHARS || key.kind == NSTRING;
-        if (!hash && r.chance(25))
-            s += r.chance(50) ? " desc" : " asc";
-        if (text && r.chance(20))
-            s += r.chance(50) ? " ignore_case" : " case_insensitive";
-        if (text && !userdef && !key.multi && r.chance(20))
-            s += key.kind == CHARS || key.kind == STRING ? " collate latin" : " collate wide";
-    }
-    if (n == 1 && thick && (last == STRING || last == NSTRING))
-        c.mayFailKeywordIndex = c.has("--cpp");
-    return s + "> " + name + (hash ? "[" + std::to_string(1 + r.below(1000)) + "]" : "") + ";";
-}
-
-// event -> "event" "<" ("new" | "delete" | "delete_all" | "checkpoint" | "update" | field "update") ">" name ";"
-std::string Gen::drawEvent(std::vector<GField> const& fields, bool& classUpdate, bool& fieldUpdate, bool bitmap) {
-    static char const* const kinds[] = {"new", "delete", "delete_all", "checkpoint", "update"};
-    std::string name;
-    do
-        name = r.chance(20) ? r.pick(kKeywords) : "ev" + std::to_string(events++);
-    while (eventNames.count(name) || (sql && kSql.count(name)));
-    unsigned const k = r.below(7);
-    if (k < 4 || (k == 4 && !fieldUpdate)) {
-        eventNames.insert(name);
-        classUpdate = classUpdate || k == 4;
-        return std::string("event<") + kinds[k] + "> " + name + ";";
-    }
-    if (classUpdate || bitmap)
-        return "";
-    std::set<Kind> const base = {INT, INT8, BOOL, FLOAT, DATE, NUMERIC, ENUM, CHARS, NCHARS, BINARY, STRING,
-                                 NSTRING, VARBIN};
-    for (GField const& f : fields)
-        if (base.count(f.kind) && !f.array && !f.vector && !f.optional && r.chance(50)) {
-            fieldUpdate = true;
-            eventNames.insert(name);
-            // One update event per field: the name marks the field as taken.
-            std::string const mark = "@" + f.name;
-            if (!eventNames.insert(mark).second)
-                return "";
-            return "event<" + f.name + " update> " + name + ";";
-        }
-    return "";
-}
-
-// class_decl -> {prefix} "class" name "{" {member} "}" ";"
-std::string Gen::drawClass(GClass const& k) {
-    std::ostringstream head, body;
-    std::string const sep = r.chance(70) ? "\n  " : " ";
-    std::vector<GField> fields;
-    std::set<std::string> names, indexNames;
-    bool distributed = false;
-    if (r.chance(20))
-        head << "compact ";
-    if (k.persistent)
-        head << (persistentDefault && r.chance(50) ? "" : "persistent ");
-    else
-        head << (!persistentDefault && r.chance(50) ? "" : "transient ");
-    if (r.chance(15))
-        head << (r.chance(50) ? "atomic " : "nonatomic ");
-    if (autoOid && r.chance(20))
-        head << (r.chance(50) ? "distributed " : "distrib "), distributed = true;
-    else if (r.chance(10))
-        head << "local ";
-    if (iot && (r.chance(60) || classes.front().name == k.name))
-        head << (r.chance(50) ? "uptable " : "downtable ");
-    head << "class " << k.name << " {";
-    bool const allPlain = r.chance(10) && !autoOid && !iot && !distributed && !k.autoid;
-    if (r.chance(15)) {
-        bool seq = r.chance(50);
-        anyColumns = anyColumns || seq;
-        body << sep << (seq ? "sequences;" : "list;");
-    }
-    if (k.oid)
-        body << sep << (r.chance(10) ? "OID;" : "oid;");
-    if (k.autoid)
-        body << sep << "autoid[" << 1 + r.below(1000) << "];";
-    if (r.chance(3))
-        body << sep << "history[5];";
-    for (unsigned i = 0, n = 1 + r.below(6); i < n; i++) {
-        if (allPlain) {
-            GField f;
+        auto named = [&](std::string const& type) {
             f.name = freshName(kWords, names, true);
-            f.kind = r.chance(50) ? INT : STRING;
             fields.push_back(f);
-            body << sep << (f.kind == INT ? "signed<4> " : "string ") << f.name << ";";
-        } else if (r.chance(8)) {  // a member whose type a macro decides
-            std::string m = "MON" + std::to_string(++macros);
-            bool const on = r.chance(50), ndef = r.chance(50), firstActive = on != ndef;
-            if (on || r.chance(30))
-                prelude += "#define " + m + "\n";
-            if (!on && prelude.find("#define " + m + "\n") != std::string::npos)
-                prelude += "#undef " + m + "\n";
-            GField f;
-            f.name = freshName(kWords, names, false);
-            f.kind = r.chance(50) ? INT : STRING;
-            fields.push_back(f);
-            std::string const active = f.kind == INT ? "signed<4> " : "string ", other = "char<2> ";
-            body << "\n#if" << (ndef ? "ndef " : "def ") << m << "\n  " << (firstActive ? active : other) << f.name
-                 << ";\n#else\n  " << (firstActive ? other : active) << f.name << ";\n#endif\n";
-        } else {
-            body << sep << drawField(fields, true, names);
+            return type + " " + f.name;
+        };
+        unsigned const form = r.below(20);
+        if (form < 2) {  // a rectangle or a point of scalars
+            bool const rect = form == 0;
+            int const dim = 2 + static_cast<int>(r.below(rect ? 3 : 2));
+            f.kind = rect ? RECT : POINT;
+            f.array = true;
+            f.arraySize = rect ? 2 * dim : dim;
+            std::string const coord = one("signed<2> signed<4> float double unsigned<4> signed<8>");
+            return named((rect ? one("rect rectangle") : "point") + "<" + coord + ">") + "[" + std::to_string(dim) + "];";
         }
+        if (form == 2 && inClass) {  // sequence: a class only
+            f.kind = SEQ;
+            anySequence = true;
+            std::string e = one("signed<4> unsigned<8> float double date datetime signed<2> boolean");
+            if (r.chance(30))
+                e = one("char char binary") + "<" + std::to_string(1 + r.below(32)) + ">";
+            else if (r.chance(15))
+                for (GStruct const& s : structs)
+                    if (s.fixed && s.fields.size() <= 2 && r.chance(70)) {
+                        e = s.name;
+                        c.sequenceOfStructs = true;
+                        break;
+                    }
+            return named("sequence<" + e + r.pick(Words{"", " asc", " desc", " ascending", " descending"}) + ">") + ";";
+        }
+        f.nullable = r.chance(12);
+        std::string decl = f.nullable ? "nullable " : "", type = drawType(f, inClass);
+        if (form == 3 && f.kind != DIRECT) {
+            f.optional = true;
+            f.refClass.clear();  // the optional form takes no class behind the type
+            decl += "optional ";
+        } else if ((form == 4 || form == 5) && f.kind != BLOB && f.kind != DIRECT) {
+            f.vector = true;
+            type = "vector<" + type + ">";
+        } else if (form == 6 && f.kind != BLOB && f.kind != VARBIN) {
+            f.array = true;
+            f.arraySize = 1 + static_cast<int>(r.below(5));
+        }
+        // The class of a reference follows the type, behind "vector<...>" too.
+        if (!f.refClass.empty())
+            type += "<" + f.refClass + ">";
+        bool const init = !f.optional && !f.vector && (f.kind <= FLOAT || f.kind == ENUM) && r.chance(20);
+        decl += type + " ";
+        for (unsigned i = 0, n = r.chance(15) ? 2 : 1; i < n; i++) {
+            f.name = freshName(kWords, names, true);
+            fields.push_back(f);
+            decl += (i ? ", " : "") + f.name;
+            if (i == 0 && f.array)
+                decl += "[" + std::to_string(f.arraySize) + "]";
+            if (init)
+                decl += drawInit(f);
+        }
+        return decl + ";";
     }
-    // An index named like an ordered sequence would define its search
-    // function a second time, which the compiler refuses.
-    for (GField const& f : fields)
-        if (f.kind == SEQ)
-            indexNames.insert(f.name);
-    bool const bitmap = !allPlain && r.chance(8);
-    if (bitmap)
-        body << sep << "boolean updated_bitmap[" << (r.chance(50) ? "" : std::to_string(1 + r.below(8))) << "];";
-    if (allPlain && r.chance(60))
-        body << sep << (r.chance(50) ? "tree<*> " : "unique tree<*> ") << freshName(kWords, indexNames, true) << ";";
-    for (unsigned i = 0, n = r.below(4); i < n; i++) {
-        std::string index = drawIndex(k, fields, indexNames);
-        if (!index.empty())
-            body << sep << index;
-    }
-    bool classUpdate = false, fieldUpdate = false;
-    for (unsigned i = 0, n = r.chance(30) ? 1 + r.below(2) : 0; i < n; i++) {
-        std::string ev = drawEvent(fields, classUpdate, fieldUpdate, bitmap);
-        if (!ev.empty())
-            body << sep << ev;
-    }
-    if (!allPlain && r.chance(8))
-        body << sep << "TTL_count " << 1 + r.below(1000) << ";";
-    if (!allPlain && r.chance(8))
-        body << sep << "TTL_clock_time " << 1 + r.below(99) << (r.chance(30) ? " sec;" : r.chance(50) ? " ms;" : " us;");
-    if (r.chance(10))
-        body << sep << (sep == " " ? "/* members end here */" : "// members end here");
-    return head.str() + body.str() + (sep == " " ? " };\n" : "\n};\n");
-}
 
-// Breaks one rule of the language, at the end of the text unless the rule
-// is about the whole text.
-void Gen::breakRule() {
-    std::string const bad = "Bad" + std::to_string(c.seed % 97);
-    std::string const first = classes.front().name;
-    std::string anyEvent;
-    for (std::string const& e : eventNames)
-        if (e[0] != '@')
-            anyEvent = e;
-    auto cls = [&bad](std::string const& body) { return "class " + bad + " { " + body + " };\n"; };
-    struct Rule {
-        char const* what;
-        std::string text;
-    };
-    std::vector<Rule> const rules = {
-        {"class defined twice", "class " + first + " { signed<4> a; };\n"},
-        {"unknown type", cls("mystery a;")},
-        {"field defined twice", cls("signed<4> a; string a;")},
-        {"reserved word as a name", cls("signed<4> update;")},
-        {"key of no field", cls("signed<4> a; tree<b> t;")},
-        {"hash without estimate", cls("signed<4> a; hash<a> h;")},
-        {"patricia in a persistent class", "persistent " + cls("char<4> a; patricia<a> p;")},
-        {"event of no field", cls("signed<4> a; event<b update> e" + bad + ";")},
-        {"rectangle too wide", cls("rect<signed<4>> r[17];")},
-        {"name ending in underscore", cls("signed<4> a_;")},
-        {"integer of 3 bytes", cls("signed<3> a;")},
-        {"numeric too wide", cls("numeric<20> a;")},
-        {"blob key", cls("blob b; tree<b> t;")},
-        {"optional key", cls("optional signed<4> o; tree<o> t;")},
-        {"two array keys", cls("signed<4> v[2]; signed<4> w[2]; tree<v, w> t;")},
-        {"class and field update events", cls("signed<4> a; event<update> u" + bad + "; event<a update> v" + bad + ";")},
-        {"ref to a class without oid", oidType.empty() ? cls("oid; signed<4> a;") : cls("ref<" + bad + "> r;")},
-        {"distributed without auto_oid", (autoOid ? "" : "distributed ") + cls(autoOid ? "autoid_t<" + bad + "> a;" : "signed<4> a;")},
-        {"uptable outside iot", std::string(iot ? "downtable " : "") + "uptable " + cls("signed<4> a;")},
-        {"trigram on an integer", cls("signed<4> a; trigram<a> t;")},
-        {"kdtree on an array", cls("signed<4> a[2]; signed<4> b; kdtree<a, b> k;")},
-        {"event name used twice", cls("signed<4> a; event<new> " + (anyEvent.empty() ? "e; event<delete> e;" : anyEvent + ";"))},
-        {"TTL of zero", cls("signed<4> a; TTL_clock_time 0 us;")},
-        {"struct holds itself", "struct " + bad + " { signed<4> a; " + bad + " b; };\n"},
-        {"#else without #if", "#else\n"},
-        {"macro defined twice", "#define MDUP 1\n#define MDUP 2\n"},
-        {"include of a missing file", "#include \"missing.zyl\"\n"},
-        {"comment not closed", "/* open\n"},
-        {"updated_bitmap of integers", cls("signed<4> a; signed<4> updated_bitmap[4];")},
-        {"enum element used twice",
-         "enum " + bad + " { " + (enumElems.empty() ? "X" + bad + ", X" + bad : *enumElems.begin()) + " };\n"},
-        {"blob in a vector", cls("vector<blob> vb;")},
-        {"initial value of binary", cls("binary<4> b = 1;")},
-        {"sequence element too large", cls("sequence<char<40>> s;")},
-        {"boolean key", cls("boolean b; tree<b> t;")},
-        {"string in a direct struct", "direct struct " + bad + " { string s; };\n"},
-        {"asc in a hash key", cls("signed<4> a; hash<a asc> h[5];")},
-        {"voluntary hash", cls("signed<4> a; voluntary hash<a> h[5];")},
-        {"unique then thick", cls("string s; unique thick tree<s> t;")},
-        {"class not closed", "class " + bad + " { signed<4> a;\n"},
-        {"sequence in a struct", "struct " + bad + " { sequence<signed<4>> q; };\n"},
-        {"index named like an ordered sequence", cls("sequence<float asc> q; signed<4> a; tree<a> q;")},
-    };
-    Rule const& rule = rules[r.below(static_cast<unsigned>(rules.size()))];
-    c.expect = SchemaCase::Invalid;
-    c.fault = rule.what;
-    c.schema += rule.text;
-}
+    // struct_decl -> "struct" name "{" {field} "}" ";"
+    std::string drawStruct() {
+        GStruct s;
+        s.name = typeName();
+        std::set<std::string> names;
+        std::ostringstream out;
+        out << "struct " << s.name << " {";
+        for (unsigned i = 0, n = 1 + r.below(4); i < n; i++)
+            out << "\n  " << drawField(s.fields, false, names);
+        // Sequence elements are kept to plain numbers, whose size is known.
+        for (GField const& f : s.fields)
+            s.fixed = s.fixed && (f.kind <= DATE || f.kind == AUTOID_T) && !f.vector && !f.optional && !f.nullable &&
+                      !f.array;
+        out << "\n};\n";
+        structs.push_back(s);
+        return out.str();
+    }
 
-// Deletes, repeats or swaps a token of the text: the result may or may not
-// be a schema.
-void Gen::editText() {
-    std::vector<std::string> tokens;
-    std::string t;
-    for (char ch : c.schema) {
-        bool const word = std::isalnum(static_cast<unsigned char>(ch)) || ch == '_' || ch == '<' || ch == '>';
-        if (!word && !t.empty())
-            tokens.push_back(t), t.clear();
-        if (word)
-            t += ch;
+    // direct_struct -> ["packed"] "direct" "struct" name "{" {type name ["[" n "]"] {"," name} ";"} "}" ";"
+    std::string drawDirectStruct() {
+        GStruct s;
+        s.name = typeName();
+        std::set<std::string> names;
+        std::ostringstream out;
+        bool const packed = r.chance(40);
+        bool sized = false;  // a member of characters or bytes
+        out << (packed ? "packed " : "") << "direct struct " << s.name << " {";
+        static std::pair<char const*, Kind> const ts[] = {
+            {"signed<2>", INT}, {"signed<4>", INT}, {"unsigned<1>", INT}, {"double", FLOAT},  {"float", FLOAT},
+            {"char<3>", CHARS}, {"nchar<2>", NCHARS}, {"binary<5>", BINARY}, {"signed<8>", INT}, {"unsigned<4>", INT}};
+        for (unsigned i = 0, n = 1 + r.below(4); i < n; i++) {
+            GField f;
+            auto const& t = ts[r.below(10)];
+            f.kind = t.second;
+            f.name = freshName(kWords, names, true);
+            f.array = r.chance(20);
+            f.arraySize = 2;
+            sized = sized || isText(f.kind) || f.kind == BINARY;
+            out << " " << t.first << " " << f.name << (f.array ? "[2]" : "") << ";";
+            s.fields.push_back(f);
+        }
+        out << " };\n";
+        anyDirect = true;
+        directSized = directSized || sized;
+        directs.push_back(s);
+        return out.str();
+    }
+
+    // The keys an index may take among `fields`, one struct level deep.
+    std::vector<GKey> keys(std::vector<GField> const& fields) {
+        std::vector<GKey> out;
+        for (GField const& f : fields) {
+            if (f.optional || f.kind == SEQ || f.kind == BLOB)
+                continue;
+            bool const multi = f.array || f.vector;
+            if (f.kind == STRUCT || f.kind == DIRECT) {
+                auto const& pool = f.kind == STRUCT ? structs : directs;
+                for (GStruct const& s : pool)
+                    if (s.name == f.type)
+                        for (GField const& g : s.fields)
+                            if (!g.optional && g.kind != BLOB && g.kind != STRUCT && !(multi && (g.array || g.vector)))
+                                out.push_back({f.name + "." + g.name, g.kind, multi || g.array || g.vector, true, &g});
+                continue;
+            }
+            out.push_back({f.name, f.kind, multi, false, &f});
+        }
+        return out;
+    }
+
+    // index -> {prefix} kind "<" key {"," key} ">" name ["[" n "]"] ";"
+    std::string drawIndex(GClass const& k, std::vector<GField> const& fields, std::set<std::string>& names) {
+        std::vector<GKey> all = keys(fields), ok;
+        unsigned const kind = r.below(10);
+        auto pick = [&](auto test) {
+            ok.clear();
+            for (GKey const& key : all)
+                if (test(key))
+                    ok.push_back(key);
+            return !ok.empty();
+        };
+        std::string const name = freshName(kWords, names, true);
+        // The kinds of their own rules: kdtree, rtree, patricia and trigram.
+        static std::pair<char const*, bool (*)(GKey const&)> const special[] = {
+            {"kdtree", [](GKey const& x) { return !x.nested && !x.multi && (x.kind == INT || x.kind == FLOAT); }},
+            {"rtree",
+             [](GKey const& x) {
+                 return !x.nested && (x.kind == RECT || x.kind == POINT || (x.f->array && x.kind == INT && x.f->arraySize % 2 == 0));
+             }},
+            {"patricia",
+             [](GKey const& x) {
+                 return x.kind == CHARS || x.kind == BINARY || x.kind == INT || (x.kind == BOOL && x.multi) ||
+                        (x.f->vector && x.kind != BOOL);
+             }},
+            {"trigram", [](GKey const& x) { return !x.nested && !x.f->array && isText(x.kind); }},
+        };
+        if (kind >= 6 && !(kind == 8 && k.persistent) && pick(special[kind - 6].second)) {
+            std::string s = std::string(kind == 9 && r.chance(20) ? "voluntary " : "") + special[kind - 6].first + "<";
+            if (kind != 6)
+                return s + r.pick(ok).path + "> " + name + ";";
+            for (size_t i = 0; i < ok.size() && i < 3; i++)  // a kdtree takes the first keys that fit
+                s += (i ? ", " : "") + ok[i].path;
+            return s + "> " + name + ";";
+        }
+
+        // tree or hash
+        bool const hash = kind < 3;
+        bool const userdef = r.chance(12);
+        if (!pick([](GKey const& x) { return x.kind != BOOL && x.kind != RECT && x.kind != POINT; }))
+            return "";
+        bool const nonunique = hash && r.chance(25), unique = !nonunique && r.chance(20);
+        bool const thick = !hash && !unique && !userdef && r.chance(15), voluntary = !hash && r.chance(10);
+        std::string s = std::string(userdef ? "userdef " : "") + (nonunique ? "nonunique " : unique ? "unique " : "") +
+                        (thick ? "thick " : "") + (voluntary ? "voluntary " : "");
+        s += std::string(r.chance(5) ? "inclusive " : "") + (hash ? "hash<" : "tree<");
+        bool multi = false;
+        std::set<std::string> used;
+        unsigned n = 0, count = 1 + r.below(3);
+        Kind last = INT;
+        for (unsigned i = 0; i < count; i++) {
+            GKey const& key = r.pick(ok);
+            if ((multi && key.multi) || !used.insert(key.path).second)
+                continue;
+            multi = multi || key.multi;
+            s += (n++ ? ", " : "") + key.path;
+            last = key.kind;
+            bool const text = isText(key.kind);
+            s += !hash && r.chance(25) ? " " + one("desc asc") : "";
+            s += text && r.chance(20) ? " " + one("ignore_case case_insensitive") : "";
+            if (text && !userdef && !key.multi && r.chance(20))
+                s += key.kind == CHARS || key.kind == STRING ? " collate latin" : " collate wide";
+        }
+        if (n == 1 && thick && (last == STRING || last == NSTRING))
+            c.mayFailKeywordIndex = c.has("--cpp");
+        return s + "> " + name + (hash ? "[" + std::to_string(1 + r.below(1000)) + "]" : "") + ";";
+    }
+
+    // event -> "event" "<" ("new" | "delete" | "delete_all" | "checkpoint" | "update" | field "update") ">" name ";"
+    std::string drawEvent(std::vector<GField> const& fields, bool& classUpdate, bool& fieldUpdate, bool bitmap) {
+        static char const* const kinds[] = {"new", "delete", "delete_all", "checkpoint", "update"};
+        std::string name;
+        do
+            name = r.chance(20) ? r.pick(kKeywords) : "ev" + std::to_string(events++);
+        while (eventNames.count(name) || (sql && kSql.count(name)));
+        unsigned const k = r.below(7);
+        if (k < 4 || (k == 4 && !fieldUpdate)) {
+            eventNames.insert(name);
+            classUpdate = classUpdate || k == 4;
+            return std::string("event<") + kinds[k] + "> " + name + ";";
+        }
+        if (classUpdate || bitmap)
+            return "";
+        for (GField const& f : fields)
+            if (f.kind <= VARBIN && !f.array && !f.vector && !f.optional && r.chance(50)) {
+                fieldUpdate = true;
+                eventNames.insert(name);
+                // One update event per field: the name marks the field as taken.
+                std::string const mark = "@" + f.name;
+                if (!eventNames.insert(mark).second)
+                    return "";
+                return "event<" + f.name + " update> " + name + ";";
+            }
+        return "";
+    }
+
+    // class_decl -> {prefix} "class" name "{" {member} "}" ";"
+    std::string drawClass(GClass const& k) {
+        std::ostringstream head, body;
+        std::string const sep = r.chance(70) ? "\n  " : " ";
+        std::vector<GField> fields;
+        std::set<std::string> names, indexNames;
+        bool distributed = false;
+        head << (r.chance(20) ? "compact " : "");
+        // The default persistence, which the option decides, may go unsaid.
+        head << (k.persistent == persistentDefault && r.chance(50) ? "" : k.persistent ? "persistent " : "transient ");
+        head << (r.chance(15) ? one("atomic nonatomic") + " " : "");
+        if (autoOid && r.chance(20))
+            head << one("distributed distrib") << " ", distributed = true;
         else
-            tokens.push_back(std::string(1, ch));
+            head << (r.chance(10) ? "local " : "");
+        head << (iot && (r.chance(60) || classes.front().name == k.name) ? one("uptable downtable") + " " : "");
+        head << "class " << k.name << " {";
+        bool const allPlain = r.chance(10) && !autoOid && !iot && !distributed && !k.autoid;
+        if (r.chance(15)) {
+            bool const seq = r.chance(50);
+            anyColumns = anyColumns || seq;
+            body << sep << (seq ? "sequences;" : "list;");
+        }
+        body << (k.oid ? sep + (r.chance(10) ? "OID;" : "oid;") : "");
+        body << (k.autoid ? sep + "autoid[" + std::to_string(1 + r.below(1000)) + "];" : "");
+        body << (r.chance(3) ? sep + "history[5];" : "");
+        for (unsigned i = 0, n = 1 + r.below(6); i < n; i++) {
+            bool const macro = !allPlain && r.chance(8);  // a member whose type a macro decides
+            if (!allPlain && !macro) {
+                body << sep << drawField(fields, true, names);
+                continue;
+            }
+            GField f;
+            f.name = freshName(kWords, names, allPlain);
+            f.kind = r.chance(50) ? INT : STRING;
+            fields.push_back(f);
+            std::string const type = f.kind == INT ? "signed<4> " : "string ", other = "char<2> ";
+            if (allPlain) {
+                body << sep << type << f.name << ";";
+                continue;
+            }
+            // The macro is on, or defined and then undefined, or never defined.
+            bool const on = r.chance(50), ndef = r.chance(50), defined = on || r.chance(30);
+            std::string const m = defined ? define("MON", "") : "MON" + std::to_string(++macros);
+            prelude += defined && !on ? "#undef " + m + "\n" : "";
+            body << "\n#if" << (ndef ? "ndef " : "def ") << m << "\n  " << (on != ndef ? type : other) << f.name
+                 << ";\n#else\n  " << (on != ndef ? other : type) << f.name << ";\n#endif\n";
+        }
+        // An index named like an ordered sequence would define its search
+        // function a second time, which the compiler refuses.
+        for (GField const& f : fields)
+            if (f.kind == SEQ)
+                indexNames.insert(f.name);
+        bool const bitmap = !allPlain && r.chance(8);
+        if (bitmap)
+            body << sep << "boolean updated_bitmap[" << (r.chance(50) ? "" : std::to_string(1 + r.below(8))) << "];";
+        if (allPlain && r.chance(60))
+            body << sep << (r.chance(50) ? "tree<*> " : "unique tree<*> ") << freshName(kWords, indexNames, true) << ";";
+        for (unsigned i = 0, n = r.below(4); i < n; i++) {
+            std::string index = drawIndex(k, fields, indexNames);
+            if (!index.empty())
+                body << sep << index;
+        }
+        bool classUpdate = false, fieldUpdate = false;
+        for (unsigned i = 0, n = r.chance(30) ? 1 + r.below(2) : 0; i < n; i++) {
+            std::string ev = drawEvent(fields, classUpdate, fieldUpdate, bitmap);
+            if (!ev.empty())
+                body << sep << ev;
+        }
+        if (!allPlain && r.chance(8))
+            body << sep << "TTL_count " << 1 + r.below(1000) << ";";
+        if (!allPlain && r.chance(8))
+            body << sep << "TTL_clock_time " << 1 + r.below(99) << " " << one("sec ms us us") << ";";
+        body << (r.chance(10) ? sep + (sep == " " ? "/* members end here */" : "// members end here") : "");
+        return head.str() + body.str() + (sep == " " ? " };\n" : "\n};\n");
     }
-    if (!t.empty())
-        tokens.push_back(t);
-    size_t const at = r.below(static_cast<unsigned>(tokens.size()));
-    switch (r.below(3)) {
-    case 0: c.fault = "token deleted: " + tokens[at]; tokens.erase(tokens.begin() + static_cast<long>(at)); break;
-    case 1: c.fault = "token repeated: " + tokens[at]; tokens.insert(tokens.begin() + static_cast<long>(at), tokens[at]); break;
-    default:
-        if (at + 1 < tokens.size())
-            std::swap(tokens[at], tokens[at + 1]);
-        c.fault = "tokens swapped at " + std::to_string(at);
-    }
-    c.schema.clear();
-    for (std::string const& s : tokens)
-        c.schema += s;
-    c.expect = SchemaCase::Either;
-}
 
-// schema -> "declare" "database" name ";" {statement}
-SchemaCase Gen::run() {
-    drawOptions();
-    c.db = "g" + std::to_string(c.seed);
-    std::ostringstream text;
-    text << "// schema " << c.seed << "\ndeclare database " << c.db << ";\n";
-    if (r.chance(20)) {
-        autoOid = true;
-        text << "declare " << (r.chance(80) ? "auto_oid" : r.chance(50) ? "AUTO_OID" : "HA") << "[" << 1 + r.below(5000)
-             << "];\n";
+    // Breaks one rule of the language, at the end of the text unless the rule
+    // is about the whole text.
+    void breakRule() {
+        std::string const bad = "Bad" + std::to_string(c.seed % 97);
+        std::string const first = classes.front().name;
+        std::string anyEvent;
+        for (std::string const& e : eventNames)
+            if (e[0] != '@')
+                anyEvent = e;
+        auto cls = [&bad](std::string const& body) { return "class " + bad + " { " + body + " };\n"; };
+        std::vector<std::pair<char const*, std::string>> const rules = {  // what is broken, the text that breaks it
+            {"class defined twice", "class " + first + " { signed<4> a; };\n"},
+            {"unknown type", cls("mystery a;")},
+            {"field defined twice", cls("signed<4> a; string a;")},
+            {"reserved word as a name", cls("signed<4> update;")},
+            {"key of no field", cls("signed<4> a; tree<b> t;")},
+            {"hash without estimate", cls("signed<4> a; hash<a> h;")},
+            {"patricia in a persistent class", "persistent " + cls("char<4> a; patricia<a> p;")},
+            {"event of no field", cls("signed<4> a; event<b update> e" + bad + ";")},
+            {"rectangle too wide", cls("rect<signed<4>> r[17];")},
+            {"name ending in underscore", cls("signed<4> a_;")},
+            {"integer of 3 bytes", cls("signed<3> a;")},
+            {"numeric too wide", cls("numeric<20> a;")},
+            {"blob key", cls("blob b; tree<b> t;")},
+            {"optional key", cls("optional signed<4> o; tree<o> t;")},
+            {"two array keys", cls("signed<4> v[2]; signed<4> w[2]; tree<v, w> t;")},
+            {"class and field update events", cls("signed<4> a; event<update> u" + bad + "; event<a update> v" + bad + ";")},
+            {"ref to a class without oid", oidType.empty() ? cls("oid; signed<4> a;") : cls("ref<" + bad + "> r;")},
+            {"distributed without auto_oid", (autoOid ? "" : "distributed ") + cls(autoOid ? "autoid_t<" + bad + "> a;" : "signed<4> a;")},
+            {"uptable outside iot", std::string(iot ? "downtable " : "") + "uptable " + cls("signed<4> a;")},
+            {"trigram on an integer", cls("signed<4> a; trigram<a> t;")},
+            {"kdtree on an array", cls("signed<4> a[2]; signed<4> b; kdtree<a, b> k;")},
+            {"event name used twice", cls("signed<4> a; event<new> " + (anyEvent.empty() ? "e; event<delete> e;" : anyEvent + ";"))},
+            {"TTL of zero", cls("signed<4> a; TTL_clock_time 0 us;")},
+            {"struct holds itself", "struct " + bad + " { signed<4> a; " + bad + " b; };\n"},
+            {"#else without #if", "#else\n"},
+            {"macro defined twice", "#define MDUP 1\n#define MDUP 2\n"},
+            {"include of a missing file", "#include \"missing.zyl\"\n"},
+            {"comment not closed", "/* open\n"},
+            {"updated_bitmap of integers", cls("signed<4> a; signed<4> updated_bitmap[4];")},
+            {"enum element used twice",
+             "enum " + bad + " { " + (enumElems.empty() ? "X" + bad + ", X" + bad : *enumElems.begin()) + " };\n"},
+            {"blob in a vector", cls("vector<blob> vb;")},
+            {"initial value of binary", cls("binary<4> b = 1;")},
+            {"sequence element too large", cls("sequence<char<40>> s;")},
+            {"boolean key", cls("boolean b; tree<b> t;")},
+            {"string in a direct struct", "direct struct " + bad + " { string s; };\n"},
+            {"asc in a hash key", cls("signed<4> a; hash<a asc> h[5];")},
+            {"voluntary hash", cls("signed<4> a; voluntary hash<a> h[5];")},
+            {"unique then thick", cls("string s; unique thick tree<s> t;")},
+            {"class not closed", "class " + bad + " { signed<4> a;\n"},
+            {"sequence in a struct", "struct " + bad + " { sequence<signed<4>> q; };\n"},
+            {"index named like an ordered sequence", cls("sequence<float asc> q; signed<4> a; tree<a> q;")},
+        };
+        auto const& rule = rules[r.below(static_cast<unsigned>(rules.size()))];
+        c.expect = SchemaCase::Invalid;
+        c.fault = rule.first;
+        c.schema += rule.second;
     }
-    std::string late;  // statements after the classes
-    if (r.chance(30)) {
-        oidType = typeName();
-        text << "declare " << (r.chance(10) ? "OID " : "oid ") << oidType << "[" << 1 + r.below(5000) << "];\n";
-        // oid_struct -> "struct" name "{" fixed-size fields "}" ";"
-        (r.chance(50) ? late : prelude) +=
-            "struct " + oidType + " { unsigned<4> k; " + (r.chance(50) ? "char<6> s; " : "") + "};\n";
-    }
-    if (r.chance(8)) {
-        iot = true;
-        unsigned level = r.below(3);
-        text << (level == 0 ? "iot server;\n"
-                            : level == 1 ? "iot device" + std::string(r.chance(50) ? " 12" : "") + ";\n"
-                                         : "iot router<" + std::to_string(2 + r.below(100)) + "> 7;\n");
-    }
-    std::ostringstream types;
-    if (r.chance(15)) {  // an enum and a struct from an included file
-        std::string const inc = "inc" + std::to_string(c.seed) + ".zyl";
-        std::string const included = "/* included */\n" + drawEnum();
-        c.includes.push_back({inc, included + drawStruct()});
-        types << "#include " << (r.chance(50) ? "\"" + inc + "\"" : "<" + inc + ">") << "\n";
-    }
-    for (unsigned i = 0, n = r.below(3); i < n; i++)
-        types << drawEnum();
-    for (unsigned i = 0, n = r.below(3); i < n; i++)
-        types << drawDirectStruct();
-    for (unsigned i = 0, n = r.below(4); i < n; i++) {
-        if (r.chance(20))
-            types << "/* a struct\n   of its own */\n";
-        types << drawStruct();
-    }
-    // Classes are named first: references may point forward.
-    for (unsigned i = 0, n = 1 + r.below(4); i < n; i++) {
-        GClass k;
-        k.name = typeName();
-        k.persistent = r.chance(50);
-        k.oid = !oidType.empty() && r.chance(50);
-        k.autoid = r.chance(25);
-        classes.push_back(k);
-    }
-    std::ostringstream body;
-    for (GClass const& k : classes)
-        body << drawClass(k);
-    if (r.chance(10)) {
-        body << "calculator { " << classes[0].name << "<" << 1 + r.below(100) << ">";
-        if (classes.size() > 1)
-            body << ", " << classes.back().name << "<" << 1 + r.below(100) << ">";
-        body << " };\n";
-    }
-    c.schema = text.str() + prelude + types.str() + body.str() + late;
 
-    if (r.chance(8))
-        c.options.insert(c.options.end(), {"--hide", r.chance(70) || directs.empty() ? r.pick(classes).name
-                                                                                      : r.pick(directs).name});
-    else if (r.chance(3))
-        c.options.push_back("--hide-all");
-    c.mayFailDirectPrefix = anyDirect && c.has("--prefix-names");
-    c.mayFailColumnsOnly = anyColumns && !anySequence && c.has("--cpp");
-    c.mayFailRelativeCodes = c.has("--relative-class-codes");
-    // A list of hidden classes gives the direct structs their declarations.
-    c.mayFailDirectBinding = directSized && c.has("--hide");
-    c.mayFailPropertyName = functionLike && c.has("--cpp-runtime-header");
+    // Deletes, repeats or swaps a token of the text: the result may or may not
+    // be a schema.
+    void editText() {
+        std::vector<std::string> tokens;
+        std::string t;
+        for (char ch : c.schema) {
+            bool const word = std::isalnum(static_cast<unsigned char>(ch)) || ch == '_' || ch == '<' || ch == '>';
+            if (!word && !t.empty())
+                tokens.push_back(t), t.clear();
+            if (word)
+                t += ch;
+            else
+                tokens.push_back(std::string(1, ch));
+        }
+        if (!t.empty())
+            tokens.push_back(t);
+        size_t const at = r.below(static_cast<unsigned>(tokens.size()));
+        switch (r.below(3)) {
+        case 0:
+            c.fault = "token deleted: " + tokens[at];
+            tokens.erase(tokens.begin() + static_cast<long>(at));
+            break;
+        case 1:
+            c.fault = "token repeated: " + tokens[at];
+            tokens.insert(tokens.begin() + static_cast<long>(at), tokens[at]);
+            break;
+        default:
+            if (at + 1 < tokens.size())
+                std::swap(tokens[at], tokens[at + 1]);
+            c.fault = "tokens swapped at " + std::to_string(at);
+        }
+        c.schema.clear();
+        for (std::string const& s : tokens)
+            c.schema += s;
+        c.expect = SchemaCase::Either;
+    }
 
-    unsigned const fate = r.below(100);
-    if (fate < 12)
-        breakRule();
-    else if (fate < 18)
-        editText();
-    return c;
-}
+    // schema -> "declare" "database" name ";" {statement}
+    SchemaCase run() {
+        drawOptions();
+        c.db = "g" + std::to_string(c.seed);
+        std::ostringstream text;
+        text << "// schema " << c.seed << "\ndeclare database " << c.db << ";\n";
+        if (r.chance(20)) {
+            autoOid = true;
+            text << "declare " << (r.chance(80) ? "auto_oid" : one("AUTO_OID HA")) << "[" << 1 + r.below(5000) << "];\n";
+        }
+        std::string late;  // statements after the classes
+        if (r.chance(30)) {
+            oidType = typeName();
+            text << "declare " << (r.chance(10) ? "OID " : "oid ") << oidType << "[" << 1 + r.below(5000) << "];\n";
+            // oid_struct -> "struct" name "{" fixed-size fields "}" ";"
+            (r.chance(50) ? late : prelude) +=
+                "struct " + oidType + " { unsigned<4> k; " + (r.chance(50) ? "char<6> s; " : "") + "};\n";
+        }
+        if (r.chance(8)) {
+            iot = true;
+            unsigned level = r.below(3);
+            text << (level == 0 ? "iot server;\n"
+                                : level == 1 ? "iot device" + std::string(r.chance(50) ? " 12" : "") + ";\n"
+                                             : "iot router<" + std::to_string(2 + r.below(100)) + "> 7;\n");
+        }
+        std::ostringstream types;
+        if (r.chance(15)) {  // an enum and a struct from an included file
+            std::string const inc = "inc" + std::to_string(c.seed) + ".zyl";
+            std::string const included = "/* included */\n" + drawEnum();
+            c.includes.push_back({inc, included + drawStruct()});
+            types << "#include " << (r.chance(50) ? "\"" + inc + "\"" : "<" + inc + ">") << "\n";
+        }
+        for (unsigned i = 0, n = r.below(3); i < n; i++)
+            types << drawEnum();
+        for (unsigned i = 0, n = r.below(3); i < n; i++)
+            types << drawDirectStruct();
+        for (unsigned i = 0, n = r.below(4); i < n; i++) {
+            if (r.chance(20))
+                types << "/* a struct\n   of its own */\n";
+            types << drawStruct();
+        }
+        // Classes are named first: references may point forward.
+        for (unsigned i = 0, n = 1 + r.below(4); i < n; i++)  // a braced list draws in order
+            classes.push_back(GClass{typeName(), r.chance(50), !oidType.empty() && r.chance(50), r.chance(25)});
+        std::ostringstream body;
+        for (GClass const& k : classes)
+            body << drawClass(k);
+        if (r.chance(10)) {
+            body << "calculator { " << classes[0].name << "<" << 1 + r.below(100) << ">";
+            if (classes.size() > 1)
+                body << ", " << classes.back().name << "<" << 1 + r.below(100) << ">";
+            body << " };\n";
+        }
+        c.schema = text.str() + prelude + types.str() + body.str() + late;
+
+        if (r.chance(8))
+            c.options.insert(c.options.end(), {"--hide", r.chance(70) || directs.empty() ? r.pick(classes).name
+                                                                                          : r.pick(directs).name});
+        else if (r.chance(3))
+            c.options.push_back("--hide-all");
+        c.mayFailDirectPrefix = anyDirect && c.has("--prefix-names");
+        c.mayFailColumnsOnly = anyColumns && !anySequence && c.has("--cpp");
+        c.mayFailRelativeCodes = c.has("--relative-class-codes");
+        // A list of hidden classes gives the direct structs their declarations.
+        c.mayFailDirectBinding = directSized && c.has("--hide");
+        c.mayFailPropertyName = functionLike && c.has("--cpp-runtime-header");
+
+        unsigned const fate = r.below(100);
+        if (fate < 12)
+            breakRule();
+        else if (fate < 18)
+            editText();
+        return c;
+    }
+};
 
 }  // namespace
 
