@@ -110,7 +110,7 @@ struct Gen {
     std::vector<GClass> classes;
     std::string oidType;
     bool autoOid = false, iot = false, anySequence = false, anyColumns = false, anyDirect = false;
-    bool directSized = false, functionLike = false, sql = false, persistentDefault = false;
+    bool functionLike = false, sql = false, persistentDefault = false;
     int macros = 0, events = 0;
 
     // One of the spellings of a list separated by blanks.
@@ -351,7 +351,6 @@ struct Gen {
         std::set<std::string> names;
         std::ostringstream out;
         bool const packed = r.chance(40);
-        bool sized = false;  // a member of characters or bytes
         out << (packed ? "packed " : "") << "direct struct " << s.name << " {";
         static std::pair<char const*, Kind> const ts[] = {
             {"signed<2>", INT}, {"signed<4>", INT}, {"unsigned<1>", INT}, {"double", FLOAT},  {"float", FLOAT},
@@ -363,13 +362,11 @@ struct Gen {
             f.name = freshName(kWords, names, true);
             f.array = r.chance(20);
             f.arraySize = 2;
-            sized = sized || isText(f.kind) || f.kind == BINARY;
             out << " " << t.first << " " << f.name << (f.array ? "[2]" : "") << ";";
             s.fields.push_back(f);
         }
         out << " };\n";
         anyDirect = true;
-        directSized = directSized || sized;
         directs.push_back(s);
         return out.str();
     }
@@ -727,8 +724,6 @@ struct Gen {
         c.mayFailDirectPrefix = anyDirect && c.has("--prefix-names");
         c.mayFailColumnsOnly = anyColumns && !anySequence && c.has("--cpp");
         c.mayFailRelativeCodes = c.has("--relative-class-codes");
-        // A list of hidden classes gives the direct structs their declarations.
-        c.mayFailDirectBinding = directSized && c.has("--hide");
         c.mayFailPropertyName = functionLike && c.has("--cpp-runtime-header");
 
         unsigned const fate = r.below(100);

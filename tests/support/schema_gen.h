@@ -52,10 +52,6 @@ struct SchemaCase {
     // api_compile_test.cpp); a flagged case's compile may fail only with
     // every error line naming its fault.
     bool mayFailRelativeCodes = false;  // C: --relative-class-codes
-    // Neither: the Java and C# declarations of a direct struct give a
-    // char<n>, nchar<n> or binary<n> member the dimension the C compiler
-    // computes, fieldsz(...) (GenOutput's Java and C# bindings).
-    bool mayFailDirectBinding = false;
     // Neither: under --cpp-runtime-header a field named like a member
     // function of another field ("a_get" beside "a") gets a property of
     // that name, which clashes with the function in {db}.hpp.
