@@ -128,6 +128,14 @@ for no, fid, fname, kind, find, repl, what in rows:
         print(f"{path}:{no}: {fid}: the replacement is the text itself", file=sys.stderr); bad = True
 if bad:
     sys.exit(1)
+# The texts themselves, unescaped, wait in files of their own for the apply
+# step, which then needs no escapes.
+import os
+os.makedirs(f"{os.path.dirname(out)}/texts", exist_ok=True)
+for no, fid, fname, kind, find, repl, what in rows:
+    for part, text in (("find", find), ("replace", repl)):
+        with open(f"{os.path.dirname(out)}/texts/{fid}.{part}", 'w', encoding='utf-8') as t:
+            t.write(unescape(text))
 with open(out, 'w', encoding='utf-8') as f:
     for no, fid, fname, kind, find, repl, what in rows:
         # Unit separators, not tabs: bash's read would merge empty fields
@@ -164,24 +172,13 @@ if ! ctest "${ctest_args[@]}" >"$logs/baseline-test.log" 2>&1; then
 fi
 echo "run.sh: baseline passed in $(( $(date +%s) - t0 )) s" >&2
 
-# Applies the fault of one row to the file, failing unless the
-# text to find occurs exactly once.
+# Applies fault $2 to file $1, failing unless the text to find occurs
+# exactly once.
 apply_fault() {
-    python3 - "$1" "$2" "$3" <<'PY'
+    python3 - "$1" "$work/texts/$2.find" "$work/texts/$2.replace" <<'PY'
 import sys
-file, find, repl = sys.argv[1], sys.argv[2], sys.argv[3]
-def unescape(s):
-    out, i = [], 0
-    while i < len(s):
-        c = s[i]
-        if c == '\\' and i + 1 < len(s):
-            n = s[i + 1]
-            out.append({'t': '\t', 'n': '\n', '\\': '\\'}.get(n, '\\' + n))
-            i += 2
-        else:
-            out.append(c); i += 1
-    return ''.join(out)
-find, repl = unescape(find), unescape(repl)
+file = sys.argv[1]
+find, repl = (open(p, encoding='utf-8').read() for p in sys.argv[2:4])
 text = open(file, encoding='utf-8').read()
 n = text.count(find)
 if n != 1:
@@ -201,7 +198,7 @@ while IFS=$'\x1f' read -r fid fname kind find repl what; do
     t0=$(date +%s)
     cp -p "$src/$fname" "$work/orig"
     restore_pending="$fname"
-    if ! apply_fault "$src/$fname" "$find" "$repl" </dev/null; then
+    if ! apply_fault "$src/$fname" "$fid" </dev/null; then
         echo "run.sh: fault $fid cannot be applied" >&2
         exit 1
     fi
