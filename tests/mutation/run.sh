@@ -4,7 +4,7 @@
 # which faults the suite caught. Run on demand; not part of CI.
 #
 #   tests/mutation/run.sh [-j N] [--keep] [--scratch DIR] [--timeout SECONDS]
-#                         [--faults FILE] [--no-install] [ID ...]
+#                         [--faults FILE] [--no-install] [--first] [ID ...]
 #
 # With no ID every fault of the list is planted. See tests/mutation/README.md.
 set -euo pipefail
@@ -18,6 +18,7 @@ scratch="${TMPDIR:-/tmp}/zylcomp-mutation"
 timeout_s=600
 faults="$here/faults.txt"
 no_install=0
+first=0
 ids=()
 
 usage() { sed -n '2,10p' "$0" | sed 's/^# \{0,1\}//'; }
@@ -31,6 +32,7 @@ while [ $# -gt 0 ]; do
         --timeout) timeout_s="$2"; shift 2 ;;
         --faults) faults="$2"; shift 2 ;;
         --no-install) no_install=1; shift ;;
+        --first) first=1; shift ;;
         -h|--help) usage; exit 0 ;;
         -*) echo "run.sh: unknown option $1" >&2; usage >&2; exit 2 ;;
         *) ids+=("$1"); shift ;;
@@ -159,6 +161,12 @@ ctest_args=(--test-dir "$bld" -j "$jobs" --timeout 300)
 if [ "$no_install" -eq 1 ]; then
     ctest_args+=(-LE install)
 fi
+baseline_args=("${ctest_args[@]}")
+if [ "$first" -eq 1 ]; then
+    # A fault is caught once one test fails; the rest of the suite would
+    # only say so again.
+    ctest_args+=(--stop-on-failure)
+fi
 
 echo "run.sh: building and testing the unmutated checkout" >&2
 t0=$(date +%s)
@@ -166,7 +174,7 @@ if ! cmake --build "$bld" -j "$jobs" >"$logs/baseline-build.log" 2>&1; then
     tail -40 "$logs/baseline-build.log" >&2
     echo "run.sh: the unmutated checkout does not build" >&2; exit 1
 fi
-if ! ctest "${ctest_args[@]}" >"$logs/baseline-test.log" 2>&1; then
+if ! ctest "${baseline_args[@]}" >"$logs/baseline-test.log" 2>&1; then
     tail -40 "$logs/baseline-test.log" >&2
     echo "run.sh: the unmutated suite fails; fix that first" >&2; exit 1
 fi
