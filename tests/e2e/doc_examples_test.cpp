@@ -66,11 +66,7 @@ std::vector<Block> blocks(std::string const& md) {
     return out;
 }
 
-std::string trimmed(std::string s) {
-    while (!s.empty() && s.back() == '\n')
-        s.pop_back();
-    return s;
-}
+std::string trimmed(std::string s) { return s.erase(s.find_last_not_of('\n') + 1); }
 
 // Compiles a generated file with the flags of the access-interface tests;
 // gives what the compiler printed when it failed or warned.
@@ -86,9 +82,9 @@ std::string run(Block const& b, Block const* text, std::vector<std::pair<std::st
     TempDir dir;
     for (auto const& f : files)
         dir.write(f.first, f.second);
+    dir.write("s.zyl", b.text);
     std::vector<std::string> argv = {cliPath()};
     argv.insert(argv.end(), b.args.begin(), b.args.end());
-    dir.write("s.zyl", b.text);
     argv.push_back("s.zyl");
     ProcessResult r = runProgram(argv, dir.path());
     std::string expected = text ? trimmed(text->text) : "";
