@@ -8,6 +8,9 @@
 //   ```zyl file=NAME        written as NAME beside the next compiled block
 //   ```zyl-fragment         not compiled
 // Each schema is s.zyl in a fresh directory, run as `zylcomp [OPTIONS] s.zyl`.
+// The catalogue of messages, the language reference and the tour's program
+// keep up with the compiler too (Cli.HelpManPageAndReadmeListTheSameOptions
+// checks the options).
 #include <gtest/gtest.h>
 
 #include <unistd.h>
@@ -26,7 +29,7 @@
 
 namespace {
 
-std::string const kDoc = std::string(ZYLCOMP_TESTS_DIR) + "/../doc";
+std::string const kRoot = std::string(ZYLCOMP_TESTS_DIR) + "/../", kDoc = kRoot + "doc";
 
 struct Block {
     int line;  // of the opening fence
@@ -66,11 +69,7 @@ std::vector<Block> blocks(std::string const& md) {
     return out;
 }
 
-std::string trimmed(std::string s) {
-    while (!s.empty() && s.back() == '\n')
-        s.pop_back();
-    return s;
-}
+std::string trimmed(std::string s) { return s.erase(s.find_last_not_of('\n') + 1); }
 
 // Compiles a generated file with the flags of the access-interface tests;
 // gives what the compiler printed when it failed or warned.
@@ -86,9 +85,9 @@ std::string run(Block const& b, Block const* text, std::vector<std::pair<std::st
     TempDir dir;
     for (auto const& f : files)
         dir.write(f.first, f.second);
+    dir.write("s.zyl", b.text);
     std::vector<std::string> argv = {cliPath()};
     argv.insert(argv.end(), b.args.begin(), b.args.end());
-    dir.write("s.zyl", b.text);
     argv.push_back("s.zyl");
     ProcessResult r = runProgram(argv, dir.path());
     std::string expected = text ? trimmed(text->text) : "";
@@ -197,7 +196,7 @@ TEST(DocExamples, CatalogueHoldsEveryMessage) {
                           R"(\)?\s*(?:\+|:\s*)" + lit + ")?");
     int found = 0;
     for (char const* dir : {"host/zylcomp", "frontend", "target/zylcomp", "driver", "foundation", "tools"}) {
-        for (auto const& entry : std::filesystem::directory_iterator(std::string(ZYLCOMP_TESTS_DIR "/../") + dir)) {
+        for (auto const& entry : std::filesystem::directory_iterator(kRoot + dir)) {
             if (entry.path().extension() != ".cpp")
                 continue;
             std::string const text = readFile(entry.path().string());
@@ -211,3 +210,42 @@ TEST(DocExamples, CatalogueHoldsEveryMessage) {
     }
     EXPECT_GT(found, 150);
 }
+
+namespace {
+
+// The words no schema may use as a name, and the other words the grammar
+// reads in their places.
+char const* const kWords[] = {
+    "class", "signed", "unsigned", "char", "binary", "OID", "oid", "compact", "struct", "list", "sequences",
+    "autoid", "hash", "tree", "double", "float", "string", "declare", "database", "voluntary", "optional", "date",
+    "time", "datetime", "vector", "history", "unique", "nonunique", "ascending", "asc", "descending", "desc",
+    "case_insensitive", "ignore_case", "ref", "event", "new", "delete", "delete_all", "checkpoint", "update",
+    "uptable", "downtable", "iot", "calculator", "nchar", "nstring", "direct", "packed", "persistent", "transient",
+    "local", "distributed", "distrib", "userdef", "collate",
+    // read by the grammar
+    "sequence", "rect", "rectangle", "point", "patricia", "kdtree", "rtree", "trigram", "inclusive", "thick",
+    "nullable", "atomic", "nonatomic", "TTL_count", "TTL_clock_time", "sec", "ms", "us", "server", "device",
+    "router", "auto_oid", "AUTO_OID", "HA", "autoid_t", "numeric", "decimal", "boolean", "blob", "varbinary",
+    "updated_bitmap"};
+
+TEST(DocReference, EveryWordOfTheLanguageIsInTheReference) {
+    std::string const doc = readFile(kRoot + "doc/language.md");
+    for (char const* word : kWords)
+        EXPECT_NE(doc.find("`" + std::string(word) + "`"), std::string::npos) << word;
+}
+
+TEST(DocTour, ProgramCompiles) {
+    if (::access(ZYLCOMP_TEST_CC, X_OK) != 0)
+        GTEST_SKIP() << "no C compiler";
+    TempDir dir;
+    ProcessResult gen = runProgram({cliPath(), "-q", "-o", dir.path(), kRoot + "examples/tour/hotel.zyl"});
+    ASSERT_EQ(gen.status, 0) << gen.err;
+    EXPECT_EQ(gen.err, "");
+    ProcessResult cc = runProgram({ZYLCOMP_TEST_CC, "-std=c99", "-Wall", "-Werror", "-c", "-I" + dir.path(),
+                                   std::string("-I") + ZYLCOMP_TESTS_DIR + "/runtime", "-I" + kRoot + "include",
+                                   kRoot + "examples/tour/main.c", "hotel.c"},
+                                  dir.path());
+    EXPECT_EQ(cc.status, 0) << cc.err;
+}
+
+}  // namespace

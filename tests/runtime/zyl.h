@@ -12,28 +12,15 @@
 
 #include "../../include/zyldict.h"
 
-typedef int8_t int1;
-typedef int16_t int2;
-typedef int32_t int4;
-typedef int64_t zyl_int8;
-typedef uint8_t uint1;
-typedef uint16_t uint2;
-typedef uint32_t uint4;
-typedef uint64_t uint8;
+typedef int8_t int1; typedef int16_t int2; typedef int32_t int4; typedef int64_t zyl_int8;
+typedef uint8_t uint1; typedef uint16_t uint2; typedef uint32_t uint4; typedef uint64_t uint8;
 
 typedef size_t zyl_size_t;
 typedef uint32_t zyl_offs_t;
 typedef struct zyl_calculator_t_* zyl_calculator_h;
 /* The calculator's table: each class with its number of objects. */
-typedef struct zyl_calc_class_t_ {
-    const char* name;
-    uint4 count;
-    uint2 class_code;
-} zyl_calc_class_t;
-typedef struct zyl_calculator_t_ {
-    zyl_calc_class_t* classes;
-    int nclasses;
-} zyl_calculator_t;
+typedef struct zyl_calc_class_t_ { const char* name; uint4 count; uint2 class_code; } zyl_calc_class_t;
+typedef struct zyl_calculator_t_ { zyl_calc_class_t* classes; int nclasses; } zyl_calculator_t;
 #define NULLPTR ((void*)0)
 typedef struct ZYL_Hf_ { void* obj; } ZYL_Hf;
 
@@ -77,25 +64,15 @@ typedef enum {
 typedef struct zyl_external_field_t_ {
     int field_type;
     union {
-        uint1 u1;
-        uint2 u2;
-        uint4 u4;
-        uint8 u8;
-        int1 i1;
-        int2 i2;
-        int4 i4;
-        zyl_int8 i8;
-        float flt;
-        double dbl;
+        uint1 u1; uint2 u2; uint4 u4; uint8 u8;
+        int1 i1; int2 i2; int4 i4; zyl_int8 i8;
+        float flt; double dbl;
         uint4 ptr_size;
     } v;
     const char* ptr;
     uint2 bit_len;
 } zyl_external_field_t, *zyl_external_field_h;
-typedef struct zyl_search_kwd_t_ {
-    const char* word;
-    uint2 len;
-} zyl_search_kwd_t;
+typedef struct zyl_search_kwd_t_ { const char* word; uint2 len; } zyl_search_kwd_t;
 
 /* XML and JSON access write through the caller's function. */
 typedef int (*zyl_stream_write)(void* stream_handle, const void* from, unsigned nbytes);

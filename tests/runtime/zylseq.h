@@ -41,17 +41,10 @@ ZYL_RET zyl_w_seq_count(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c,
     ZYL_RET zyl_w_seq_project_##s(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, zyl_seq_iterator_h dst, \
                                   zyl_seq_iterator_h src); \
     ZYL_RET zyl_w_seq_store_##s(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, zyl_seq_iterator_h src);
-ZYL_TEST_SEQUENCE_CALLS(uint1, uint1)
-ZYL_TEST_SEQUENCE_CALLS(uint2, uint2)
-ZYL_TEST_SEQUENCE_CALLS(uint4, uint4)
-ZYL_TEST_SEQUENCE_CALLS(uint8, uint8)
-ZYL_TEST_SEQUENCE_CALLS(int1, int1)
-ZYL_TEST_SEQUENCE_CALLS(int2, int2)
-ZYL_TEST_SEQUENCE_CALLS(int4, int4)
-ZYL_TEST_SEQUENCE_CALLS(int8, zyl_int8)
-ZYL_TEST_SEQUENCE_CALLS(float, float)
-ZYL_TEST_SEQUENCE_CALLS(double, double)
-ZYL_TEST_SEQUENCE_CALLS(datetime, zyl_datetime)
+ZYL_TEST_SEQUENCE_CALLS(uint1, uint1) ZYL_TEST_SEQUENCE_CALLS(uint2, uint2) ZYL_TEST_SEQUENCE_CALLS(uint4, uint4)
+ZYL_TEST_SEQUENCE_CALLS(uint8, uint8) ZYL_TEST_SEQUENCE_CALLS(int1, int1) ZYL_TEST_SEQUENCE_CALLS(int2, int2)
+ZYL_TEST_SEQUENCE_CALLS(int4, int4) ZYL_TEST_SEQUENCE_CALLS(int8, zyl_int8) ZYL_TEST_SEQUENCE_CALLS(float, float)
+ZYL_TEST_SEQUENCE_CALLS(double, double) ZYL_TEST_SEQUENCE_CALLS(datetime, zyl_datetime)
 
 /* Characters, binary data and structs of up to ZYL_SEQ_MAX_CHAR_SIZE bytes:
  * elements by address, their size last. */

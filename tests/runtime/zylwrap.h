@@ -40,89 +40,51 @@ ZYL_RET zyl_w_obj_del_byoid(zyl_trans_h t, const void* oid);
 ZYL_RET zyl_w_classcode_byoid(zyl_trans_h t, const void* oid, uint2* class_code);
 
 /* Scalar fields, by size. A "2" call takes the offsets of both formats (large first). */
-ZYL_RET zyl_w_b1_get(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, void* result);
-ZYL_RET zyl_w_b1_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, void* result);
-ZYL_RET zyl_w_b1_put(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, uint1 indexed, uint1 value);
-ZYL_RET zyl_w_b1_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint1 indexed, uint1 value);
-ZYL_RET zyl_w_b1_put_ev(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, uint1 indexed, uint1 value, uint4 event_id);
-ZYL_RET zyl_w_b1_put_ev2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint1 indexed, uint1 value,
-                         uint4 event_id);
-ZYL_RET zyl_w_b2_get(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, void* result);
-ZYL_RET zyl_w_b2_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, void* result);
-ZYL_RET zyl_w_b2_put(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, uint1 indexed, uint2 value);
-ZYL_RET zyl_w_b2_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint1 indexed, uint2 value);
-ZYL_RET zyl_w_b2_put_ev(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, uint1 indexed, uint2 value, uint4 event_id);
-ZYL_RET zyl_w_b2_put_ev2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint1 indexed, uint2 value,
-                         uint4 event_id);
-ZYL_RET zyl_w_b4_get(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, void* result);
-ZYL_RET zyl_w_b4_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, void* result);
-ZYL_RET zyl_w_b4_put(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, uint1 indexed, uint4 value);
-ZYL_RET zyl_w_b4_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint1 indexed, uint4 value);
-ZYL_RET zyl_w_b4_put_ev(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, uint1 indexed, uint4 value, uint4 event_id);
-ZYL_RET zyl_w_b4_put_ev2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint1 indexed, uint4 value,
-                         uint4 event_id);
-ZYL_RET zyl_w_b8_get(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, void* result);
-ZYL_RET zyl_w_b8_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, void* result);
-ZYL_RET zyl_w_b8_put(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, uint1 indexed, uint8 value);
-ZYL_RET zyl_w_b8_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint1 indexed, uint8 value);
-ZYL_RET zyl_w_b8_put_ev(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, uint1 indexed, uint8 value, uint4 event_id);
-ZYL_RET zyl_w_b8_put_ev2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint1 indexed, uint8 value,
-                         uint4 event_id);
-ZYL_RET zyl_w_bit_get(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, void* result);
-ZYL_RET zyl_w_bit_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, void* result);
-ZYL_RET zyl_w_bit_put(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, uint1 indexed, uint1 value);
-ZYL_RET zyl_w_bit_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint1 indexed, uint1 value);
-ZYL_RET zyl_w_bit_put_ev(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, uint1 indexed, uint1 value, uint4 event_id);
-ZYL_RET zyl_w_bit_put_ev2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint1 indexed, uint1 value,
-                         uint4 event_id);
+#define ZYL_TEST_SCALAR_CALLS(p, T) \
+    ZYL_RET zyl_w_##p##_get(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, void* result); \
+    ZYL_RET zyl_w_##p##_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, void* result); \
+    ZYL_RET zyl_w_##p##_put(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, uint1 indexed, T value); \
+    ZYL_RET zyl_w_##p##_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint1 indexed, \
+                             T value); \
+    ZYL_RET zyl_w_##p##_put_ev(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, uint1 indexed, T value, \
+                               uint4 event_id); \
+    ZYL_RET zyl_w_##p##_put_ev2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, \
+                                uint1 indexed, T value, uint4 event_id);
+ZYL_TEST_SCALAR_CALLS(b1, uint1) ZYL_TEST_SCALAR_CALLS(b2, uint2) ZYL_TEST_SCALAR_CALLS(b4, uint4)
+ZYL_TEST_SCALAR_CALLS(b8, uint8) ZYL_TEST_SCALAR_CALLS(bit, uint1)
 
 /* Numeric fields as text. */
-ZYL_RET zyl_w_numeric_b1_to_string(int1 value, int precision, char* buf, int buf_size);
-ZYL_RET zyl_w_numeric_b1_from_string(int1* value, int precision, char const* buf);
-ZYL_RET zyl_w_numeric_b2_to_string(int2 value, int precision, char* buf, int buf_size);
-ZYL_RET zyl_w_numeric_b2_from_string(int2* value, int precision, char const* buf);
-ZYL_RET zyl_w_numeric_b4_to_string(int4 value, int precision, char* buf, int buf_size);
-ZYL_RET zyl_w_numeric_b4_from_string(int4* value, int precision, char const* buf);
-ZYL_RET zyl_w_numeric_b8_to_string(zyl_int8 value, int precision, char* buf, int buf_size);
-ZYL_RET zyl_w_numeric_b8_from_string(zyl_int8* value, int precision, char const* buf);
+#define ZYL_TEST_NUMERIC_CALLS(p, T) \
+    ZYL_RET zyl_w_numeric_##p##_to_string(T value, int precision, char* buf, int buf_size); \
+    ZYL_RET zyl_w_numeric_##p##_from_string(T* value, int precision, char const* buf);
+ZYL_TEST_NUMERIC_CALLS(b1, int1) ZYL_TEST_NUMERIC_CALLS(b2, int2) ZYL_TEST_NUMERIC_CALLS(b4, int4)
+ZYL_TEST_NUMERIC_CALLS(b8, zyl_int8)
 
-/* Characters and other fixed-size data; the last size is the field's. */
-ZYL_RET zyl_w_chars_get(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, char* dest, uint2 dest_size, uint2 size);
-ZYL_RET zyl_w_chars_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, char* dest, uint2 dest_size,
-                        uint2 size);
-ZYL_RET zyl_w_chars_put(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, const char* src, uint2 len, uint2 size, uint1 indexed);
-ZYL_RET zyl_w_chars_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, const char* src, uint2 len,
-                        uint2 size, uint1 indexed);
-ZYL_RET zyl_w_chars_put_ev(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, const char* src, uint2 len, uint2 size,
-                         uint1 indexed, uint4 event_id);
-ZYL_RET zyl_w_chars_put_ev2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, const char* src,
-                          uint2 len, uint2 size, uint1 indexed, uint4 event_id);
-ZYL_RET zyl_w_nchars_get(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, nchar_t* dest, uint2 dest_size, uint2 size);
-ZYL_RET zyl_w_nchars_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, nchar_t* dest, uint2 dest_size,
-                        uint2 size);
-ZYL_RET zyl_w_nchars_put(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, const nchar_t* src, uint2 len, uint2 size, uint1 indexed);
-ZYL_RET zyl_w_nchars_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, const nchar_t* src, uint2 len,
-                        uint2 size, uint1 indexed);
-ZYL_RET zyl_w_nchars_put_ev(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, const nchar_t* src, uint2 len, uint2 size,
-                         uint1 indexed, uint4 event_id);
-ZYL_RET zyl_w_nchars_put_ev2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, const nchar_t* src,
-                          uint2 len, uint2 size, uint1 indexed, uint4 event_id);
+/* Characters (C char, nchar_t); the last size is the field's. */
+#define ZYL_TEST_CHARS_CALLS(p, C) \
+    ZYL_RET zyl_w_##p##_get(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, C* dest, uint2 dest_size, uint2 size); \
+    ZYL_RET zyl_w_##p##_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, C* dest, \
+                             uint2 dest_size, uint2 size); \
+    ZYL_RET zyl_w_##p##_put(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, const C* src, uint2 len, uint2 size, \
+                            uint1 indexed); \
+    ZYL_RET zyl_w_##p##_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, const C* src, \
+                             uint2 len, uint2 size, uint1 indexed); \
+    ZYL_RET zyl_w_##p##_put_ev(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, const C* src, uint2 len, \
+                               uint2 size, uint1 indexed, uint4 event_id); \
+    ZYL_RET zyl_w_##p##_put_ev2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, \
+                                const C* src, uint2 len, uint2 size, uint1 indexed, uint4 event_id);
+ZYL_TEST_CHARS_CALLS(chars, char) ZYL_TEST_CHARS_CALLS(nchars, nchar_t)
 
 /* Strings. */
-ZYL_RET zyl_w_string_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, char* dest, uint2 dest_size,
-                         uint2* len);
-ZYL_RET zyl_w_string_len2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint2* len);
-ZYL_RET zyl_w_string_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, const char* src, uint2 len,
-                         uint1 indexed);
-ZYL_RET zyl_w_string_put_ev2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, const char* src,
-                           uint2 len, uint1 indexed, uint4 event_id);
-ZYL_RET zyl_w_nstring_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, nchar_t* dest, uint2 dest_size,
-                         uint2* len);
-ZYL_RET zyl_w_nstring_len2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint2* len);
-ZYL_RET zyl_w_nstring_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, const nchar_t* src, uint2 len,
-                         uint1 indexed);
-ZYL_RET zyl_w_nstring_put_ev2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, const nchar_t* src,
-                           uint2 len, uint1 indexed, uint4 event_id);
+#define ZYL_TEST_STRING_CALLS(p, C) \
+    ZYL_RET zyl_w_##p##_get2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, C* dest, \
+                             uint2 dest_size, uint2* len); \
+    ZYL_RET zyl_w_##p##_len2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint2* len); \
+    ZYL_RET zyl_w_##p##_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, const C* src, \
+                             uint2 len, uint1 indexed); \
+    ZYL_RET zyl_w_##p##_put_ev2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, \
+                                const C* src, uint2 len, uint1 indexed, uint4 event_id);
+ZYL_TEST_STRING_CALLS(string, char) ZYL_TEST_STRING_CALLS(nstring, nchar_t)
 
 /* Nested structs, direct structs, blobs. */
 ZYL_RET zyl_w_struct_get2(zyl_objhandle_h h, zyl_objhandle_h s, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno);
@@ -177,8 +139,7 @@ ZYL_RET zyl_w_blob_append2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs
                                       zyl_offs_t offs_c, uint2 fldno); \
     ZYL_RET zyl_w_##p##_struct_e_put2(zyl_objhandle_h h, zyl_objhandle_h s, uint2 index, zyl_offs_t offs_u, \
                                       zyl_offs_t offs_c, uint2 fldno, uint1 indexed);
-ZYL_TEST_ELEMENT_CALLS(v)
-ZYL_TEST_ELEMENT_CALLS(va)
+ZYL_TEST_ELEMENT_CALLS(v) ZYL_TEST_ELEMENT_CALLS(va)
 
 /* Bits are put with the "2" for vectors only. */
 ZYL_RET zyl_w_v_bit_e_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, uint2 index,
@@ -222,30 +183,17 @@ ZYL_RET zyl_w_optional_erase2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t o
     ZYL_RET zyl_w_##k##_put(zyl_objhandle_h h, zyl_offs_t offs, uint2 fldno, const void* src, uint1 indexed); \
     ZYL_RET zyl_w_##k##_put2(zyl_objhandle_h h, zyl_offs_t offs_u, zyl_offs_t offs_c, uint2 fldno, const void* src, \
                              uint1 indexed);
-ZYL_TEST_SPATIAL_CALLS(point_b1)
-ZYL_TEST_SPATIAL_CALLS(point_b2)
-ZYL_TEST_SPATIAL_CALLS(point_b4)
-ZYL_TEST_SPATIAL_CALLS(point_b8)
-ZYL_TEST_SPATIAL_CALLS(rect_b1)
-ZYL_TEST_SPATIAL_CALLS(rect_b2)
-ZYL_TEST_SPATIAL_CALLS(rect_b4)
-ZYL_TEST_SPATIAL_CALLS(rect_b8)
+ZYL_TEST_SPATIAL_CALLS(point_b1) ZYL_TEST_SPATIAL_CALLS(point_b2) ZYL_TEST_SPATIAL_CALLS(point_b4)
+ZYL_TEST_SPATIAL_CALLS(point_b8) ZYL_TEST_SPATIAL_CALLS(rect_b1) ZYL_TEST_SPATIAL_CALLS(rect_b2)
+ZYL_TEST_SPATIAL_CALLS(rect_b4) ZYL_TEST_SPATIAL_CALLS(rect_b8)
 
 /* Columns of a class declared with "sequences", by C type. */
-ZYL_RET zyl_w_seq_sequence_uint1(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
-ZYL_RET zyl_w_seq_sequence_uint2(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
-ZYL_RET zyl_w_seq_sequence_uint4(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
-ZYL_RET zyl_w_seq_sequence_uint8(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
-ZYL_RET zyl_w_seq_sequence_int1(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
-ZYL_RET zyl_w_seq_sequence_int2(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
-ZYL_RET zyl_w_seq_sequence_int4(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
-ZYL_RET zyl_w_seq_sequence_zyl_int8(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
-ZYL_RET zyl_w_seq_sequence_float(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
-ZYL_RET zyl_w_seq_sequence_double(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
-ZYL_RET zyl_w_seq_sequence_zyl_date(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
-ZYL_RET zyl_w_seq_sequence_zyl_time(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
-ZYL_RET zyl_w_seq_sequence_zyl_datetime(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
-ZYL_RET zyl_w_seq_sequence_autoid_t(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
+#define ZYL_TEST_COLUMN_CALL(T) \
+    ZYL_RET zyl_w_seq_sequence_##T(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq);
+ZYL_TEST_COLUMN_CALL(uint1) ZYL_TEST_COLUMN_CALL(uint2) ZYL_TEST_COLUMN_CALL(uint4) ZYL_TEST_COLUMN_CALL(uint8)
+ZYL_TEST_COLUMN_CALL(int1) ZYL_TEST_COLUMN_CALL(int2) ZYL_TEST_COLUMN_CALL(int4) ZYL_TEST_COLUMN_CALL(zyl_int8)
+ZYL_TEST_COLUMN_CALL(float) ZYL_TEST_COLUMN_CALL(double) ZYL_TEST_COLUMN_CALL(zyl_date)
+ZYL_TEST_COLUMN_CALL(zyl_time) ZYL_TEST_COLUMN_CALL(zyl_datetime) ZYL_TEST_COLUMN_CALL(autoid_t)
 ZYL_RET zyl_w_seq_sequence_char(zyl_trans_t t, uint2 class_code, zyl_offs_t offs, zyl_seq_iterator_h seq, uint2 size);
 
 /* Indexes. */

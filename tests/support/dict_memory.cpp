@@ -30,10 +30,9 @@ void* record(void* p, std::size_t size) {
     return p;
 }
 
-// The walk over a dictionary: which blocks it reaches, and the first
-// pointer that lies outside every block.
-class Walk {
-public:
+// The walk over a dictionary: which blocks it reaches (strings and tables
+// apart), and the first pointer that lies outside every block.
+struct Walk {
     // `count` elements of `size` bytes at `p`.
     void table(void const* p, std::size_t count, std::size_t size, char const* what) {
         if (p == nullptr) {
@@ -43,7 +42,7 @@ public:
         }
         char const* start = reach(static_cast<char const*>(p), count * size, what);
         if (start != nullptr)
-            m_tables.insert(start);
+            tables.insert(start);
     }
     // A string is a block of its own, which one pointer alone reaches.
     void text(char const* s, char const* what) {
@@ -55,22 +54,16 @@ public:
             fail(std::string(what) + " is no block of its own");
             return;
         }
-        if (!m_texts.insert(s).second)
+        if (!texts.insert(s).second)
             fail(std::string(what) + " is reached twice");
         // The block must hold the text with its NUL before strlen reads it.
         if (reach(s, 1, what) != nullptr)
             reach(s, std::strlen(s) + 1, what);
     }
-    std::set<char const*> const& reached() const { return m_reached; }
-    std::set<char const*> const& texts() const { return m_texts; }
-    std::set<char const*> const& tables() const { return m_tables; }
-    std::string const& error() const { return m_error; }
     void fail(std::string const& e) {
-        if (m_error.empty())
-            m_error = e;
+        if (error.empty())
+            error = e;
     }
-
-private:
     // The start of the block that holds `bytes` bytes at `p`, or null.
     char const* reach(char const* p, std::size_t bytes, char const* what) {
         auto it = blocks().upper_bound(p);
@@ -78,7 +71,7 @@ private:
             --it;
             char const* start = it->first;
             if (p >= start && p + bytes <= start + it->second) {
-                m_reached.insert(start);
+                reached.insert(start);
                 return start;
             }
         }
@@ -86,10 +79,8 @@ private:
         return nullptr;
     }
 
-    std::set<char const*> m_reached;
-    std::set<char const*> m_texts;
-    std::set<char const*> m_tables;
-    std::string m_error;
+    std::set<char const*> reached, texts, tables;
+    std::string error;
 };
 
 }  // namespace
@@ -103,7 +94,6 @@ extern "C" void* zyl_sys_calloc(size_t count, size_t size) {
 namespace dictmem {
 
 std::size_t allocations() { return handedOut; }
-
 std::size_t live() { return blocks().size(); }
 
 void releaseAll() {
@@ -131,15 +121,9 @@ bool release(void* p) {
 
 namespace {
 
-std::size_t freed = 0;
-std::size_t notLive = 0;
+std::size_t freed = 0, notLive = 0;
 
-void deallocate(void* p) {
-    if (release(p))
-        freed++;
-    else
-        notLive++;
-}
+void deallocate(void* p) { ++(release(p) ? freed : notLive); }
 
 }  // namespace
 
@@ -189,12 +173,12 @@ std::string checkOwnedBy(zyl_dictionary_t const* d) {
 
     w.table(d->init_i_data.ptr, d->init_i_data_n, sizeof(std::int32_t), "init_i_data");
     w.table(d->init_d_data.ptr, d->init_d_data_n, sizeof(double), "init_d_data");
-    if (!w.error().empty())
-        return w.error();
+    if (!w.error.empty())
+        return w.error;
     for (auto const& b : blocks()) {
-        if (w.reached().count(b.first) == 0)
+        if (w.reached.count(b.first) == 0)
             return "a block of " + std::to_string(b.second) + " bytes that the dictionary does not reach";
-        if (w.texts().count(b.first) != 0 && w.tables().count(b.first) != 0)
+        if (w.texts.count(b.first) != 0 && w.tables.count(b.first) != 0)
             return "a string in a block that a table pointer reaches too";
     }
     return "";

@@ -75,13 +75,7 @@ void execProgram(std::vector<std::string> const& argv) {
     _exit(127);
 }
 
-std::string cliPath() {
-#ifdef ZYLCOMP_CLI
-    return ZYLCOMP_CLI;
-#else
-    return "";
-#endif
-}
+std::string cliPath() { return ZYLCOMP_CLI; }
 
 TempDir::TempDir() {
     m_path = "/tmp/zylcomp-test-XXXXXX";

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <iterator>
 #include <set>
 #include <sstream>
 
@@ -62,8 +63,7 @@ struct GClass {
 struct GKey {
     std::string path;
     Kind kind;
-    bool multi;   // lies in a vector or an array
-    bool nested;
+    bool multi, nested;  // multi: lies in a vector or an array
     GField const* f;
 };
 
@@ -72,10 +72,7 @@ using Words = std::vector<std::string>;
 // The words of a list separated by blanks.
 Words words(char const* list) {
     std::istringstream in(list);
-    Words out;
-    for (std::string w; in >> w;)
-        out.push_back(w);
-    return out;
+    return Words(std::istream_iterator<std::string>(in), {});
 }
 
 Words const kWords = words("a b id qty name price code kind flag stamp x y t c h value result len size src handle "
@@ -87,8 +84,7 @@ Words const kKeywords = words("int switch public base package namespace long sho
                               "try final goto volatile operator lock typename do if while virtual register extern "
                               "auto sizeof byte private for in union is as const");
 // Those of the names above that --sql-reserved-words refuses.
-Words const kSqlList = words("int for in union is as");
-std::set<std::string> const kSql(kSqlList.begin(), kSqlList.end());
+std::set<std::string> const kSql = {"int", "for", "in", "union", "is", "as"};
 Words const kClassWords = words("Item Order Part Note Cell Node Tick Doc Word Shop Acct Log");
 Words const kEnumWords = words("RED GREEN BLUE LOW HIGH ON OFF NORTH SOUTH");
 Words const kEnumKeywords = words("virtual explicit sealed abstract override native");
@@ -407,12 +403,10 @@ struct Gen {
         // The kinds of their own rules: kdtree, rtree, patricia and trigram.
         static std::pair<char const*, bool (*)(GKey const&)> const special[] = {
             {"kdtree", [](GKey const& x) { return !x.nested && !x.multi && (x.kind == INT || x.kind == FLOAT); }},
-            {"rtree",
-             [](GKey const& x) {
+            {"rtree", [](GKey const& x) {
                  return !x.nested && (x.kind == RECT || x.kind == POINT || (x.f->array && x.kind == INT && x.f->arraySize % 2 == 0));
              }},
-            {"patricia",
-             [](GKey const& x) {
+            {"patricia", [](GKey const& x) {
                  return x.kind == CHARS || x.kind == BINARY || x.kind == INT || (x.kind == BOOL && x.multi) ||
                         (x.f->vector && x.kind != BOOL);
              }},
@@ -545,17 +539,12 @@ struct Gen {
             body << sep << "boolean updated_bitmap[" << (r.chance(50) ? "" : std::to_string(1 + r.below(8))) << "];";
         if (allPlain && r.chance(60))
             body << sep << (r.chance(50) ? "tree<*> " : "unique tree<*> ") << freshName(kWords, indexNames, true) << ";";
-        for (unsigned i = 0, n = r.below(4); i < n; i++) {
-            std::string index = drawIndex(k, fields, indexNames);
-            if (!index.empty())
-                body << sep << index;
-        }
+        auto member = [&](std::string const& m) { body << (m.empty() ? "" : sep + m); };
+        for (unsigned i = 0, n = r.below(4); i < n; i++)
+            member(drawIndex(k, fields, indexNames));
         bool classUpdate = false, fieldUpdate = false;
-        for (unsigned i = 0, n = r.chance(30) ? 1 + r.below(2) : 0; i < n; i++) {
-            std::string ev = drawEvent(fields, classUpdate, fieldUpdate, bitmap);
-            if (!ev.empty())
-                body << sep << ev;
-        }
+        for (unsigned i = 0, n = r.chance(30) ? 1 + r.below(2) : 0; i < n; i++)
+            member(drawEvent(fields, classUpdate, fieldUpdate, bitmap));
         if (!allPlain && r.chance(8))
             body << sep << "TTL_count " << 1 + r.below(1000) << ";";
         if (!allPlain && r.chance(8))
@@ -575,20 +564,15 @@ struct Gen {
                 anyEvent = e;
         auto cls = [&bad](std::string const& body) { return "class " + bad + " { " + body + " };\n"; };
         std::vector<std::pair<char const*, std::string>> const rules = {  // what is broken, the text that breaks it
-            {"class defined twice", "class " + first + " { signed<4> a; };\n"},
-            {"unknown type", cls("mystery a;")},
+            {"class defined twice", "class " + first + " { signed<4> a; };\n"}, {"unknown type", cls("mystery a;")},
             {"field defined twice", cls("signed<4> a; string a;")},
-            {"reserved word as a name", cls("signed<4> update;")},
-            {"key of no field", cls("signed<4> a; tree<b> t;")},
+            {"reserved word as a name", cls("signed<4> update;")}, {"key of no field", cls("signed<4> a; tree<b> t;")},
             {"hash without estimate", cls("signed<4> a; hash<a> h;")},
             {"patricia in a persistent class", "persistent " + cls("char<4> a; patricia<a> p;")},
             {"event of no field", cls("signed<4> a; event<b update> e" + bad + ";")},
-            {"rectangle too wide", cls("rect<signed<4>> r[17];")},
-            {"name ending in underscore", cls("signed<4> a_;")},
-            {"integer of 3 bytes", cls("signed<3> a;")},
-            {"numeric too wide", cls("numeric<20> a;")},
-            {"blob key", cls("blob b; tree<b> t;")},
-            {"optional key", cls("optional signed<4> o; tree<o> t;")},
+            {"rectangle too wide", cls("rect<signed<4>> r[17];")}, {"name ending in underscore", cls("signed<4> a_;")},
+            {"integer of 3 bytes", cls("signed<3> a;")}, {"numeric too wide", cls("numeric<20> a;")},
+            {"blob key", cls("blob b; tree<b> t;")}, {"optional key", cls("optional signed<4> o; tree<o> t;")},
             {"two array keys", cls("signed<4> v[2]; signed<4> w[2]; tree<v, w> t;")},
             {"class and field update events", cls("signed<4> a; event<update> u" + bad + "; event<a update> v" + bad + ";")},
             {"ref to a class without oid", oidType.empty() ? cls("oid; signed<4> a;") : cls("ref<" + bad + "> r;")},
@@ -599,17 +583,13 @@ struct Gen {
             {"event name used twice", cls("signed<4> a; event<new> " + (anyEvent.empty() ? "e; event<delete> e;" : anyEvent + ";"))},
             {"TTL of zero", cls("signed<4> a; TTL_clock_time 0 us;")},
             {"struct holds itself", "struct " + bad + " { signed<4> a; " + bad + " b; };\n"},
-            {"#else without #if", "#else\n"},
-            {"macro defined twice", "#define MDUP 1\n#define MDUP 2\n"},
-            {"include of a missing file", "#include \"missing.zyl\"\n"},
-            {"comment not closed", "/* open\n"},
+            {"#else without #if", "#else\n"}, {"macro defined twice", "#define MDUP 1\n#define MDUP 2\n"},
+            {"include of a missing file", "#include \"missing.zyl\"\n"}, {"comment not closed", "/* open\n"},
             {"updated_bitmap of integers", cls("signed<4> a; signed<4> updated_bitmap[4];")},
             {"enum element used twice",
              "enum " + bad + " { " + (enumElems.empty() ? "X" + bad + ", X" + bad : *enumElems.begin()) + " };\n"},
-            {"blob in a vector", cls("vector<blob> vb;")},
-            {"initial value of binary", cls("binary<4> b = 1;")},
-            {"sequence element too large", cls("sequence<char<40>> s;")},
-            {"boolean key", cls("boolean b; tree<b> t;")},
+            {"blob in a vector", cls("vector<blob> vb;")}, {"initial value of binary", cls("binary<4> b = 1;")},
+            {"sequence element too large", cls("sequence<char<40>> s;")}, {"boolean key", cls("boolean b; tree<b> t;")},
             {"string in a direct struct", "direct struct " + bad + " { string s; };\n"},
             {"asc in a hash key", cls("signed<4> a; hash<a asc> h[5];")},
             {"voluntary hash", cls("signed<4> a; voluntary hash<a> h[5];")},

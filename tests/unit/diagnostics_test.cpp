@@ -27,11 +27,7 @@ ProcessResult report(std::function<void(ErrReporter&)> const& call, char const* 
 TEST(Diagnostics, TranslateError) {
     for (int i = 0; ZYL_MESSAGES[i] != nullptr; i++)  // every entry splits into key and message
         EXPECT_EQ(std::count(ZYL_MESSAGES[i], ZYL_MESSAGES[i] + std::strlen(ZYL_MESSAGES[i]), '='), 1) << i;
-    struct {
-        char const* key;
-        char const* p[4];
-        char const* expected;
-    } const cases[] = {
+    struct { char const *key, *p[4], *expected; } const cases[] = {
         {"type #1 already defined", {"T", "", "", ""}, "type \"T\" was already defined"},
         // With no parameter at all the message stands as it is, "#1" and all.
         {"type #1 already defined", {"", "", "", ""}, "type \"#1\" was already defined"},
@@ -61,12 +57,7 @@ TEST(Diagnostics, ReplacedTableEntryTakesEffect) {
 }
 
 TEST(Diagnostics, ErrReporterPrefixRules) {
-    struct {
-        char const* file;
-        char const* defaultFile;
-        int line, pos;
-        char const* prefix;
-    } const cases[] = {
+    struct { char const *file, *defaultFile; int line, pos; char const* prefix; } const cases[] = {
         {"", "dflt.zyl", 3, 4, "File dflt.zyl;  line 3, position 5: "},
         {"a.zyl", "", 0, 0, "File a.zyl;  line 0: "},
         {"a.zyl", "", -1, 5, "File a.zyl; "},

@@ -2,59 +2,28 @@
 // the generated search functions.
 #include <gtest/gtest.h>
 
-#include <memory>
+#include <stdexcept>
 #include <string>
 
-#include "frontend/parser.h"
-#include "host/zylcomp/analyzer.h"
 #include "host/zylcomp/genoutput.h"
-#include "support/process.h"
-#include "target/zylcomp/errreporter_mem.h"
+#include "support/parsed.h"
 
 namespace {
 
 // A schema run through the grammar, the finishing passes and layout.
-class Laid {
-public:
-    explicit Laid(std::string const& text) : m_reporter(nullptr, nullptr) {
-        m_dir.write("s.zyl", "declare database t;\n" + text);
-        m_file = std::fopen(m_dir.file("s.zyl").c_str(), "r");
-        m_parser.reset(new Parser(m_file, "s.zyl", &m_reporter, "", ""));
-        m_analyzer.reset(new Analyzer(m_parser.get(), false, false, false, false, false, false, true, 8, 0,
-                                      &m_hidden, nullptr));
-        m_analyzer->initBaseTypes();
-        try {
-            m_analyzer->analyze();
-            m_analyzer->doChecks();
-        } catch (CompilerError const& e) {
-            ADD_FAILURE() << e.m_msg.c_str();
-            throw;
-        }
-        gen.reset(new GenOutput(schema(), true, false, false, false, false, false, false, &m_reporter,
-                                m_dir.path().c_str(), "", "", false, false, false, false, false, 8, 0, false, false,
+struct Laid : AnalyzedText {
+    explicit Laid(std::string const& text) : AnalyzedText(text, false, false, "t") {
+        if (!error.empty())
+            throw std::runtime_error(error);
+        gen.reset(new GenOutput(schema(), true, false, false, false, false, false, false, &in->reporter,
+                                dir.path().c_str(), "", "", false, false, false, false, false, 8, 0, false, false,
                                 false));
         gen->layout();
         gen->calculateFormating();
     }
-    ~Laid() {
-        gen.reset();
-        m_analyzer.reset();
-        m_parser.reset();
-        std::fclose(m_file);
-    }
-    Schema& schema() { return m_analyzer->schema(); }
-    Class& cls(char const* name) { return *schema().findClass(name); }
     Field& field(char const* c, char const* f) { return *cls(c).findField(f); }
 
     std::unique_ptr<GenOutput> gen;
-
-private:
-    TempDir m_dir;
-    mvector<mstring> m_hidden;
-    FILE* m_file = nullptr;
-    ErrReporterMem m_reporter;
-    std::unique_ptr<Parser> m_parser;
-    std::unique_ptr<Analyzer> m_analyzer;
 };
 
 std::string str(FSize const& v) { return static_cast<mstring const&>(v).c_str(); }
@@ -74,10 +43,7 @@ class K {
 
 TEST(DictionaryEntries, TypeCodesSizesAndTexts) {
     Laid m(kTypes);
-    struct {
-        char const* field;
-        std::string expected;  // code size text count / initializer type
-    } const cases[] = {
+    struct { char const* field; std::string expected; } const cases[] = {  // code size text count / init type
         {"i1", "4 1 i1 0 / 1"},     {"i8", "13 8 i8 0 / 1"},     {"f", "10 4 flt 0 / 2"},
         {"dt", "16 4 u4 0 / 1"},    {"tm", "17 4 u4 0 / 1"},     {"dtm", "24 8 u8 0 / 1"},
         {"ai", "13 8 i8 0 / 1"},    {"bits", "23 1 ptr 12 / 3"}, {"nc", "19 6  0 / 0"},

@@ -39,10 +39,7 @@ TEST(GenFrame, PrefixedAndExportedNames) {
 // The transaction, operation, handle and cursor parameters of a function
 // step aside for key parameters of the same names.
 TEST(GenFrame, FixedParameterNamesAvoidKeyNames) {
-    struct {
-        std::vector<char const*> keys;
-        char const* chosen;
-    } const cases[] = {
+    struct { std::vector<char const*> keys; char const* chosen; } const cases[] = {
         {{}, "t oper handle c"},
         {{"t"}, "t_ oper handle c"},
         {{"t", "oper", "handle", "c", "hdl"}, "t_ op hdl_ c_"},

@@ -1,6 +1,7 @@
-// The layout pass on schemas built by hand, as the finishing passes would
-// leave them. Expected placements are worked out from the layout rules; a
-// layout prints as "field@offset:size/align ... =size/align".
+// Symbolic sizes (FSize), and the layout pass on schemas built by hand, as
+// the finishing passes would leave them. Expected placements are worked out
+// from the layout rules; a layout prints as "field@offset:size/align ...
+// =size/align".
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -8,13 +9,13 @@
 #include <vector>
 
 #include "foundation/sets.h"
-#include "host/zylcomp/analyzer.h"
 #include "host/zylcomp/genoutput.h"
-#include "target/zylcomp/errreporter_mem.h"
+#include "support/parsed.h"
 
 namespace {
 
 std::string str(FSize const& v) { return static_cast<mstring const&>(v).c_str(); }
+FSize sz(int num, char const* expr = "") { return FSize(num, mstring(expr)); }
 
 std::string render(Layout const& l) {
     std::string out;
@@ -33,16 +34,15 @@ using Decls = std::vector<char const*>;
 class Model {
 public:
     explicit Model(bool keepFieldOrder = false, bool wideOffsets = false)
-        : analyzer(nullptr, keepFieldOrder, wideOffsets, false, false, false, false, true, 8, 0, &hidden, nullptr),
+        : analyzer(newAnalyzer(nullptr, &hidden, keepFieldOrder, wideOffsets)),
           reporter(nullptr, nullptr),
           gen(schema(), false, keepFieldOrder, false, false, false, false, false, &reporter, "", "", "", false,
               false, false, false, wideOffsets, 8, 0, false, false, false) {
-        analyzer.initBaseTypes();
         addType(new Struct("char<5>", TC_CHARS, 5, 5, 1, 1, ""));
         addStruct("P", {"signed<2> y", "signed<4> x"});
     }
 
-    Schema& schema() { return analyzer.schema(); }
+    Schema& schema() { return analyzer->schema(); }
 
     // The sets are keyed by name: everything is named before it enters.
     Struct* addType(Struct* t) {
@@ -111,7 +111,7 @@ public:
     std::string large(char const* name) { return render(find(name)->m_layout.large); }
 
     mvector<mstring> hidden;
-    Analyzer analyzer;
+    std::unique_ptr<Analyzer> analyzer;
     ErrReporterMem reporter;
     GenOutput gen;
 };
@@ -120,8 +120,7 @@ struct ClassCase {
     char const* label;
     bool keepFieldOrder, wideOffsets;
     Decls fields;
-    char const* compact;
-    char const* large;  // null: as compact
+    char const *compact, *large;  // large null: as compact
 };
 
 void PrintTo(ClassCase const& c, std::ostream* os) { *os << c.label; }
@@ -229,4 +228,55 @@ TEST(Layout, DirectStructs) {
     // A vector of them is an ordinary slot; the class still spells its total.
     EXPECT_EQ("v@0:4/2 =0+4/2", m.compact("V"));
     EXPECT_EQ("v@0:6/4 =0+6/4", m.large("V"));
+}
+
+TEST(FSize, RenderingAssignmentEqualityAddition) {
+    struct { FSize v; char const* text; } const rows[] = {
+        {sz(0), "0"}, {sz(12), "12"}, {sz(12, "x"), "12+x"}, {sz(0, "x"), "x"}, {sz(-4, "x"), "-4+x"}};
+    for (auto const& r : rows)
+        EXPECT_EQ(r.text, str(r.v));
+
+    FSize v = sz(3, "x");
+    v.m_saved = 7;
+    str(v);
+    v = 5;  // clears the text and the carried number, not the scratch
+    EXPECT_EQ(mstring("3+x"), v.m_text);
+    EXPECT_EQ(0, v.m_saved);
+    EXPECT_EQ("5", str(v));
+
+    FSize b = sz(4, "x");
+    b.m_saved = 9;  // equality ignores the carried number
+    EXPECT_TRUE(b == sz(4, "x") && b != sz(4, "y") && b != sz(5, "x"));
+
+    struct { FSize a, b; char const* sum; } const sums[] = {
+        {sz(4, "x"), sz(2), "6+x"}, {sz(4), sz(0, "y"), "4+y"}, {sz(0, "x"), sz(1, "y"), "1+x+y"}};
+    for (auto const& s : sums) {
+        FSize a = s.a;
+        a.m_saved = 3;
+        a += s.b;
+        EXPECT_EQ(s.sum, str(a));
+        EXPECT_EQ(3, a.m_saved);
+    }
+}
+
+TEST(FSize, AlignIntRoundsNumbersOnlyToTwoFourEight) {
+    struct { int size, align, result; } const rows[] = {
+        {0, 8, 0}, {1, 8, 8}, {8, 8, 8}, {9, 4, 12}, {3, 2, 4}, {4, 2, 4}, {5, 1, 5}, {5, 16, 5}, {5, 3, 5}, {-3, 4, -3}};
+    for (auto const& r : rows) {
+        FSize s(r.size);
+        s.m_saved = 9;
+        FSize byInt = GenOutput::alignInt(s, r.align);
+        EXPECT_EQ(r.result, byInt.m_num) << r.size << "," << r.align;
+        EXPECT_TRUE(byInt == GenOutput::alignInt(s, FSize(r.align)));
+        bool rounded = r.size > 0 && (r.align == 2 || r.align == 4 || r.align == 8);
+        EXPECT_EQ(rounded ? 0 : 9, byInt.m_saved) << r.size << "," << r.align;
+    }
+    FSize s = sz(4, "structsz(A_d_aligned_to_1)");
+    s.m_saved = 6;
+    FSize r = GenOutput::alignInt(s, 2);
+    EXPECT_EQ("alignsz(4+structsz(A_d_aligned_to_1),2)", str(r));
+    EXPECT_EQ(0, r.m_num);
+    EXPECT_EQ(6, r.m_saved);
+    EXPECT_EQ("alignsz(x,1)", str(GenOutput::alignInt(sz(0, "x"), sz(0, "1"))));
+    EXPECT_EQ("8", str(GenOutput::alignInt(sz(6), sz(4, "y"))));  // a text alignment never wraps a number
 }

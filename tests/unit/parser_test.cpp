@@ -2,62 +2,22 @@
 // names, numbers and quoted texts with their messages and positions.
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
 
-#include "frontend/diagnostics.h"
-#include "frontend/parser.h"
-#include "support/process.h"
-#include "target/zylcomp/errreporter_mem.h"
+#include "support/parsed.h"
 
 namespace {
-
-// A schema file read through a Parser with the run-time reporter, which
-// throws at the first error.
-class Schema {
-public:
-    explicit Schema(std::string const& text) : m_reporter(nullptr, nullptr) {
-        m_dir.write("main.zyl", text);
-        m_file = std::fopen(m_dir.file("main.zyl").c_str(), "r");
-        m_parser.reset(new Parser(m_file, "main.zyl", &m_reporter, m_dir.path().c_str(), ""));
-    }
-    ~Schema() {
-        m_parser.reset();
-        std::fclose(m_file);
-    }
-    Parser& parser() { return *m_parser; }
-
-    // Every token up to the end of the input, blank-separated.
-    std::string rest() {
-        std::string s;
-        for (mstring t = m_parser->get(); !t.empty(); t = m_parser->get())
-            s += (s.empty() ? "" : " ") + std::string(t.c_str());
-        return s;
-    }
-
-private:
-    TempDir m_dir;
-    FILE* m_file = nullptr;
-    ErrReporterMem m_reporter;
-    std::unique_ptr<Parser> m_parser;
-};
 
 enum Reader { Get, Name, Num, NumOpt, Signed, Quoted };
 
 std::string readWith(Reader reader, Parser& p) {
     switch (reader) {
-    case Name:
-        return p.getName().c_str();
-    case Num:
-        return std::to_string(p.getNum());
-    case NumOpt:
-        return std::to_string(static_cast<int>(p.getNumEx(true)));
-    case Signed:
-        return std::to_string(p.getSigned());
-    case Quoted:
-        return p.getQuotedString().c_str();
-    default:
-        return "";
+    case Name: return p.getName().c_str();
+    case Num: return std::to_string(p.getNum());
+    case NumOpt: return std::to_string(static_cast<int>(p.getNumEx(true)));
+    case Signed: return std::to_string(p.getSigned());
+    case Quoted: return p.getQuotedString().c_str();
+    default: return "";
     }
 }
 
@@ -66,13 +26,8 @@ std::string readWith(Reader reader, Parser& p) {
 // Each row reads once with one reader, then every token left:
 // "value|rest", or "!message" with the position in the preprocessed line.
 TEST(Parser, ReadersAndTheirMessages) {
-    struct {
-        Reader reader;
-        char const* text;
-        char const* expected;
-        int pos = -1;               // checked when not -1
-        char const* back = nullptr;  // a token put back before reading
-    } const cases[] = {
+    // `pos` is checked when not -1; `back` is a token put back before reading.
+    struct { Reader reader; char const *text, *expected; int pos = -1; char const* back = nullptr; } const cases[] = {
         // How get() cuts tokens.
         {Get, "abc;", "|abc ;"},
         {Get, "a_1 1a _x9_y", "|a_1 1 a _x9_y"},
@@ -124,13 +79,13 @@ TEST(Parser, ReadersAndTheirMessages) {
     };
     for (auto const& c : cases) {
         SCOPED_TRACE(c.text);
-        Schema s(c.text);
+        ParsedText s(c.text, "main.zyl");
         if (c.back)
-            s.parser().takeBack(c.back);
+            s.in->parser->takeBack(c.back);
         std::string got;
         try {
-            got = readWith(c.reader, s.parser());
-            got += "|" + s.rest();
+            got = readWith(c.reader, *s.in->parser);
+            got += "|" + s.in->tokens();
         } catch (CompilerError const& e) {
             got = "!" + std::string(e.m_msg.c_str());
             EXPECT_EQ(std::string(e.m_file.c_str()), "main.zyl");
@@ -141,22 +96,23 @@ TEST(Parser, ReadersAndTheirMessages) {
 }
 
 TEST(Parser, TakeBackAndMatch) {
-    Schema s("c d ;\ny");
-    EXPECT_EQ(s.parser().get(), "c");
-    s.parser().takeBack("a");
-    s.parser().takeBack("b");
-    EXPECT_EQ(s.parser().get(), "b");
-    EXPECT_EQ(s.parser().get(), "a");
-    EXPECT_TRUE(s.parser().match("d"));
-    EXPECT_TRUE(s.parser().match(";"));
+    ParsedText s("c d ;\ny");
+    Parser& p = *s.in->parser;
+    EXPECT_EQ(p.get(), "c");
+    p.takeBack("a");
+    p.takeBack("b");
+    EXPECT_EQ(p.get(), "b");
+    EXPECT_EQ(p.get(), "a");
+    EXPECT_TRUE(p.match("d"));
+    EXPECT_TRUE(p.match(";"));
     try {
-        s.parser().match("x");
+        p.match("x");
         ADD_FAILURE() << "no error";
     } catch (CompilerError const& e) {
         EXPECT_EQ(std::string(e.m_msg.c_str()) + " " + std::to_string(e.m_line) + ":" + std::to_string(e.m_pos),
                   "expected \"x\" 2:2");  // behind the y of " y "
     }
     // Even at the end of the input.
-    s.parser().takeBack("z");
-    EXPECT_EQ(s.rest(), "z");
+    p.takeBack("z");
+    EXPECT_EQ(s.in->tokens(), "z");
 }

@@ -10,7 +10,8 @@
 #include "foundation/ut.h"
 #include "support/process.h"
 
-TEST(Streams, FileStreamWritesEveryKindAndEndsTheProcessIfUnopenable) {
+// An unopenable file ends the process; the command-line tests see to that.
+TEST(Streams, FileStreamWritesEveryKind) {
     TempDir dir;
     IOutStream* s = IOutStream::createFileStream(dir.file("out.txt").c_str());
     EXPECT_TRUE(s->good());
@@ -19,10 +20,6 @@ TEST(Streams, FileStreamWritesEveryKindAndEndsTheProcessIfUnopenable) {
        << 4294967295u;
     delete s;
     EXPECT_EQ(readFile(dir.file("out.txt")), "abc-10|9|99|100|4294967295");
-
-    ProcessResult r = runInChild([] { IOutStream::createFileStream("/nonexistent-dir/x.h"); });
-    EXPECT_EQ(r.status, 255);
-    EXPECT_EQ(r.err, "error: Cannot open file /nonexistent-dir/x.h\n");
 }
 
 // A string stream keeps its text in a file of its own in the given
@@ -51,11 +48,7 @@ TEST(Utilities, FileNamesAndNumberConversions) {
     for (auto const& f : files)
         EXPECT_EQ(UT::makefnm(f[0], f[1]), f[2]) << f[0];
 
-    struct {
-        char const* text;
-        bool ok;
-        long value;
-    } const ints[] = {{"0XAb", true, 171}, {"0x1g", false, 0}, {"017", true, 15}, {"09", false, 0},
+    struct { char const* text; bool ok; long value; } const ints[] = {{"0XAb", true, 171}, {"0x1g", false, 0}, {"017", true, 15}, {"09", false, 0},
                       {"-5", true, -5},    {"12a", false, 0},  {"", true, 0}};
     for (auto const& c : ints) {
         long v = 0;

@@ -4,6 +4,7 @@
 // it.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <random>
 #include <vector>
@@ -14,25 +15,18 @@ namespace {
 
 struct Held {
     char* block;
-    std::uint64_t cap;  // as allocate() left it
-    std::uint64_t size;
+    std::uint64_t cap, size;  // cap as allocate() left it
     char fill;
 };
 
 Held take(std::uint64_t size, char fill) {
-    std::uint64_t cap = size;
-    char* block = strblocks::allocate(cap);
-    Held h{block, cap, size, fill};
-    std::memset(h.block, h.fill, h.size);
+    Held h{nullptr, size, size, fill};
+    h.block = strblocks::allocate(h.cap);
+    std::memset(h.block, fill, size);
     return h;
 }
 
-bool intact(Held const& h) {
-    for (std::uint64_t i = 0; i < h.size; i++)
-        if (h.block[i] != h.fill)
-            return false;
-    return true;
-}
+bool intact(Held const& h) { return std::all_of(h.block, h.block + h.size, [&h](char c) { return c == h.fill; }); }
 
 }  // namespace
 

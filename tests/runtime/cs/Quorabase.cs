@@ -3,20 +3,14 @@ using System;
 
 namespace Quorabase
 {
-    public class Database
-    {
-        public enum IndexType { BTree, Hash, RTree, Patricia, Trigram }
-    }
+    public class Database { public enum IndexType { BTree, Hash, RTree, Patricia, Trigram } }
 
     public enum EventType { OnNew, OnDelete, OnCheckpoint, OnDeleteAll, OnUpdate, OnFieldUpdate }
 
     public enum SequenceOrder { None, Ascending, Descending }
 
     [AttributeUsage(AttributeTargets.Class)]
-    public class PersistentAttribute : Attribute
-    {
-        public bool Disk, List, AutoID, Compact, Local, Distributed;
-    }
+    public class PersistentAttribute : Attribute { public bool Disk, List, AutoID, Compact, Local, Distributed; }
 
     [AttributeUsage(AttributeTargets.Class, AllowMultiple = true)]
     public class IndexAttribute : Attribute
@@ -25,8 +19,7 @@ namespace Quorabase
         public string Name;
         public Database.IndexType Type;
         public bool Unique, Thick;
-        public string[] Keys;
-        public string[] Order;
+        public string[] Keys, Order;
     }
 
     [AttributeUsage(AttributeTargets.Class | AttributeTargets.Field, AllowMultiple = true)]
@@ -52,9 +45,7 @@ namespace Quorabase
     }
 
     [AttributeUsage(AttributeTargets.Field)]
-    public class BlobAttribute : Attribute
-    {
-    }
+    public class BlobAttribute : Attribute { }
 
     [AttributeUsage(AttributeTargets.Field)]
     public class SequenceAttribute : Attribute
@@ -63,11 +54,7 @@ namespace Quorabase
         public int ElemSize;
     }
 
-    public class OrderedSequence<T>
-    {
-    }
+    public class OrderedSequence<T> { }
 
-    public class UnorderedSequence<T>
-    {
-    }
+    public class UnorderedSequence<T> { }
 }
