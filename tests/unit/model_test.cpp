@@ -149,8 +149,11 @@ TEST(GrammarModel, UpdatedBitmapSize) {
     struct { int others; char const *decl, *expected; } const cases[] = {
         {1, "[]", "boolean bitmap [2]"},
         {39, "[4]", "boolean bitmap [4]"},  // (4 + 1) * 1 is not below 47 / 8
-        {99, "[5]", "unsigned<1> bitmap [6]"},
-        {299, "[5]", "unsigned<2> bitmap [6]"},
+        {40, "[4]", "unsigned<1> bitmap [5]"},  // 41 fields round up to 6 bytes
+        {254, "[5]", "unsigned<1> bitmap [6]"},
+        {255, "[5]", "unsigned<2> bitmap [6]"},  // the word widens at 256 fields
+        {32766, "[5]", "unsigned<2> bitmap [6]"},
+        {32767, "[5]", "unsigned<4> bitmap [6]"},  // and again at 32768
     };
     for (auto const& c : cases) {
         std::string text = "class C { boolean updated_bitmap" + std::string(c.decl) + ";";
