@@ -1,11 +1,13 @@
 // Output streams and the small utilities.
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <unistd.h>
 
 #include <string>
 #include <vector>
 
+#include "foundation/outfile.h"
 #include "foundation/outstream.h"
 #include "foundation/ut.h"
 #include "support/process.h"
@@ -94,4 +96,44 @@ TEST(Streams, LargeCollectedTextSurvivesBlocksAndHandOver) {
     delete mem;
     delete file;
     EXPECT_TRUE(readFile(dir.file("hpp")) == "head|" + expected + "|tail");
+}
+
+// An output's temporary is ".{name}.XXXXXX" beside it, its name cut so
+// that it stays a file name: every output name up to the longest one works,
+// and each of the six characters is drawn anew for each temporary.
+TEST(OutFiles, TemporaryNamesAtTheNameLimit) {
+    TempDir dir;
+    for (size_t n : {size_t(NAME_MAX) - 8, size_t(NAME_MAX) - 7, size_t(NAME_MAX)}) {
+        SCOPED_TRACE(n);
+        std::string const name(n, 'n');
+        OutFile out(mstring(dir.file(name).c_str()));
+        IOutStream* s = nullptr;
+        ASSERT_EQ(out.open(s), 0);
+        *s << "text";
+        delete s;
+        EXPECT_EQ(out.commit(), 0);
+        EXPECT_EQ(readFile(dir.file(name)), "text");
+    }
+    std::vector<OutFile*> open;
+    for (int i = 0; i < 20; i++) {
+        open.push_back(new OutFile(mstring(dir.file("t").c_str())));
+        IOutStream* s = nullptr;
+        ASSERT_EQ(open.back()->open(s), 0);
+        delete s;
+    }
+    std::vector<std::string> temps;
+    for (std::string const& f : dir.list())
+        if (f.compare(0, 3, ".t.") == 0)
+            temps.push_back(f.substr(3));
+    ASSERT_EQ(temps.size(), 20u);
+    for (size_t at = 0; at < 6; at++) {
+        SCOPED_TRACE(at);
+        size_t differ = 0;
+        for (std::string const& t : temps)
+            differ += t.size() == 6 && t[at] != temps[0][at];
+        EXPECT_GT(differ, 0u);
+    }
+    for (OutFile* f : open)
+        delete f;
+    EXPECT_EQ(dir.list().size(), 3u);  // the temporaries went with their files
 }
