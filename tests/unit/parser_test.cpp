@@ -33,6 +33,7 @@ TEST(Parser, ReadersAndTheirMessages) {
         {Get, "a_1 1a _x9_y", "|a_1 1 a _x9_y"},
         {Get, "0x 0x1G 0xABcd", "|0x 0x1 G 0xABcd"},
         {Get, "{}<>;,()[]:*.=", "|{ } < > ; , ( ) [ ] : * . ="},
+        {Get, "x=5;", "|x = 5 ;"},
         {Get, "-5 - 5 x-1", "|-5 - 5 x -1"},
         // A number may hold any number of points.
         {Get, "1.2.3 1e5 a.b 017 09", "|1.2.3 1 e5 a . b 017 09"},
@@ -52,6 +53,8 @@ TEST(Parser, ReadersAndTheirMessages) {
         {Num, "0XfF", "255|"},
         {Num, "017;", "15|;"},
         {Num, "4294967295", "4294967295|"},
+        // 19 digits may overflow a long: strtol's clamp, not a wrapped value.
+        {Num, "9223372036854775858", "4294967295|"},
         {Num, "09", "!not an octal number: 09"},
         {Num, "-5", "!positive number expected, found -5"},
         {Num, "", "!positive number expected, found #1"},
