@@ -6,6 +6,8 @@
 #include <string>
 
 #include "host/zylcomp/genoutput.h"
+#include "host/zylcomp/strdict.h"
+#include "zyldict.h"
 #include "support/parsed.h"
 
 namespace {
@@ -35,6 +37,7 @@ class K {
     signed<1> i1; signed<8> i8; float f; date dt; time tm; datetime dtm; autoid_t ai; boolean bits[12];
     nchar<3> nc; binary<4> bn; nstring ns; varbinary vb; blob bl; E2 e2; E4 e4;
     sequence<unsigned<1>> q1; sequence<char<4>> qc; sequence<datetime> qdt;
+    numeric<6> n6; decimal<9,3> d9;
     autoid[10];
 };
 )";
@@ -62,6 +65,9 @@ TEST(DictionaryEntries, TypeCodesSizesAndTexts) {
                   c.expected)
             << c.field;
     }
+    // Precision 0 is still a numeric field, not the integer it is stored in.
+    for (auto const& [field, numeric] : {std::pair{"i8", false}, {"n6", true}, {"d9", true}})
+        EXPECT_EQ((ClassDictCreator::GetFieldFlags(m.field("K", field)) & ZYL_FIELD_NUMERIC) != 0, numeric) << field;
 }
 
 TEST(DictionaryEntries, KeyTextsOfSearchFunctions) {
