@@ -36,7 +36,8 @@ ProcessResult compare(TempDir const& dir, std::vector<std::string> const& extra 
 
 }  // namespace
 
-// One pair of schemas for each kind of change, with every finding.
+// One pair of schemas for each kind of change, with every finding (a
+// nested field's in CompareCli.Json).
 TEST(CompareCli, EachKindOfChange) {
     Pair const cases[] = {
         {"ClassAddedFirst", D "class B { signed<4> n; };\n", D "class A { signed<4> m; };\nclass B { signed<4> n; };\n",
@@ -95,11 +96,6 @@ TEST(CompareCli, EachKindOfChange) {
          N(3) "breaking: field n of class A became optional\n"
          N(3) "breaking: field n of class A changed its place: compact size 4 to 2, compact alignment 4 to 2\n"
          O(2) "breaking: index list_index_ of class A removed\n"},
-        {"NestedField", D "struct Addr {\n  char<20> city;\n};\npersistent class P {\n  Addr addr;\n};\n",
-         D "struct Addr {\n  char<24> city;\n};\npersistent class P {\n  Addr addr;\n};\n",
-         N(5) "breaking: class P changed its object size: " SIZE(20, 24)
-         N(6) "breaking: field addr of class P changed its place: compact size 20 to 24, large size 20 to 24\n"
-         N(3) "breaking: field addr.city of class P changed type from char<20> to char<24>\n"},
         {"TransientFieldType", D "class A {\n  unsigned<4> qty;\n};\n", D "class A {\n  unsigned<8> qty;\n};\n",
          N(2) "compatible: class A changed its object size: " SIZE(4, 8)
          N(3) "compatible: field qty of class A changed type from unsigned<4> to unsigned<8>\n"},
@@ -154,7 +150,6 @@ TEST(CompareCli, SameDictionaryReportsNothing) {
         "declare database d;\nstruct S {\n  char<8> c;\n};\nstruct T {\n  signed<2> t;\n};\n"
         "persistent class A {\n  S s;\n  T t;\n  unsigned<4> n;\n  tree<n> byN;\n};\n";
     struct { char const* name; char const* newText; } const cases[] = {
-        {"identical", base},
         {"comments and blank lines",
          "// the shop\ndeclare database d;\n\n/* a struct */\nstruct S {\n  char<8> c; // name\n};\n\n"
          "struct T {\n  signed<2> t;\n};\n"
@@ -204,10 +199,7 @@ TEST(CompareCli, RefusedSchema) {
         TempDir dir;
         dir.write("old.zyl", badIsOld ? bad : good);
         dir.write("new.zyl", badIsOld ? good : bad);
-        ProcessResult compile = runProgram({cliPath(), badIsOld ? "old.zyl" : "new.zyl"}, dir.path());
-        ASSERT_EQ(compile.status, 255);
         ProcessResult r = compare(dir);
-        EXPECT_EQ(r.err, compile.err);
         EXPECT_EQ(r.err, std::string("File ") + (badIsOld ? "old" : "new") +
                              ".zyl;  line 4: error: expected ',' or ';'\n\n");
         EXPECT_EQ(r.out, "Error executing DDL compiler\n");
