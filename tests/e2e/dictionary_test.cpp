@@ -236,6 +236,8 @@ TEST_F(Dictionary, DirectStructSizesAreLeftToTheCCompiler) {
     }
 }
 
+// The values of the field and struct records are the walker's and
+// SchemaGen's to check; here the frame of the dynamic form and its padding.
 TEST(DictionaryText, TheSourceFile) {
     TempDir out;
     ASSERT_EQ(compile(out, "oid", {"--dynamic-dict"}).status, 0);
@@ -245,12 +247,6 @@ TEST(DictionaryText, TheSourceFile) {
              "dict; \nzyl_dictionary_h oidy_get_dictionary(void)\n{ \n  static int dictionary_ready = 0; \n\n"
              "  if( ! dictionary_ready ) \n  {\n\n    static zyl_dict_struct_t * v_struct_info_ptr;\n",
              "    static const int4 init_i_values[1] = { \n\n    0 };\n\n",
-             "    /* Obj */\n    pfi->name = \"n\";\n    pfi->layout.c_size = 4; pfi->layout.c_align  = 4; "
-             "pfi->layout.c_offset = 8; pfi->layout.u_size = 4; pfi->layout.u_align  = 4; pfi->layout.u_offset = 8; \n",
-             "pfi->field_el_type = 9;pfi->flags = 0;pfi->array_size = 0;pfi->struct_num = -1;pfi->field_size = 0;"
-             "pfi->refto_class= 1;pfi->init_index = 0;pfi->order_no   = 0; /* ref */pfi->no   = 0;",
-             "    psi->name = \"Obj\";\n    psi->flags = 0;\n    psi->n_fields = 2;\n    psi->fields = v_field_info_ptr + "
-             "0;\n    psi->c_size = 19;\n",
              "    dict.str_class_names = 0;\n    dict.str_index_names = 0;\n",
              "      x->first_index_num = 65535; x->last_index_num = 65534; x->list_index_num = 65535; "
              "x->autoid_index_num = 65535; x->fixedsize = 19; x->autoid_offset = 0; x->history_index_num = 65535; "

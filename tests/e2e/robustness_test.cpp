@@ -481,15 +481,6 @@ TEST(Robustness, ReadOnlyCurrentDirectoryForTheRunTimeEntry) {
     EXPECT_EQ(r.out, "0 1005 1005 0\n<membuf>:2:0: current directory is " + where +
                          ", cannot open include file \"nosuch.zyl\"\n");
     EXPECT_EQ(stableListing(ro), before);
-
-    // The batch entry there, with the current directory as its output.
-    TempDir src;
-    std::string const schema = src.write("s.zyl", kGood);
-    ProcessResult const batch = runProgram({cliPath(), schema}, ro);
-    EXPECT_EQ(batch.status, 255);
-    EXPECT_EQ(batch.err, "error: Cannot open file h.h\n");
-    EXPECT_FALSE(exists(ro + "/h.h"));
-    EXPECT_EQ(stableListing(ro), before);
 }
 
 // A successful call hands out the dictionary's memory and nothing more,
