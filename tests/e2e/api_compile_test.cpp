@@ -70,6 +70,25 @@ void expectTexts(std::string const& text, std::vector<std::string> const& texts,
     }
 }
 
+// A schema file of tests/schemas/api, or the text after "declare database
+// db;", compiled with `flags`: its `file` holds each text, and none that
+// begins with "!".
+struct Rule {
+    std::vector<std::string> flags;
+    char const* file;
+    std::string schema;
+    std::vector<std::string> texts;
+};
+
+void expectRules(std::vector<Rule> const& rules) {
+    for (Rule const& r : rules) {
+        bool const isFile = r.schema.size() > 4 && r.schema.compare(r.schema.size() - 4, 4, ".zyl") == 0;
+        Compiled out(isFile ? kSchemas + r.schema : "declare database db;\n" + r.schema, r.flags, isFile);
+        ASSERT_EQ(out.result.status, 0) << out.result.err;
+        expectTexts(out.text(r.file), r.texts, r.schema + " " + r.file);
+    }
+}
+
 // Schemas refused under a flag whose text could not compile.
 struct Refusal {
     char const* schema;
@@ -183,15 +202,9 @@ TEST(ApiGolden, SmallSchemas) {
                                            "{ return zyl_w_obj_del_byoid( t, oid ); \n}\n\n"));
 }
 
-// The rules of the field and index functions that the golden files do not
-// show. A text beginning with "!" must not appear.
+// Rules of the field and index functions that the golden files do not show.
 TEST(ApiOutput, RulesOfTheFieldAndIndexFunctions) {
-    struct {
-        std::vector<std::string> flags;
-        char const* file;
-        char const* body;
-        std::vector<std::string> texts;
-    } const cases[] = {
+    expectRules({
         // {ix} is 1 for an indexed field's indicator and a struct that an
         // index reaches into.
         {{}, "db.h", "class A { nullable unsigned<4> v; tree<v> byV; };",
@@ -219,12 +232,7 @@ TEST(ApiOutput, RulesOfTheFieldAndIndexFunctions) {
          "struct P { signed<2> x; }; class A { unsigned<4> v; string s; P p; };",
          {"  A() {\n    v.handle_ = this;\n    s.handle_ = this;\n  }\n\n", "    operator  uint4() const {\n",
           "    operator std::string() const {\n"}},
-    };
-    for (auto const& c : cases) {
-        Compiled out(std::string("declare database db;\n") + c.body, c.flags);
-        ASSERT_EQ(out.result.status, 0) << out.result.err;
-        expectTexts(out.text(c.file), c.texts, c.body);
-    }
+    });
 }
 
 TEST(ApiOutput, NoWayInWarningExactlyWhenItApplies) {
@@ -303,17 +311,12 @@ TEST(ApiOutput, PersistentUserdefRelativeCodesAndHiddenClasses) {
 }
 
 // Texts of the user-defined, collation, calculator, XML/JSON and fixed
-// sections, by schema and options. A text beginning with "!" must not appear.
+// sections.
 TEST(ApiOutput, SectionsOfUserFunctionsAccessAndFixedParts) {
-    struct {
-        char const* schema;
-        std::vector<std::string> flags;
-        char const* file;
-        std::vector<std::string> texts;
-    } const cases[] = {
+    expectRules({
         // Table entries point at the user's functions; only hash indexes and
         // collations a hash index uses hash. Skeletons return 0.
-        {"userdef.zyl", {}, "ud.c",
+        {{}, "ud.c", "userdef.zyl",
          {"    fptrs[0].fcomp_ext.vb  = (zyl_compare_extkey_userdef_vb_f) Item_byName_compare_ext;\n"
           "    fptrs[0].fhash.vb      = (zyl_hash_userdef_vb_f)           0;\n",
           "    fptrs[1].fhash_ext.u   = (zyl_hash_extkey_userdef_f)       Doc_byCode_hash_ext;\n",
@@ -322,45 +325,40 @@ TEST(ApiOutput, SectionsOfUserFunctionsAccessAndFixedParts) {
           "    fptrs[1].hash = (zyl_hash_collation_f)    0;\n",
           "    { \"Item\", 1000, Item_code },\n    { \"Doc\", 20, Doc_code },\n  };\n\n"
           "  calc.classes = calc_classes;\n  calc.nclasses = 2;\n  return &calc;\n"}},
-        {"userdef.zyl", {}, "ud_udf.c",
+        {{}, "ud_udf.c", "userdef.zyl",
          {"/*\n\n* API for the user-defined index \"byCode\"\n\n*/\n\nint Doc_byCode_compare_obj ( Doc * obj1, uint2 "
           "index1, Doc * obj2, uint2 index2 )\n{\n/* object-to-object user-defined compare function */\n\n  return "
           "0;\n}\n\n",
           "!Doc_byKind_hash"}},
-        {"userdef.zyl", {}, "ud_coll.c",
+        {{}, "ud_coll.c", "userdef.zyl",
          {"int wide_collation_compare ( const nchar_t * str1, uint2 len1, const nchar_t * str2, uint2 len2 )\n"}},
         // A hidden class keeps the places of its index and of the collation
         // only it uses, with null entries and no skeleton.
-        {"userdef.zyl", {"--hide", "Item"}, "ud.c",
+        {{"--hide", "Item"}, "ud.c", "userdef.zyl",
          {"    fptrs[0].fcomp.vb      = (zyl_compare_userdef_vb_f)        0;\n",
           "    fptrs[1].comp = (zyl_compare_collation_f) 0;\n"}},
-        {"userdef.zyl", {"--hide", "Item"}, "ud_udf.c", {"!Item_", "Doc_byKind_compare_ext"}},
-        {"userdef.zyl", {"--hide", "Item"}, "ud_coll.c", {"!wide_", "plain_collation_hash"}},
-        {"userdef.zyl", {"--prefix-names"}, "ud.c", {"    { \"ud_Item\", 1000, ud_Item_code },\n"}},
-        {"shop.zyl", {}, "shop.c", {"{\n  return (zyl_calculator_h)NULLPTR;\n}\n\n", "!get_udfs"}},
+        {{"--hide", "Item"}, "ud_udf.c", "userdef.zyl", {"!Item_", "Doc_byKind_compare_ext"}},
+        {{"--hide", "Item"}, "ud_coll.c", "userdef.zyl", {"!wide_", "plain_collation_hash"}},
+        {{"--prefix-names"}, "ud.c", "userdef.zyl", {"    { \"ud_Item\", 1000, ud_Item_code },\n"}},
+        {{}, "shop.c", "shop.zyl", {"{\n  return (zyl_calculator_h)NULLPTR;\n}\n\n", "!get_udfs"}},
         // XML without JSON, JSON without XML; a hidden class keeps both, an
         // object holding a sequence has no XML form.
-        {"xmljson.zyl", {"--xml-access"}, "xj.h",
+        {{"--xml-access"}, "xj.h", "xmljson.zyl",
          {"Item_xml_get", "Item_xml_put", "Item_xml_create", "Note_xml_schema", "!_json_"}},
-        {"xmljson.zyl", {"--json-access"}, "xj.h", {"Note_json_get", "!_xml_"}},
-        {"xmljson.zyl", {"--xml-access", "--json-access", "--hide", "Item", "-c"}, "xj.c",
+        {{"--json-access"}, "xj.h", "xmljson.zyl", {"Note_json_get", "!_xml_"}},
+        {{"--xml-access", "--json-access", "--hide", "Item", "-c"}, "xj.c", "xmljson.zyl",
          {"{ return zyl_w_xml_create_object( t, xml, (zyl_objhandle_h)handle, 1); \n}\n\n",
           "{ return zyl_w_json_get_object( (zyl_objhandle_h)handle,  stream_handle, o_stream, 1); \n}\n\n",
           "!Item_new"}},
-        {"xmljson.zyl", {"--xml-access", "--cpp"}, "xj.hpp",
+        {{"--xml-access", "--cpp"}, "xj.hpp", "xmljson.zyl",
          {"inline  ZYL_RET Item:: xml_create( zyl_trans_h t, const char * xml)\n{ ZYL_RET ret_ = "
           "xj::Item_xml_create(t,xml,this); set_valid(ret_==ZYL_S_OK); return ret_; \n} \n\n"}},
-        {"columns.zyl", {"--xml-access", "--json-access"}, "col.h", {"!Tick_xml_", "Tick_json_get"}},
+        {{"--xml-access", "--json-access"}, "col.h", "columns.zyl", {"!Tick_xml_", "Tick_json_get"}},
         // A direct struct's fixed functions come with its field functions,
         // which a list of hidden classes gives.
-        {"direct.zyl", {}, "dr.h", {"typedef struct Dir_fixed_ {\n  int4 a;\n  char b[2];\n", "!Dir_fixed_get"}},
-        {"direct.zyl", {"--hide", "Nothing"}, "dr.h", {"Dir_fixed_get", "Pk_fixed_put"}},
-    };
-    for (auto const& c : cases) {
-        Compiled out(kSchemas + c.schema, c.flags, true);
-        ASSERT_EQ(out.result.status, 0) << out.result.err;
-        expectTexts(out.text(c.file), c.texts, c.schema + std::string(" ") + c.file);
-    }
+        {{}, "dr.h", "direct.zyl", {"typedef struct Dir_fixed_ {\n  int4 a;\n  char b[2];\n", "!Dir_fixed_get"}},
+        {{"--hide", "Nothing"}, "dr.h", "direct.zyl", {"Dir_fixed_get", "Pk_fixed_put"}},
+    });
 }
 
 // A skeleton a person has filled in stays: the compile writes "{file}.new"
@@ -431,15 +429,10 @@ TEST(ApiOutput, FixedPartChainsEveryFieldAndPassesNulls) {
     }
 }
 
-// The rules of vector, array, optional, spatial and sequence fields that the
-// golden files do not show. A text beginning with "!" must not appear.
+// Rules of vector, array, optional, spatial and sequence fields that the
+// golden files do not show.
 TEST(ApiOutput, RulesOfElementOptionalSpatialAndSequenceFields) {
-    struct {
-        std::vector<std::string> flags;
-        char const* file;
-        char const* body;
-        std::vector<std::string> texts;
-    } const cases[] = {
+    expectRules({
         // Bits of an array are put without the "2", those of a vector with it.
         {{}, "db.h", "class A { list; boolean b[10]; vector<boolean> v; };",
          {"{ return zyl_w_va_bit_e_put( (zyl_objhandle_h)handle, 6, 4, 1, index, value, 0);",
@@ -524,12 +517,7 @@ TEST(ApiOutput, RulesOfElementOptionalSpatialAndSequenceFields) {
           "{ Sequence<Char<8>> resSeq; ZYL_CPP_CHECK(db::A_s_iterator(this, resSeq.iter)); return resSeq; }"}},
         {{"--relative-class-codes"}, "db.h", "class A { list; sequence<float> s; };",
          {"{ return zyl_w_seq_from_cursor_float( trans, iterator, cursor, dict.class_code_origin + 1, 0, 0);"}},
-    };
-    for (auto const& c : cases) {
-        Compiled out(std::string("declare database db;\n") + c.body, c.flags);
-        ASSERT_EQ(out.result.status, 0) << out.result.err;
-        expectTexts(out.text(c.file), c.texts, c.body);
-    }
+    });
 }
 
 // A character, binary or struct element of a sequence holds at most 32
