@@ -242,7 +242,9 @@ TEST(CompareCli, Json) {
               "\"line\":0,\"column\":0,\"declaration\":null}\n");
 }
 
-// The library function on two dictionaries of its own making.
+// The library function, which --compare calls (so an unchanged schema is in
+// CompareCli.SameDictionaryReportsNothing): the fields of each finding, and
+// offsets that only the run-time entry's parameters change.
 TEST(CompareLibrary, TwoDictionaries) {
     struct Seen {
         std::vector<std::string> lines;
@@ -269,10 +271,6 @@ TEST(CompareLibrary, TwoDictionaries) {
     zyl_dictionary_t* c = load(D "struct Addr {\n  unsigned<2> zip;\n  char<24> city;\n};\npersistent class P {\n  Addr addr;\n};\n",
                                false);
     ASSERT_TRUE(a && b && c);
-
-    Seen same;
-    EXPECT_EQ(zyl_dict_compare(a, a, note, &same), 0);
-    EXPECT_TRUE(same.lines.empty());
 
     Seen wide;
     EXPECT_EQ(zyl_dict_compare(a, b, note, &wide), 1);
