@@ -211,10 +211,14 @@ TEST(ApiOutput, RulesOfTheFieldAndIndexFunctions) {
          {"{ return zyl_w_bit_put( (zyl_objhandle_h) handle, 4, 2, 1, (uint1) value);"}},
         {{}, "db.h", "struct P { signed<2> x; }; class A { P p; tree<p.x> byX; };",
          {"{ return zyl_w_struct_put2( (zyl_objhandle_h)handle, (zyl_objhandle_h)h, 0, 0, 2, 1);"}},
-        // A class update event switches every put.
+        // A class update event switches every put; its handler, unlike a
+        // checkpoint's (and a field update's, in ev.h), has no handling order.
         {{}, "db.h", "class A { unsigned<4> v; string s; event<update> e; };",
          {"{ return zyl_w_b4_put_ev2( (zyl_objhandle_h) handle, 4, 0, 1, 0, (uint4) value, 0);",
-          "{ return zyl_w_string_put_ev2( (zyl_objhandle_h) handle, 0, 4, 2, src, len, 0, 0);"}},
+          "{ return zyl_w_string_put_ev2( (zyl_objhandle_h) handle, 0, 4, 2, src, len, 0, 0);", "!when"}},
+        {{}, "db.h", "persistent class A { unsigned<4> v; event<checkpoint> e; };",
+         {"e_handler handler, void * param, ZYL_HANDLING_ORDER when )\n{ return zyl_ev_h_register( t, "
+          "(zyl_generic_ev_handler)handler, 0, param, (uint2)(when==ZYL_BEFORE_UPDATE) );"}},
         // Key fields named t and c move the transaction and the cursor.
         {{}, "db.h", "class A { signed<4> t; signed<4> c; tree<t, c> byTC; };",
          {"( zyl_trans_h t_, /*INOUT*/ zyl_cursor_h c_, ZYL_OPCODE op_, int4 t_key_0, int4 c_key_1 )",
