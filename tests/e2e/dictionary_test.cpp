@@ -187,9 +187,9 @@ TEST_F(Dictionary, DeclaredOrderAndWideOffsets) {
             order += l.substr(11, l.find(':') - 11) + " ";
     EXPECT_EQ(order, "id weight name code level sizes marks at big big_indicator ");
 
-    std::string const wide = walked("basic", "basic", {"--wide-offsets", "--sizeof-size", "4"});
+    std::string const wide = walked("basic", "basic", {"--wide-offsets", "--sizeof-size", "64"});
     expectLines(wide, {"dictionary version=8.1.1800 magic=9 flags=1 oid=0 auto_oid=0 same=1",
-                       "sizes oid_est=0 ha_est=0 oid_sizeof=0 oid_layout=0 offs=8/4 size=4/8"});
+                       "sizes oid_est=0 ha_est=0 oid_sizeof=0 oid_layout=0 offs=8/4 size=64/8"});
 }
 
 // Prefixed names: enum constants and referred classes are still found by
