@@ -1,7 +1,5 @@
-// --diagnostics-format: the gnu and json forms of one report from each
-// stage of a compile, reading, grammar, finishing, layout and generation,
-// each pointing at the declaration at fault, in an included file too. The
-// classic form of every other test is the default's.
+// --diagnostics-format gnu and json: one report from each stage of a
+// compile, pointing at the declaration at fault, in an included file too.
 #include <gtest/gtest.h>
 
 #include <signal.h>
