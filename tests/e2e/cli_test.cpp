@@ -25,6 +25,7 @@ TEST(Cli, MissingSchemaFile) {
 TEST(Cli, WrongCommandLines) {
     struct { std::vector<std::string> args; char const* firstLine; } const cases[] = {
         {{}, "zylcomp: no schema file given\n"},
+        {{"--bogus", "a.zyl"}, "zylcomp: unknown option '--bogus'\n"},
         {{"a.zyl", "b.zyl"}, "zylcomp: only one schema file may be given; found 'a.zyl' and 'b.zyl'\n"},
         {{"a.zyl", "-o"}, "zylcomp: option -o needs a value\n"},
         {{"--sizeof-size", "x", "a.zyl"}, "zylcomp: option --sizeof-size needs a size in bytes from 1 to 64, not 'x'\n"},
