@@ -105,3 +105,13 @@ TEST(DiagnosticsFormat, EachStageInGnuAndJson) {
         }
     }
 }
+
+// JSON writes a tab as \t, here in the name of an included file.
+TEST(DiagnosticsFormat, JsonEscapesATab) {
+    TempDir dir;
+    dir.write("s.zyl", "declare database d;\n#include \"a\tb.zyl\"\n");
+    dir.write("a\tb.zyl", "struct S_ {}\n;\n");
+    ProcessResult r = runProgram({cliPath(), "--diagnostics-format", "json", "s.zyl"}, dir.path());
+    EXPECT_EQ(r.err, R"({"severity":"error","message":"identifiers cannot end with the underscore","file":"a\tb.zyl",)"
+                     R"("line":1,"column":13,"declaration":null})" "\n");
+}
