@@ -130,6 +130,14 @@ std::string repeated(std::string const& text, int n) {
     return out;
 }
 
+// Line 4 expands to 1 MiB and `extra` characters: every name is put with a
+// blank on either side, so C's 1025 names B, each 1018 characters twice
+// wrapped, and the blanks between and around them come to 1025 * 1023 + 1.
+std::string expandedToTheLimit(int extra) {
+    return "declare database h;\n#define B " + std::string(1018, 'x') + "\n#define C B" + repeated(" B", 1024) +
+           "\nC" + std::string(extra, ';') + "\n";
+}
+
 // s.zyl including `name`, which is not a regular file.
 Files includes(std::string const& name) {
     return {{"s.zyl", "declare database h;\n#include \"" + name + "\"\nclass A { signed<4> x; tree<x> t; };\n"}};
@@ -232,6 +240,10 @@ std::vector<Case> const& hostileCases() {
          [](TempDir const& dir) { ASSERT_EQ(symlink("/dev/zero", dir.file("zero.zyl").c_str()), 0); }, 10},
         {"a macro bomb", {{"s.zyl", macroBomb()}}, refused(12, "macro expansion of this line exceeds 1048576 characters"),
          nullptr, 10},
+        {"a line expanded to 1 MiB", {{"s.zyl", expandedToTheLimit(0)}},
+         refused(4, "unexpected token: \"" + std::string(1018, 'x') + "\"")},
+        {"a line expanded one past 1 MiB", {{"s.zyl", expandedToTheLimit(1)}},
+         refused(4, "macro expansion of this line exceeds 1048576 characters")},
         // Each nesting level once cost as much as all those below it.
         {"200,000 nested #ifdef",
          {{"s.zyl", "declare database h;\n#define X\n" + repeated("#ifdef X\n", 200000) +
