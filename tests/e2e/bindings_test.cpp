@@ -1,7 +1,6 @@
-// The C# and Java declarations through the command line: they compile with
-// mcs and javac against the binding's declarations in tests/runtime/cs and
-// tests/runtime/java, their types and enums are those of the tables, and a
-// failed compile leaves none of them behind.
+// The C# and Java declarations: they compile with mcs and javac against
+// tests/runtime/cs and tests/runtime/java, their types are those of the
+// tables, and a failed compile leaves none of them behind.
 #include <gtest/gtest.h>
 
 #include <unistd.h>
@@ -54,9 +53,8 @@ bool contains(std::string const& text, std::string const& part) { return text.fi
 
 }  // namespace
 
-// Each schema of tests/schemas/api and the examples alone, without package
-// or namespace (SchemaGen gives each of its cases both), compiles without a
-// warning, which SchemaGen only counts.
+// The api schemas and the examples without package or namespace (SchemaGen
+// always gives both) compile without a warning, which SchemaGen only counts.
 TEST(BindingsCompile, EverySchemaWithoutPackageOrNamespace) {
     std::string const javac = tool("javac"), mcs = tool("mcs");
     if (javac.empty() || mcs.empty())
@@ -85,11 +83,9 @@ TEST(BindingsCompile, EverySchemaWithoutPackageOrNamespace) {
     }
 }
 
-// Lines of the declarations of one schema: fields {f} of a class, whose
-// types are mapped (unsigned ones keep their size in Java; a sequence's
-// element there is the class of its type and its kind the runtime's family
-// of calls), and enums, which in Java keep the order of the declaration
-// and carry no values.
+// Field types as mapped (unsigned ones keep their size in Java), and enums,
+// which in Java keep the declared order and carry no values. The golden
+// files of shop.zyl hold the plainest rows.
 TEST(BindingsText, MappedTypesAndEnums) {
     struct {
         char const* decl;
@@ -100,9 +96,6 @@ TEST(BindingsText, MappedTypesAndEnums) {
         {"signed<1> {f};", "A.java", "\tpublic byte {f};\n"},
         {"signed<8> {f};", "A.java", "\tpublic long {f};\n"},
         {"unsigned<1> {f};", "db.cs", "\tpublic byte {f};\n"},
-        {"unsigned<2> {f};", "db.cs", "\tpublic ushort {f};\n"},
-        {"unsigned<2> {f};", "A.java", "\tpublic short {f};\n"},
-        {"unsigned<4> {f};", "A.java", "\tpublic int {f};\n"},
         {"unsigned<8> {f};", "db.cs", "\tpublic ulong {f};\n"},
         {"float {f};", "A.java", "\tpublic float {f};\n"},
         {"boolean {f};", "db.cs", "\tpublic bool {f};\n"},
@@ -129,8 +122,6 @@ TEST(BindingsText, MappedTypesAndEnums) {
         {"sequence<S> {f};", "A.java",
          "\t@Sequence(type=Sequence.Type.Char, order=Sequence.Order.None, elemSize=8)\n\tpublic "
          "UnorderedSequence<byte[]> {f};\n"},
-        {"enum Mixed { A, B = 5, C };", "db.cs", "public enum Mixed {\n\tA = 0,\n\tB = 5,\n\tC = 2\n};\n\n"},
-        {"", "Mixed.java", "import com.tarnwell.quorabase.*;\n\npublic enum Mixed {\n\tA,\n\tB,\n\tC\n};\n\n"},
         {"enum Falling { Z = 9, Y = 3, X = 1 };", "db.cs",
          "public enum Falling {\n\tZ = 9,\n\tY = 3,\n\tX = 1\n};\n\n"},
         {"", "Falling.java", "import com.tarnwell.quorabase.*;\n\npublic enum Falling {\n\tZ,\n\tY,\n\tX\n};\n\n"},
@@ -150,12 +141,10 @@ TEST(BindingsText, MappedTypesAndEnums) {
     }
 }
 
-// A compile with every output that fails after it has created its files
-// leaves none of them, nor the files of the same names an earlier complete
-// compile wrote. The sequence element stops the compile in the last class,
-// when every file but those of structs exists. The initial value stops it
-// in the dictionary, before any Java file: those of an earlier compile,
-// which this one has not written, stay.
+// A compile with every output that fails leaves none of its files, nor
+// those of the same names an earlier compile wrote. The sequence element
+// fails in the last class, when every file but the structs' exists; the
+// initial value fails before any Java file, so an earlier compile's stay.
 TEST(BindingsCleanup, FailedCompileRemovesEveryFile) {
     struct {
         char const* init[2];  // of field A.a, in the failing compile and in the good one

@@ -36,7 +36,9 @@ ProcessResult compare(TempDir const& dir, std::vector<std::string> const& extra 
 
 }  // namespace
 
-// One pair of schemas for each kind of change, with every finding.
+// One pair of schemas for each kind of change, with every finding; a
+// persistent field's type and key parts, a nested field and an index made
+// unique are the manual's example (CompareCli.DocumentedExample).
 TEST(CompareCli, EachKindOfChange) {
     Pair const cases[] = {
         {"ClassAddedFirst", D "class B { signed<4> n; };\n", D "class A { signed<4> m; };\nclass B { signed<4> n; };\n",
@@ -73,9 +75,6 @@ TEST(CompareCli, EachKindOfChange) {
         {"Local", D A1, D "local " A1, N(2) "breaking: class A became local\n"},
         {"FieldAddedRemoved", PA "  signed<4> a;\n  signed<4> b;\n};\n", PA "  signed<4> a;\n  signed<4> c;\n};\n",
          O(4) "breaking: field b of class A removed\n" N(4) "compatible: field c of class A added\n"},
-        {"FieldType", PA "  unsigned<4> qty;\n};\n", PA "  unsigned<8> qty;\n};\n",
-         N(2) "breaking: class A changed its object size: " SIZE(4, 8)
-         N(3) "breaking: field qty of class A changed type from unsigned<4> to unsigned<8>\n"},
         {"FieldArray", PA "  signed<4> v[2];\n};\n", PA "  signed<4> v[3];\n};\n",
          N(2) "breaking: class A changed its object size: " SIZE(8, 12)
          N(3) "breaking: field v of class A changed from an array of 2 to an array of 3\n"
@@ -95,11 +94,6 @@ TEST(CompareCli, EachKindOfChange) {
          N(3) "breaking: field n of class A became optional\n"
          N(3) "breaking: field n of class A changed its place: compact size 4 to 2, compact alignment 4 to 2\n"
          O(2) "breaking: index list_index_ of class A removed\n"},
-        {"NestedField", D "struct Addr {\n  char<20> city;\n};\npersistent class P {\n  Addr addr;\n};\n",
-         D "struct Addr {\n  char<24> city;\n};\npersistent class P {\n  Addr addr;\n};\n",
-         N(5) "breaking: class P changed its object size: " SIZE(20, 24)
-         N(6) "breaking: field addr of class P changed its place: compact size 20 to 24, large size 20 to 24\n"
-         N(3) "breaking: field addr.city of class P changed type from char<20> to char<24>\n"},
         {"TransientFieldType", D "class A {\n  unsigned<4> qty;\n};\n", D "class A {\n  unsigned<8> qty;\n};\n",
          N(2) "compatible: class A changed its object size: " SIZE(4, 8)
          N(3) "compatible: field qty of class A changed type from unsigned<4> to unsigned<8>\n"},
@@ -108,8 +102,6 @@ TEST(CompareCli, EachKindOfChange) {
         {"IndexKind", D "class A {\n  signed<4> n;\n  tree<n> byN;\n};\n", D "class A {\n  signed<4> n;\n  hash<n> byN[10];\n};\n",
          N(4) "compatible: index byN of class A changed kind from tree to hash\n"
          N(4) "compatible: index byN of class A became unique\n"},
-        {"IndexUnique", PA "  signed<4> n;\n  tree<n> byN;\n};\n", PA "  signed<4> n;\n  unique tree<n> byN;\n};\n",
-         N(4) "breaking: index byN of class A became unique\n"},
         {"IndexThick", PA "  signed<4> n;\n  tree<n> byN;\n};\n", PA "  signed<4> n;\n  thick tree<n> byN;\n};\n",
          N(4) "breaking: index byN of class A became thick\n"},
         {"IndexKeys", PA "  signed<4> n;\n  signed<4> m;\n  tree<n> byN;\n};\n",
@@ -154,7 +146,6 @@ TEST(CompareCli, SameDictionaryReportsNothing) {
         "declare database d;\nstruct S {\n  char<8> c;\n};\nstruct T {\n  signed<2> t;\n};\n"
         "persistent class A {\n  S s;\n  T t;\n  unsigned<4> n;\n  tree<n> byN;\n};\n";
     struct { char const* name; char const* newText; } const cases[] = {
-        {"identical", base},
         {"comments and blank lines",
          "// the shop\ndeclare database d;\n\n/* a struct */\nstruct S {\n  char<8> c; // name\n};\n\n"
          "struct T {\n  signed<2> t;\n};\n"
@@ -204,10 +195,7 @@ TEST(CompareCli, RefusedSchema) {
         TempDir dir;
         dir.write("old.zyl", badIsOld ? bad : good);
         dir.write("new.zyl", badIsOld ? good : bad);
-        ProcessResult compile = runProgram({cliPath(), badIsOld ? "old.zyl" : "new.zyl"}, dir.path());
-        ASSERT_EQ(compile.status, 255);
         ProcessResult r = compare(dir);
-        EXPECT_EQ(r.err, compile.err);
         EXPECT_EQ(r.err, std::string("File ") + (badIsOld ? "old" : "new") +
                              ".zyl;  line 4: error: expected ',' or ';'\n\n");
         EXPECT_EQ(r.out, "Error executing DDL compiler\n");
@@ -250,7 +238,9 @@ TEST(CompareCli, Json) {
               "\"line\":0,\"column\":0,\"declaration\":null}\n");
 }
 
-// The library function on two dictionaries of its own making.
+// The library function, which --compare calls (so an unchanged schema is in
+// CompareCli.SameDictionaryReportsNothing): the fields of each finding, and
+// offsets that only the run-time entry's parameters change.
 TEST(CompareLibrary, TwoDictionaries) {
     struct Seen {
         std::vector<std::string> lines;
@@ -277,10 +267,6 @@ TEST(CompareLibrary, TwoDictionaries) {
     zyl_dictionary_t* c = load(D "struct Addr {\n  unsigned<2> zip;\n  char<24> city;\n};\npersistent class P {\n  Addr addr;\n};\n",
                                false);
     ASSERT_TRUE(a && b && c);
-
-    Seen same;
-    EXPECT_EQ(zyl_dict_compare(a, a, note, &same), 0);
-    EXPECT_TRUE(same.lines.empty());
 
     Seen wide;
     EXPECT_EQ(zyl_dict_compare(a, b, note, &wide), 1);

@@ -1,5 +1,4 @@
-// --depfile: the make rule that a complete compile leaves for build tools,
-// run through the command line as a build tool runs it.
+// --depfile: the make rule a complete compile leaves for build tools.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -19,10 +18,8 @@ using std::filesystem::exists;
 
 }  // namespace
 
-// Includes nested two deep, one in a subdirectory, one opened twice behind
-// a guard: each file is named once, in the order first opened, by the path
-// it was opened by (relative here, as the command line gave it). Every
-// included file also gets an empty rule.
+// Each file once, in the order first opened (one twice behind a guard), by
+// the path it was opened by; every included one also gets an empty rule.
 TEST(Depfile, NestedIncludes) {
     TempDir dir;
     makeDirs(dir, {"schema", "schema/parts", "out"});
@@ -43,10 +40,8 @@ TEST(Depfile, NestedIncludes) {
               "schema/parts/point.zyl:\n");
 }
 
-// The targets are the files the compile wrote that are named after the
-// database, in the order it opened them: those a build can declare before
-// the schema is read. A schema without includes has the rule alone.
-// Without --depfile no rule is written at all.
+// The targets are the files named after the database, in the order
+// written: those a build can declare before the schema is read.
 TEST(Depfile, TargetsAreTheFilesNamedAfterTheDatabase) {
     TempDir dir;
     makeDirs(dir, {"out", "plain"});
@@ -56,16 +51,14 @@ TEST(Depfile, TargetsAreTheFilesNamedAfterTheDatabase) {
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(readFile(dir.file("out/m.d")), "out/m.h out/m.c out/m.hpp out/m.cs out/m.xml: \\\n  m.zyl\n");
 
-    // Java writes one file per type besides {db}.java; those are named after
-    // the schema's types, so a build cannot know them beforehand.
+    // Java's files of the schema's types cannot be known beforehand.
     r = runProgram({cliPath(), "--java", "-o", "out", "--depfile", "out/m.d", "m.zyl"}, dir.path());
     ASSERT_EQ(r.status, 0) << r.err;
     std::string const rule = readFile(dir.file("out/m.d"));
     EXPECT_EQ(rule.substr(0, rule.find(':')), "out/m.h out/m.c out/m.java");
     EXPECT_TRUE(exists(dir.file("out/Color.java")));
 
-    // The skeletons are not targets, neither when first written nor when
-    // an existing one makes the compile write {db}_udf.c.new beside it.
+    // Neither are the skeletons, nor the ".new" written beside one.
     dir.write("u.zyl", "declare database u;\nclass A { char<8> s; userdef tree<s> byS; tree<s collate cs> byC; };\n");
     for (char const* written : {"out/u_udf.c", "out/u_udf.c.new"}) {
         r = runProgram({cliPath(), "-o", "out", "--depfile", "out/u.d", "u.zyl"}, dir.path());
@@ -80,8 +73,7 @@ TEST(Depfile, TargetsAreTheFilesNamedAfterTheDatabase) {
     EXPECT_FALSE(exists(dir.file("plain/m.d")));
 }
 
-// #include searches the -I directories in the order given, then the
-// schema's own directory; the rule names the file that was opened.
+// #include searches the -I directories in order, then the schema's own.
 TEST(Depfile, IncludeDirectoriesInOrder) {
     struct { std::vector<std::string> options; char const* opened; } const cases[] = {
         {{}, "schema/t.zyl"},
@@ -124,9 +116,8 @@ TEST(Depfile, PathsAreEscaped) {
               "my\\ schemas/cost$$\\#1.zyl:\n");
 }
 
-// A failed compile writes no rule, and removes the one of an earlier
-// compile, whether the failure comes after an include, before the database
-// name is known, or at the opening of the schema.
+// A failed compile writes no rule and removes an earlier one, whether it
+// fails after an include, before the database name, or opening the schema.
 TEST(Depfile, NoneAfterAFailedCompile) {
     struct { char const* name; char const* schema; } const cases[] = {  // no schema: no file at all
         {"after_include", "declare database s;\n#include \"t.zyl\"\nclass C { NoSuchType x; };\n"},
@@ -148,8 +139,8 @@ TEST(Depfile, NoneAfterAFailedCompile) {
     }
 }
 
-// A rule that cannot be written fails the command with its own status, so
-// that a build tool runs it again; the generated files stay.
+// A rule that cannot be written fails the command (so a build tool runs it
+// again); the generated files stay.
 TEST(Depfile, UnwritableFile) {
     TempDir dir;
     dir.write("s.zyl", "declare database s;\nclass C { unsigned<4> n; };\n");
@@ -160,11 +151,9 @@ TEST(Depfile, UnwritableFile) {
     EXPECT_EQ(dir.list(), (std::vector<std::string>{"s.c", "s.h", "s.zyl"}));
 }
 
-// The rule may not take the place of a file the compile reads or writes: a
-// failed compile would remove it, a complete one overwrite it. Such a
-// command line is wrong, and the command changes no file at all: neither
-// the one named nor an output. A compile that fails on its own still
-// leaves an input alone.
+// The rule may not replace a file the compile reads or writes: such a
+// command line is refused and changes no file. A compile that fails on its
+// own still leaves an input alone.
 TEST(Depfile, NeverAFileTheCompileReadsOrWrites) {
     std::string const usage = "usage: zylcomp [OPTIONS] SCHEMA-FILE\nTry 'zylcomp --help' for the options.\n";
 #define GOOD "declare database s;\n#include \"t.zyl\"\nclass C { unsigned<4> n; };\n"

@@ -1,7 +1,5 @@
-// --diagnostics-format: the gnu and json forms of one report from each
-// stage of a compile, reading, grammar, finishing, layout and generation,
-// each pointing at the declaration at fault, in an included file too. The
-// classic form of every other test is the default's.
+// --diagnostics-format gnu and json: one report from each stage of a
+// compile, pointing at the declaration at fault, in an included file too.
 #include <gtest/gtest.h>
 
 #include <signal.h>
@@ -106,4 +104,14 @@ TEST(DiagnosticsFormat, EachStageInGnuAndJson) {
             }
         }
     }
+}
+
+// JSON writes a tab as \t, here in the name of an included file.
+TEST(DiagnosticsFormat, JsonEscapesATab) {
+    TempDir dir;
+    dir.write("s.zyl", "declare database d;\n#include \"a\tb.zyl\"\n");
+    dir.write("a\tb.zyl", "struct S_ {}\n;\n");
+    ProcessResult r = runProgram({cliPath(), "--diagnostics-format", "json", "s.zyl"}, dir.path());
+    EXPECT_EQ(r.err, R"({"severity":"error","message":"identifiers cannot end with the underscore","file":"a\tb.zyl",)"
+                     R"("line":1,"column":13,"declaration":null})" "\n");
 }

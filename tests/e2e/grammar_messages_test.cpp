@@ -1,8 +1,6 @@
-// Every message of the grammar, of the finishing passes and the system
-// classes, and of the dictionary, as the command line prints it, and what
-// a compile leaves in its directory: the schema is written to s.zyl in a
-// fresh directory and compiled there. The rows live in
-// support/message_rows.cpp, shared with the run-time entry's tests.
+// Every message of the grammar, the finishing passes and the dictionary as
+// the command line prints it for s.zyl, and what the compile leaves. The
+// rows (support/message_rows.cpp) serve the run-time entry's tests too.
 #include <gtest/gtest.h>
 
 #include <string>
