@@ -15,27 +15,6 @@ std::vector<std::string> jsonLines(std::string const& text) {
     return out;
 }
 
-namespace {
-
-// Within v_all_struct: applies `edit` to the field lines of each struct,
-// with the struct's header line.
-template <class Edit>
-void eachStruct(std::vector<std::string>& json, Edit edit) {
-    auto begin = std::find(json.begin(), json.end(), "  \"v_all_struct\": [");
-    for (auto head = begin; head != json.end() && *head != "  ],"; ++head) {
-        if (head->compare(0, 13, "    {\"name\": ") != 0)
-            continue;
-        auto end = head + 1;
-        while (end != json.end() && end->compare(0, 6, "      ") == 0)
-            ++end;
-        std::vector<std::string> fields(head + 1, end);
-        edit(*head, fields);
-        std::copy(fields.begin(), fields.end(), head + 1);
-    }
-}
-
-}  // namespace
-
 // The differences between the two forms that are allowed, all of them:
 // 1. sizeof_zyl_offs_t and sizeof_zyl_size_t, which the C form takes from
 //    the options and the C compiler, and the memory form fixes at 8;
@@ -59,33 +38,39 @@ void acceptDifferences(std::vector<std::string>& c, std::vector<std::string>& me
                     json->end());
         std::set<int> direct;
         int number = 0;
-        eachStruct(*json, [&](std::string const& head, std::vector<std::string>& fields) {
+        // Each struct of v_all_struct: a header line, then a line for each field.
+        for (auto head = std::find(json->begin(), json->end(), "  \"v_all_struct\": [");
+             head != json->end() && *head != "  ],"; ++head) {
+            if (head->compare(0, 13, "    {\"name\": ") != 0)
+                continue;
+            auto const first = head + 1;
+            auto last = first;
+            while (last != json->end() && last->compare(0, 6, "      ") == 0)
+                ++last;
             std::smatch m;
-            bool const isDirect = std::regex_search(head, m, flags) && (std::stoi(m[1]) & ZYL_STRUCT_DIRECT) != 0;
-            if (isDirect) {
+            if (std::regex_search(*head, m, flags) && (std::stoi(m[1]) & ZYL_STRUCT_DIRECT) != 0) {
                 direct.insert(number);
-                for (std::string& f : fields)
-                    f = std::regex_replace(f, align, "\"$1_align\": -");
+                for (auto f = first; f != last; ++f)
+                    *f = std::regex_replace(*f, align, "\"$1_align\": -");
             }
             number++;
-            bool holder = false;
-            for (std::string const& f : fields)
-                holder = holder || (std::regex_search(f, m, member) && direct.count(std::stoi(m[1])) > 0);
-            if (holder) {
-                // An indicator is the place of a field in the list, so
-                // it names that field instead.
-                std::vector<std::string> names;
-                for (std::string const& f : fields)
-                    names.push_back(std::regex_search(f, m, name) ? m[1].str() : "");
-                for (std::string& f : fields) {
-                    if (std::regex_search(f, m, indicator) && std::stoul(m[1]) < names.size())
-                        f = m.prefix().str() + "\"indicator\": \"" + names[std::stoul(m[1])] + "\"," + m.suffix().str();
-                    if (f.back() == ',')
-                        f.pop_back();
-                }
-                std::sort(fields.begin(), fields.end());
+            if (std::none_of(first, last, [&](std::string const& f) {
+                    return std::regex_search(f, m, member) && direct.count(std::stoi(m[1])) > 0;
+                }))
+                continue;
+            // An indicator is the place of a field in the list, so it names
+            // that field instead.
+            std::vector<std::string> names;
+            for (auto f = first; f != last; ++f)
+                names.push_back(std::regex_search(*f, m, name) ? m[1].str() : "");
+            for (auto f = first; f != last; ++f) {
+                if (std::regex_search(*f, m, indicator) && std::stoul(m[1]) < names.size())
+                    *f = m.prefix().str() + "\"indicator\": \"" + names[std::stoul(m[1])] + "\"," + m.suffix().str();
+                if (f->back() == ',')
+                    f->pop_back();
             }
-        });
+            std::sort(first, last);
+        }
     }
 }
 

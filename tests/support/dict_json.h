@@ -1,7 +1,6 @@
 // The two JSON forms of a dictionary, as the library's dumper prints them:
 // the one gcc builds from a generated {db}.c (tests/runtime/dictjson.c) and
-// the one the run-time entry builds (zylcomp --dump-dictionary), and the
-// differences between them that are allowed.
+// the one the run-time entry builds (zylcomp --dump-dictionary).
 #pragma once
 
 #include <string>

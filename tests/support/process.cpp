@@ -1,13 +1,12 @@
 #include "support/process.h"
 
-#include <dirent.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -33,11 +32,9 @@ ProcessResult runInChild(std::function<void()> const& child) {
     // Files, not pipes: a child that prints a lot must not block on a full pipe.
     FILE* outFile = std::tmpfile();
     FILE* errFile = std::tmpfile();
-    if (!outFile || !errFile)
-        throw std::runtime_error("tmpfile failed");
-    pid_t pid = fork();
+    pid_t const pid = outFile && errFile ? fork() : -1;
     if (pid < 0)
-        throw std::runtime_error("fork failed");
+        throw std::runtime_error("tmpfile or fork failed");
     if (pid == 0) {
         dup2(fileno(outFile), 1);
         dup2(fileno(errFile), 2);
@@ -77,8 +74,7 @@ void execProgram(std::vector<std::string> const& argv) {
 
 std::string cliPath() { return ZYLCOMP_CLI; }
 
-TempDir::TempDir() {
-    m_path = "/tmp/zylcomp-test-XXXXXX";
+TempDir::TempDir() : m_path("/tmp/zylcomp-test-XXXXXX") {
     if (mkdtemp(&m_path[0]) == nullptr)
         throw std::runtime_error("mkdtemp failed");
 }
@@ -94,19 +90,16 @@ std::string TempDir::write(std::string const& name, std::string const& text) con
     return file(name);
 }
 
+std::vector<std::string> TempDir::list() const { return listDir(m_path); }
+
 std::vector<std::string> listDir(std::string const& path) {
     std::vector<std::string> names;
-    if (DIR* d = opendir(path.c_str())) {
-        while (dirent* e = readdir(d))
-            if (std::strcmp(e->d_name, ".") != 0 && std::strcmp(e->d_name, "..") != 0)
-                names.push_back(e->d_name);
-        closedir(d);
-    }
+    std::error_code ec;
+    for (auto const& e : std::filesystem::directory_iterator(path, ec))
+        names.push_back(e.path().filename().string());
     std::sort(names.begin(), names.end());
     return names;
 }
-
-std::vector<std::string> TempDir::list() const { return listDir(m_path); }
 
 std::string readFile(std::string const& path) {
     std::ostringstream ss;
