@@ -57,14 +57,26 @@ typedef struct Counter_     { ZYL_Hf h; }  Counter;
 class Counter;
 #endif
 #define Counter_code      1
+#ifndef ZYL_CPP_INTERFACE
+typedef struct Range_ { ZYL_Hf h; }  Range;
+#else
+struct Range;
+#endif
 
 /*---------------------------------------------------------------------*/
 /* Structures for fixed part of the structure                          */
+
+typedef struct Range_fixed_ {
+  int2 lo;
+  int2 hi;
+} Range_fixed;
 
 typedef struct Counter_fixed_ {
   uint4 value;
   int2 code;
   double weight;
+  Range_fixed span;
+  uint1 flags[12];
 } Counter_fixed;
 
 
@@ -72,59 +84,121 @@ typedef struct Counter_fixed_ {
 /*---------------------------------------------------------------------*/
 /* class Counter methods                                               */
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_new                          ( zyl_trans_h t, /*OUT*/ Counter *handle )
-{ return zyl_w_new_obj_noid_ev( t, 14, 1, (zyl_objhandle_h)handle, 0);
+ZYL_TARGET_INLINE ZYL_RET      Counter_new                               ( zyl_trans_h t, /*OUT*/ Counter *handle )
+{ return zyl_w_new_obj_noid_ev( t, 20, 1, (zyl_objhandle_h)handle, 0);
 }
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_delete                       ( Counter *handle )
+ZYL_TARGET_INLINE ZYL_RET      Counter_delete                            ( Counter *handle )
 { return zyl_w_obj_delete_ev( (zyl_objhandle_h)handle, 1); 
 }
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_delete_all                   ( zyl_trans_h t )
+ZYL_TARGET_INLINE ZYL_RET      Counter_delete_all                        ( zyl_trans_h t )
 { return zyl_w_obj_delete_all( t, 1 ); 
 }
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_checkpoint                   ( Counter *handle )
+ZYL_TARGET_INLINE ZYL_RET      Counter_checkpoint                        ( Counter *handle )
 { return zyl_w_obj_checkpoint( (zyl_objhandle_h)handle );
 }
 
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_value_get                    ( Counter *handle, /*OUT*/ uint4 * result)
-{ return zyl_w_b4_get( (zyl_objhandle_h) handle, 0, 1,result);
+ZYL_TARGET_INLINE ZYL_RET      Counter_value_get                         ( Counter *handle, /*OUT*/ uint4 * result)
+{ return zyl_w_b4_get( (zyl_objhandle_h) handle, 0, 3,result);
 }
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_value_put                    ( Counter *handle, uint4 value )
-{ return zyl_w_b4_put_ev( (zyl_objhandle_h) handle, 0, 1, 1, (uint4) value, 2);
-}
-
-
-ZYL_TARGET_INLINE ZYL_RET      Counter_code_get                     ( Counter *handle, /*OUT*/ int2 * result)
-{ return zyl_w_b2_get( (zyl_objhandle_h) handle, 12, 2,result);
-}
-
-ZYL_TARGET_INLINE ZYL_RET      Counter_code_put                     ( Counter *handle, int2 value )
-{ return zyl_w_b2_put( (zyl_objhandle_h) handle, 12, 2, 1, (int2) value);
+ZYL_TARGET_INLINE ZYL_RET      Counter_value_put                         ( Counter *handle, uint4 value )
+{ return zyl_w_b4_put_ev( (zyl_objhandle_h) handle, 0, 3, 1, (uint4) value, 2);
 }
 
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_weight_get                   ( Counter *handle, /*OUT*/ double * result)
-{ return zyl_w_b8_get( (zyl_objhandle_h) handle, 4, 3,result);
+ZYL_TARGET_INLINE ZYL_RET      Counter_code_get                          ( Counter *handle, /*OUT*/ int2 * result)
+{ return zyl_w_b2_get( (zyl_objhandle_h) handle, 16, 4,result);
 }
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_weight_put                   ( Counter *handle, double value )
-{ return zyl_w_b8_put( (zyl_objhandle_h) handle, 4, 3, 0, (double) value);
+ZYL_TARGET_INLINE ZYL_RET      Counter_code_put                          ( Counter *handle, int2 value )
+{ return zyl_w_b2_put( (zyl_objhandle_h) handle, 16, 4, 1, (int2) value);
 }
 
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_from_cursor                  ( zyl_trans_h t, zyl_cursor_h c, /*OUT*/ Counter *handle )
+ZYL_TARGET_INLINE ZYL_RET      Counter_weight_get                        ( Counter *handle, /*OUT*/ double * result)
+{ return zyl_w_b8_get( (zyl_objhandle_h) handle, 4, 5,result);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_weight_put                        ( Counter *handle, double value )
+{ return zyl_w_b8_put( (zyl_objhandle_h) handle, 4, 5, 1, (double) value);
+}
+
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_span_read_handle                  ( Counter *handle, /*OUT*/ Range * h )
+{ return zyl_w_struct_get2( (zyl_objhandle_h)handle, (zyl_objhandle_h)h, 12, 12, 6); 
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_span_write_handle                 ( Counter *handle, /*OUT*/ Range * h )
+{ return zyl_w_struct_put2( (zyl_objhandle_h)handle, (zyl_objhandle_h)h, 12, 12, 6, 0);
+}
+
+
+#define Counter_flags_length 12
+ZYL_TARGET_INLINE ZYL_RET      Counter_flags_at                          ( Counter *handle, uint2 index, /*OUT*/ uint1 *result)
+{ return zyl_w_va_bit_e_get2( (zyl_objhandle_h)handle, 18, 18, 7, index, result);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_flags_put                         ( Counter *handle, uint2 index, uint1 value)
+{ return zyl_w_va_bit_e_put( (zyl_objhandle_h)handle, 18, 18, 7, index, value, 0);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_flags_get_range                   ( Counter *handle, uint2 start_index, uint2 num, /*OUT*/ uint1 *dest )
+{ return zyl_w_va_bit_e_getrange2( (zyl_objhandle_h)handle, 18, 18, 7, start_index, num, dest);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_flags_put_range                   ( Counter *handle, uint2 start_index, uint2 num, const uint1 * src )
+{ return zyl_w_va_bit_e_putrange( (zyl_objhandle_h)handle, 18, 18, 7, start_index, num, src, 0);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_flags_get_fldname                 ( Counter *handle, uint2* index, char * dest, uint2 dest_size,  uint2 * len )
+{
+  uint1 fld_data[64];
+  uint1 fsz = Counter_flags_length;
+  uint1 j,i,pos;
+  uint2 nel;
+  ZYL_RET rc = ZYL_S_OK;
+  pos = (*index)&(0xfff8); 
+  if (pos != (*index)) j =  (*index)&7; else j = 0;
+  while(pos<fsz){
+    nel = fsz;
+    if (nel>(sizeof(fld_data)/sizeof(fld_data[0]))){
+      nel = sizeof(fld_data)/sizeof(fld_data[0]);
+    }
+    if ((rc = Counter_flags_get_range(handle,pos,nel,fld_data)) != ZYL_S_OK){
+      return rc;
+    }
+    for (i=0;i<(nel+7)/8;i++){
+      if (fld_data[i]){
+        uint1 v = fld_data[i];
+        for (;j<8;j++){
+          if ((v>>j)&1){
+            /*actually get fldname here*/
+            *index = pos+i*8+j+1;
+            return zyl_get_fieldname_by_fldno((zyl_objhandle_h)handle,(uint2)(*index-1),dest,dest_size,len);
+          }
+        }
+      }
+      j = 0;
+    }
+    pos += nel;
+  }
+  return ZYL_S_NOTFOUND;
+}
+
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_from_cursor                       ( zyl_trans_h t, zyl_cursor_h c, /*OUT*/ Counter *handle )
 { return zyl_w_obj_from_cursor( t, c, 1, (zyl_objhandle_h)handle ); 
 }
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_byValue_index_cursor         ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )
+ZYL_TARGET_INLINE ZYL_RET      Counter_byValue_index_cursor              ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )
 { return zyl_w_index_cursor( t, 0, c );
 }
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_byValue_search               ( zyl_trans_h t, /*INOUT*/ zyl_cursor_h c, ZYL_OPCODE op_, uint4 value_key_0 )
+ZYL_TARGET_INLINE ZYL_RET      Counter_byValue_search                    ( zyl_trans_h t, /*INOUT*/ zyl_cursor_h c, ZYL_OPCODE op_, uint4 value_key_0 )
 { zyl_external_field_t a_[1];
   zyl_external_field_h pa_ = a_;
   pa_->field_type = 3; pa_->v.u4 = value_key_0; 
@@ -132,14 +206,14 @@ ZYL_TARGET_INLINE ZYL_RET      Counter_byValue_search               ( zyl_trans_
   return zyl_w_tree_find(t,c,op_,a_);
 }
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_byValue_compare              ( zyl_trans_h t, zyl_cursor_h c, uint4 value_key_0, /*OUT*/ int *result_ )
+ZYL_TARGET_INLINE ZYL_RET      Counter_byValue_compare                   ( zyl_trans_h t, zyl_cursor_h c, uint4 value_key_0, /*OUT*/ int *result_ )
 { zyl_external_field_t a_[1];
   zyl_external_field_h pa_ = a_;
   pa_->field_type = 3; pa_->v.u4 = value_key_0; 
   return zyl_w_cursor_compare( t, c, a_, result_);
 }
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_byValue_pattern_size         (uint4 value_key_0, /*OUT*/ uint4 *size_)
+ZYL_TARGET_INLINE ZYL_RET      Counter_byValue_pattern_size              (uint4 value_key_0, /*OUT*/ uint4 *size_)
 { zyl_external_field_t a_[2];
   zyl_external_field_h pa_ = a_;
   pa_->field_type = 3; pa_->v.u4 = value_key_0; 
@@ -147,7 +221,7 @@ ZYL_TARGET_INLINE ZYL_RET      Counter_byValue_pattern_size         (uint4 value
    return zyl_pattern_size( a_,size_);
 }
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_byValue_pattern_search       ( zyl_trans_h t, zyl_cursor_h c, /*INOUT*/ void *allocated_pattern, zyl_size_t memsize , uint4 value_key_0 )
+ZYL_TARGET_INLINE ZYL_RET      Counter_byValue_pattern_search            ( zyl_trans_h t, zyl_cursor_h c, /*INOUT*/ void *allocated_pattern, zyl_size_t memsize , uint4 value_key_0 )
 { zyl_external_field_t a_[2];
   zyl_external_field_h pa_ = a_;
   pa_->field_type = 3; pa_->v.u4 = value_key_0; 
@@ -155,30 +229,77 @@ ZYL_TARGET_INLINE ZYL_RET      Counter_byValue_pattern_search       ( zyl_trans_
   return zyl_pattern_search(t, c, allocated_pattern, memsize, a_);
 }
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_byValue_pattern_next         ( zyl_trans_h t, zyl_cursor_h c, /*INOUT*/ void *allocated_pattern )
+ZYL_TARGET_INLINE ZYL_RET      Counter_byValue_pattern_next              ( zyl_trans_h t, zyl_cursor_h c, /*INOUT*/ void *allocated_pattern )
 { return zyl_pattern_next(t, c , allocated_pattern,  0);
 }
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_byValue_locate               ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c, Counter * handle)
+ZYL_TARGET_INLINE ZYL_RET      Counter_byValue_locate                    ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c, Counter * handle)
 { return zyl_w_cursor_locate( t, 0, (zyl_objhandle_h)handle, c);
 }
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_byCode_index_cursor          ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )
+ZYL_TARGET_INLINE ZYL_RET      Counter_byCodeWeight_index_cursor         ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )
 { return zyl_w_index_cursor( t, 1, c );
 }
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_byCode_compare               ( zyl_trans_h t, zyl_cursor_h c, int2 code_key_0, /*OUT*/ int *result_ )
+ZYL_TARGET_INLINE ZYL_RET      Counter_byCodeWeight_search               ( zyl_trans_h t, /*INOUT*/ zyl_cursor_h c, ZYL_OPCODE op_, int2 code_key_0, double weight_key_1 )
+{ zyl_external_field_t a_[2];
+  zyl_external_field_h pa_ = a_;
+  pa_->field_type = 5; pa_->v.i2 = code_key_0; pa_++; 
+  pa_->field_type = 11; pa_->v.dbl = weight_key_1; 
+
+  return zyl_w_tree_find(t,c,op_,a_);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_byCodeWeight_compare              ( zyl_trans_h t, zyl_cursor_h c, int2 code_key_0, double weight_key_1, /*OUT*/ int *result_ )
+{ zyl_external_field_t a_[2];
+  zyl_external_field_h pa_ = a_;
+  pa_->field_type = 5; pa_->v.i2 = code_key_0; pa_++; 
+  pa_->field_type = 11; pa_->v.dbl = weight_key_1; 
+  return zyl_w_cursor_compare( t, c, a_, result_);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_byCodeWeight_pattern_size         (int2 code_key_0, double weight_key_1, /*OUT*/ uint4 *size_)
+{ zyl_external_field_t a_[3];
+  zyl_external_field_h pa_ = a_;
+  pa_->field_type = 5; pa_->v.i2 = code_key_0; pa_++; 
+  pa_->field_type = 11; pa_->v.dbl = weight_key_1; 
+  (pa_+1)->field_type=0;
+   return zyl_pattern_size( a_,size_);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_byCodeWeight_pattern_search       ( zyl_trans_h t, zyl_cursor_h c, /*INOUT*/ void *allocated_pattern, zyl_size_t memsize , int2 code_key_0, double weight_key_1 )
+{ zyl_external_field_t a_[3];
+  zyl_external_field_h pa_ = a_;
+  pa_->field_type = 5; pa_->v.i2 = code_key_0; pa_++; 
+  pa_->field_type = 11; pa_->v.dbl = weight_key_1; 
+  (pa_+1)->field_type=0;
+  return zyl_pattern_search(t, c, allocated_pattern, memsize, a_);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_byCodeWeight_pattern_next         ( zyl_trans_h t, zyl_cursor_h c, /*INOUT*/ void *allocated_pattern )
+{ return zyl_pattern_next(t, c , allocated_pattern,  0);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_byCodeWeight_locate               ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c, Counter * handle)
+{ return zyl_w_cursor_locate( t, 1, (zyl_objhandle_h)handle, c);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_byCode_index_cursor               ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )
+{ return zyl_w_index_cursor( t, 2, c );
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_byCode_compare                    ( zyl_trans_h t, zyl_cursor_h c, int2 code_key_0, /*OUT*/ int *result_ )
 { zyl_external_field_t a_[1];
   zyl_external_field_h pa_ = a_;
   pa_->field_type = 5; pa_->v.i2 = code_key_0; 
   return zyl_w_cursor_compare( t, c, a_, result_);
 }
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_byCode_find                  ( zyl_trans_h t, int2 code_key_0, /*OUT*/ Counter *handle_)
+ZYL_TARGET_INLINE ZYL_RET      Counter_byCode_find                       ( zyl_trans_h t, int2 code_key_0, /*OUT*/ Counter *handle_)
 { zyl_external_field_t a_[1];
   zyl_external_field_h pa_ = a_;
   pa_->field_type = 5; pa_->v.i2 = code_key_0; 
-  return zyl_w_hash_find_scalar(t, 1, a_, (zyl_objhandle_h)handle_);
+  return zyl_w_hash_find_scalar(t, 2, a_, (zyl_objhandle_h)handle_);
 }
 
 
@@ -187,49 +308,93 @@ ZYL_TARGET_INLINE ZYL_RET      Counter_byCode_find                  ( zyl_trans_
 
 #define ZYL_EVENT_counterMade  1
 typedef ZYL_RET (*counterMade_handler)( zyl_trans_h t, Counter * obj, ZYL_EVENT_TYPE et, /*INOUT*/ void *param); 
-ZYL_TARGET_INLINE ZYL_RET      zyl_register_counterMade_handler     ( zyl_trans_h t, counterMade_handler handler, void * param )
+ZYL_TARGET_INLINE ZYL_RET      zyl_register_counterMade_handler          ( zyl_trans_h t, counterMade_handler handler, void * param )
 { return zyl_ev_h_register( t, (zyl_generic_ev_handler)handler, 0, param, 0 );
 }
 
-ZYL_TARGET_INLINE ZYL_RET      zyl_unregister_counterMade_handler   ( zyl_trans_h t, counterMade_handler handler)
+ZYL_TARGET_INLINE ZYL_RET      zyl_unregister_counterMade_handler        ( zyl_trans_h t, counterMade_handler handler)
 { return zyl_ev_h_unregister( t, (zyl_generic_ev_handler)handler, 0);
 }
 
 #define ZYL_EVENT_counterGone  2
 typedef ZYL_RET (*counterGone_handler)( zyl_trans_h t, Counter * obj, ZYL_EVENT_TYPE et, /*INOUT*/ void *param); 
-ZYL_TARGET_INLINE ZYL_RET      zyl_register_counterGone_handler     ( zyl_trans_h t, counterGone_handler handler, void * param )
+ZYL_TARGET_INLINE ZYL_RET      zyl_register_counterGone_handler          ( zyl_trans_h t, counterGone_handler handler, void * param )
 { return zyl_ev_h_register( t, (zyl_generic_ev_handler)handler, 1, param, 0 );
 }
 
-ZYL_TARGET_INLINE ZYL_RET      zyl_unregister_counterGone_handler   ( zyl_trans_h t, counterGone_handler handler)
+ZYL_TARGET_INLINE ZYL_RET      zyl_unregister_counterGone_handler        ( zyl_trans_h t, counterGone_handler handler)
 { return zyl_ev_h_unregister( t, (zyl_generic_ev_handler)handler, 1);
 }
 
 #define ZYL_EVENT_valueChanged  3
 typedef ZYL_RET (*valueChanged_handler)( zyl_trans_h t, Counter * obj, int class_code, const char* field_name, zyl_dict_type_t field_type,const void * value, /*INOUT*/ void *param); 
-ZYL_TARGET_INLINE ZYL_RET      zyl_register_valueChanged_handler    ( zyl_trans_h t, valueChanged_handler handler, void * param, ZYL_HANDLING_ORDER when )
+ZYL_TARGET_INLINE ZYL_RET      zyl_register_valueChanged_handler         ( zyl_trans_h t, valueChanged_handler handler, void * param, ZYL_HANDLING_ORDER when )
 { return zyl_ev_h_register( t, (zyl_generic_ev_handler)handler, 2, param, (uint2)(when==ZYL_BEFORE_UPDATE) );
 }
 
-ZYL_TARGET_INLINE ZYL_RET      zyl_unregister_valueChanged_handler  ( zyl_trans_h t, valueChanged_handler handler)
+ZYL_TARGET_INLINE ZYL_RET      zyl_unregister_valueChanged_handler       ( zyl_trans_h t, valueChanged_handler handler)
 { return zyl_ev_h_unregister( t, (zyl_generic_ev_handler)handler, 2);
 }
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_fixed_get                    ( Counter *handle_, Counter_fixed* dst_ )
+
+/*---------------------------------------------------------------------*/
+/* struct Range methods                                                */
+
+
+ZYL_TARGET_INLINE ZYL_RET      Range_lo_get            ( Range *handle, /*OUT*/ int2 * result)
+{ return zyl_w_b2_get( (zyl_objhandle_h) handle, 2, 1,result);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Range_lo_put            ( Range *handle, int2 value )
+{ return zyl_w_b2_put( (zyl_objhandle_h) handle, 2, 1, 0, (int2) value);
+}
+
+
+ZYL_TARGET_INLINE ZYL_RET      Range_hi_get            ( Range *handle, /*OUT*/ int2 * result)
+{ return zyl_w_b2_get( (zyl_objhandle_h) handle, 0, 2,result);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Range_hi_put            ( Range *handle, int2 value )
+{ return zyl_w_b2_put( (zyl_objhandle_h) handle, 0, 2, 0, (int2) value);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Range_fixed_get         ( Range *handle_, Range_fixed* dst_ )
 { ZYL_RET rc_ = ZYL_S_OK, has_nulls_ = ZYL_S_OK;
+  return
+    (rc_ = Range_lo_get(handle_, &dst_->lo)) == ZYL_S_OK
+    && (rc_ = Range_hi_get(handle_, &dst_->hi)) == ZYL_S_OK
+  ? has_nulls_ : rc_;
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Range_fixed_put         ( Range *handle_, Range_fixed const* src_ )
+{ ZYL_RET rc_;
+  return
+    (rc_ = Range_lo_put(handle_, src_->lo)) == ZYL_S_OK
+    && (rc_ = Range_hi_put(handle_, src_->hi)) == ZYL_S_OK
+  ? ZYL_S_OK : rc_;
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_fixed_get                         ( Counter *handle_, Counter_fixed* dst_ )
+{ ZYL_RET rc_ = ZYL_S_OK, has_nulls_ = ZYL_S_OK;
+  Range span;
   return
     (rc_ = Counter_value_get(handle_, &dst_->value)) == ZYL_S_OK
     && (rc_ = Counter_code_get(handle_, &dst_->code)) == ZYL_S_OK
     && (rc_ = Counter_weight_get(handle_, &dst_->weight)) == ZYL_S_OK
+    && (((rc_ = Counter_span_read_handle(handle_, &span)) == ZYL_S_OK && (rc_ = Range_fixed_get(&span, &dst_->span)) == ZYL_S_OK) || (has_nulls_ = rc_) == ZYL_S_NULL_VALUE)
+    && (rc_ = Counter_flags_get_range(handle_, 0, 12, dst_->flags)) == ZYL_S_OK
   ? has_nulls_ : rc_;
 }
 
-ZYL_TARGET_INLINE ZYL_RET      Counter_fixed_put                    ( Counter *handle_, Counter_fixed const* src_ )
+ZYL_TARGET_INLINE ZYL_RET      Counter_fixed_put                         ( Counter *handle_, Counter_fixed const* src_ )
 { ZYL_RET rc_;
+  Range span;
   return
     (rc_ = Counter_value_put(handle_, src_->value)) == ZYL_S_OK
     && (rc_ = Counter_code_put(handle_, src_->code)) == ZYL_S_OK
     && (rc_ = Counter_weight_put(handle_, src_->weight)) == ZYL_S_OK
+    && (rc_ = Counter_span_write_handle(handle_, &span)) == ZYL_S_OK && (rc_ = Range_fixed_put(&span, &src_->span)) == ZYL_S_OK
+    && (rc_ = Counter_flags_put_range(handle_, 0, 12, src_->flags)) == ZYL_S_OK
   ? ZYL_S_OK : rc_;
 }
 
