@@ -357,7 +357,7 @@ TEST(ApiOutput, SectionsOfUserFunctionsAccessAndFixedParts) {
         {{"--xml-access", "--cpp"}, "xj.hpp", "xmljson.zyl",
          {"inline  ZYL_RET Item:: xml_create( zyl_trans_h t, const char * xml)\n{ ZYL_RET ret_ = "
           "xj::Item_xml_create(t,xml,this); set_valid(ret_==ZYL_S_OK); return ret_; \n} \n\n"}},
-        {{"--xml-access", "--json-access"}, "col.h", "columns.zyl", {"!Tick_xml_", "Tick_json_get"}},
+        {{"--xml-access", "--json-access"}, "col.h", "columns.zyl", {"!Tick_xml_", "Tick_json_get", "!Stamp_xml_", "Stamp_json_get"}},
         // A direct struct's fixed functions come with its field functions,
         // which a list of hidden classes gives.
         {{}, "dr.h", "direct.zyl", {"typedef struct Dir_fixed_ {\n  int4 a;\n  char b[2];\n", "!Dir_fixed_get"}},

@@ -76,6 +76,7 @@ typedef struct Counter_fixed_ {
   int2 code;
   double weight;
   Range_fixed span;
+  char raw[4];
   uint1 flags[12];
 } Counter_fixed;
 
@@ -85,7 +86,7 @@ typedef struct Counter_fixed_ {
 /* class Counter methods                                               */
 
 ZYL_TARGET_INLINE ZYL_RET      Counter_new                               ( zyl_trans_h t, /*OUT*/ Counter *handle )
-{ return zyl_w_new_obj_noid_ev( t, 20, 1, (zyl_objhandle_h)handle, 0);
+{ return zyl_w_new_obj_noid_ev( t, 24, 1, (zyl_objhandle_h)handle, 0);
 }
 
 ZYL_TARGET_INLINE ZYL_RET      Counter_delete                            ( Counter *handle )
@@ -137,21 +138,30 @@ ZYL_TARGET_INLINE ZYL_RET      Counter_span_write_handle                 ( Count
 }
 
 
+ZYL_TARGET_INLINE ZYL_RET      Counter_raw_get                           ( Counter *handle, /*OUT*/ char * dest, uint2 dest_size)
+{ return zyl_w_chars_get( (zyl_objhandle_h) handle, 20, 7, dest, dest_size, 4);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Counter_raw_put                           ( Counter *handle, const char * src, uint2 len) 
+{ return zyl_w_chars_put( (zyl_objhandle_h)handle, 20, 7, src, len, 4, 0);
+}
+
+
 #define Counter_flags_length 12
 ZYL_TARGET_INLINE ZYL_RET      Counter_flags_at                          ( Counter *handle, uint2 index, /*OUT*/ uint1 *result)
-{ return zyl_w_va_bit_e_get2( (zyl_objhandle_h)handle, 18, 18, 7, index, result);
+{ return zyl_w_va_bit_e_get2( (zyl_objhandle_h)handle, 18, 18, 8, index, result);
 }
 
 ZYL_TARGET_INLINE ZYL_RET      Counter_flags_put                         ( Counter *handle, uint2 index, uint1 value)
-{ return zyl_w_va_bit_e_put( (zyl_objhandle_h)handle, 18, 18, 7, index, value, 0);
+{ return zyl_w_va_bit_e_put( (zyl_objhandle_h)handle, 18, 18, 8, index, value, 0);
 }
 
 ZYL_TARGET_INLINE ZYL_RET      Counter_flags_get_range                   ( Counter *handle, uint2 start_index, uint2 num, /*OUT*/ uint1 *dest )
-{ return zyl_w_va_bit_e_getrange2( (zyl_objhandle_h)handle, 18, 18, 7, start_index, num, dest);
+{ return zyl_w_va_bit_e_getrange2( (zyl_objhandle_h)handle, 18, 18, 8, start_index, num, dest);
 }
 
 ZYL_TARGET_INLINE ZYL_RET      Counter_flags_put_range                   ( Counter *handle, uint2 start_index, uint2 num, const uint1 * src )
-{ return zyl_w_va_bit_e_putrange( (zyl_objhandle_h)handle, 18, 18, 7, start_index, num, src, 0);
+{ return zyl_w_va_bit_e_putrange( (zyl_objhandle_h)handle, 18, 18, 8, start_index, num, src, 0);
 }
 
 ZYL_TARGET_INLINE ZYL_RET      Counter_flags_get_fldname                 ( Counter *handle, uint2* index, char * dest, uint2 dest_size,  uint2 * len )
@@ -382,6 +392,7 @@ ZYL_TARGET_INLINE ZYL_RET      Counter_fixed_get                         ( Count
     && (rc_ = Counter_code_get(handle_, &dst_->code)) == ZYL_S_OK
     && (rc_ = Counter_weight_get(handle_, &dst_->weight)) == ZYL_S_OK
     && (((rc_ = Counter_span_read_handle(handle_, &span)) == ZYL_S_OK && (rc_ = Range_fixed_get(&span, &dst_->span)) == ZYL_S_OK) || (has_nulls_ = rc_) == ZYL_S_NULL_VALUE)
+    && (rc_ = Counter_raw_get(handle_, dst_->raw, 4)) == ZYL_S_OK
     && (rc_ = Counter_flags_get_range(handle_, 0, 12, dst_->flags)) == ZYL_S_OK
   ? has_nulls_ : rc_;
 }
@@ -394,6 +405,7 @@ ZYL_TARGET_INLINE ZYL_RET      Counter_fixed_put                         ( Count
     && (rc_ = Counter_code_put(handle_, src_->code)) == ZYL_S_OK
     && (rc_ = Counter_weight_put(handle_, src_->weight)) == ZYL_S_OK
     && (rc_ = Counter_span_write_handle(handle_, &span)) == ZYL_S_OK && (rc_ = Range_fixed_put(&span, &src_->span)) == ZYL_S_OK
+    && (rc_ = Counter_raw_put(handle_, src_->raw, 4)) == ZYL_S_OK
     && (rc_ = Counter_flags_put_range(handle_, 0, 12, src_->flags)) == ZYL_S_OK
   ? ZYL_S_OK : rc_;
 }
