@@ -18,6 +18,7 @@ public class shop {
 
 [Persistent(Disk=true)]
 [Index("byQty", Type=Database.IndexType.BTree, Keys=new string[]{"qty"})]
+[Index("byQtyZip", Type=Database.IndexType.BTree, Keys=new string[]{"qty", "addr.zip"}, Order=new string[]{"desc", "asc"})]
 [Event("itemAdded", EventType.OnNew)]
 [Event("itemRemoved", EventType.OnDelete)]
 [Event("itemSaved", EventType.OnCheckpoint)]
