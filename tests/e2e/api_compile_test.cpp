@@ -321,7 +321,8 @@ TEST(ApiOutput, SectionsOfUserFunctionsAccessAndFixedParts) {
         // Table entries point at the user's functions; only hash indexes and
         // collations a hash index uses hash. Skeletons return 0.
         {{}, "ud.c", "userdef.zyl",
-         {"    fptrs[0].fcomp_ext.vb  = (zyl_compare_extkey_userdef_vb_f) Item_byName_compare_ext;\n"
+         {"  static zyl_userdef_funcs_t  fptrs[3];\n",
+          "    fptrs[0].fcomp_ext.vb  = (zyl_compare_extkey_userdef_vb_f) Item_byName_compare_ext;\n"
           "    fptrs[0].fhash.vb      = (zyl_hash_userdef_vb_f)           0;\n",
           "    fptrs[1].fhash_ext.u   = (zyl_hash_extkey_userdef_f)       Doc_byCode_hash_ext;\n",
           "    fptrs[0].hash = (zyl_hash_collation_f)    plain_collation_hash;\n"
