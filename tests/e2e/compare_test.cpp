@@ -107,8 +107,10 @@ TEST(CompareCli, EachKindOfChange) {
         {"IndexKeys", PA "  signed<4> n;\n  signed<4> m;\n  tree<n> byN;\n};\n",
          PA "  signed<4> n;\n  signed<4> m;\n  tree<n, m> byN;\n};\n",
          N(5) "breaking: index byN of class A changed its key parts from <n signed<4>> to <n signed<4>, m signed<4>>\n"},
-        {"IndexOrder", PA "  signed<4> n;\n  tree<n> byN;\n};\n", PA "  signed<4> n;\n  tree<n desc> byN;\n};\n",
-         N(4) "breaking: key part n of index byN of class A changed order from ascending to descending\n"},
+        // The first of two key parts: not only the last one is compared.
+        {"IndexOrder", PA "  signed<4> n;\n  signed<4> m;\n  tree<n, m> byN;\n};\n",
+         PA "  signed<4> n;\n  signed<4> m;\n  tree<n desc, m> byN;\n};\n",
+         N(5) "breaking: key part n of index byN of class A changed order from ascending to descending\n"},
         {"Events", D "class A {\n  signed<4> n;\n  event<new> born;\n};\n",
          D "class A {\n  signed<4> n;\n  event<n update> changed;\n};\n",
          N(2) "compatible: class A has a new event<n update>\n" O(2) "compatible: class A no longer has its event<new>\n"},
