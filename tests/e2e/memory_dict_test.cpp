@@ -181,6 +181,32 @@ TEST(MemoryDict, ReturnCodesAndTheDatabaseName) {
     EXPECT_EQ(r.out, "71 0");
 }
 
+// The JSON dump is what both forms of the dictionary are compared by, so
+// its own edges are checked against known values: a real number that
+// needs all 15 digits (its 17-digit form differs), a class whose struct is
+// the last of the table, and the last control character in a name.
+TEST(MemoryDict, JsonDumpAtItsEdges) {
+    Loaded l = load("declare database j;\nclass A { double w = 0.333333333333333; signed<4> n; };\n");
+    ASSERT_EQ(l.rc, 0);
+    auto dump = [](zyl_dictionary_t const* d) {
+        char* buf = nullptr;
+        size_t len = 0;
+        FILE* out = open_memstream(&buf, &len);
+        EXPECT_EQ(zyl_dict_write_json(d, out), 0);
+        std::fclose(out);
+        std::string text(buf, len);
+        std::free(buf);
+        return text;
+    };
+    std::string const json = dump(l.dict);
+    EXPECT_NE(json.find("\"init_d_data\": [0.333333333333333]"), std::string::npos) << json;
+    EXPECT_NE(json.find("\"struct_ptr\": " + std::to_string(l.dict->n_structs - 1)), std::string::npos) << json;
+    zyl_dictionary_t renamed = *l.dict;
+    char const* names[] = {nullptr, "A\x1f\x20\"\\"};
+    renamed.str_class_names = names;
+    EXPECT_NE(dump(&renamed).find("\"A\\u001f \\\"\\\\\""), std::string::npos) << dump(&renamed);
+}
+
 TEST(MemoryDict, ParametersReachTheCompile) {
     std::string const schema = "declare database p;\nclass A { signed<1> a; double d; tree<a> t; };\n";
     TempDir out;
