@@ -1,75 +1,27 @@
-// The examples of the manual (doc/*.md) run through the real compiler, by
-// the convention of its fenced blocks:
-//   ```zyl-error [OPTIONS]  a schema that must be refused; the ```text block
-//                           right after it holds all of standard error
-//   ```zyl [OPTIONS]        a schema that must compile; a ```text block right
-//                           after it holds its warnings; the generated {db}.c
-//                           (and {db}.hpp under --cpp) must compile cleanly
-//   ```zyl file=NAME        written as NAME beside the next compiled block
-//   ```zyl-fragment         not compiled
-// Each schema is s.zyl in a fresh directory, run as `zylcomp [OPTIONS] s.zyl`.
-// The catalogue of messages, the language reference and the tour's program
-// keep up with the compiler too (Cli.HelpManPageAndReadmeListTheSameOptions
-// checks the options).
+// The examples of the manual (doc/*.md, see support/doc_examples.h) run
+// through the real compiler: a refused one leaves no file and prints all of
+// its text block, an accepted one prints its warnings and the generated
+// {db}.c (and {db}.hpp under --cpp) compile cleanly. The catalogue of
+// messages, the language reference and the tour's program keep up with the
+// compiler too (Cli.HelpManPageAndReadmeListTheSameOptions checks the
+// options).
 #include <gtest/gtest.h>
 
 #include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
-#include <iterator>
 #include <regex>
-#include <sstream>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "frontend/diagnostics.h"
+#include "support/doc_examples.h"
 #include "support/process.h"
 
 namespace {
 
 std::string const kRoot = std::string(ZYLCOMP_TESTS_DIR) + "/../", kDoc = kRoot + "doc";
-
-struct Block {
-    int line;  // of the opening fence
-    std::string tag;
-    std::vector<std::string> args;
-    std::string text;
-    bool adjacent;  // only blank lines stand between it and the block before
-};
-
-// The fenced blocks of a markdown text, with the line each opens on.
-std::vector<Block> blocks(std::string const& md) {
-    std::vector<Block> out;
-    std::istringstream in(md);
-    Block* open = nullptr;
-    int n = 0;
-    bool adjacent = false;
-    for (std::string line; std::getline(in, line);) {
-        ++n;
-        if (line.compare(0, 3, "```") != 0) {
-            if (open)
-                open->text += line + "\n";
-            else
-                adjacent = adjacent && line.find_first_not_of(" \t") == std::string::npos;
-            continue;
-        }
-        if (open) {
-            open = nullptr;
-            adjacent = true;
-            continue;
-        }
-        std::istringstream words(line.substr(3));
-        out.push_back({n, "", {}, "", adjacent});
-        open = &out.back();
-        words >> open->tag;
-        open->args.assign(std::istream_iterator<std::string>(words), {});
-    }
-    return out;
-}
-
-std::string trimmed(std::string s) { return s.erase(s.find_last_not_of('\n') + 1); }
 
 // Compiles a generated file with the flags of the access-interface tests;
 // gives what the compiler printed when it failed or warned.
@@ -80,25 +32,35 @@ std::string compileFailure(std::vector<std::string> argv, std::string const& dir
     return r.status == 0 && r.err.find("warning:") == std::string::npos ? "" : argv[0] + ": " + r.err;
 }
 
-// Runs one compiled block; gives the reasons it fails, or nothing.
-std::string run(Block const& b, Block const* text, std::vector<std::pair<std::string, std::string>> const& files) {
+// Runs one example; gives the reasons it fails, or nothing.
+std::string run(DocExample const& e) {
     TempDir dir;
-    for (auto const& f : files)
+    std::vector<std::string> inputs = {"s.zyl"};
+    for (auto const& f : e.files) {
         dir.write(f.first, f.second);
-    dir.write("s.zyl", b.text);
+        inputs.push_back(f.first);
+    }
+    dir.write("s.zyl", e.schema);
     std::vector<std::string> argv = {cliPath()};
-    argv.insert(argv.end(), b.args.begin(), b.args.end());
+    argv.insert(argv.end(), e.args.begin(), e.args.end());
     argv.push_back("s.zyl");
     ProcessResult r = runProgram(argv, dir.path());
-    std::string expected = text ? trimmed(text->text) : "";
     std::string why;
-    if (b.tag == "zyl-error" && r.status == 0)
+    if (e.refused && r.status == 0)
         why += "the schema compiled\n";
-    if (b.tag == "zyl" && r.status != 0)
+    if (!e.refused && r.status != 0)
         why += "status " + std::to_string(r.status) + "\n";
-    if (trimmed(r.err) != expected)
-        why += "standard error:\n" + r.err + "\nexpected:\n" + expected + "\n";
-    if (b.tag == "zyl-error" || !why.empty() || ::access(ZYLCOMP_TEST_CC, X_OK) != 0)
+    std::string err = r.err;
+    if (err.erase(err.find_last_not_of('\n') + 1) != e.err)
+        why += "standard error:\n" + r.err + "\nexpected:\n" + e.err + "\n";
+    if (r.status == 255) {  // a refused compile, not the front end's own refusals
+        if (r.out != "Error executing DDL compiler\n")
+            why += "standard output: " + r.out;
+        std::sort(inputs.begin(), inputs.end());
+        if (dir.list() != inputs)
+            why += "files were left\n";
+    }
+    if (e.refused || !why.empty() || ::access(ZYLCOMP_TEST_CC, X_OK) != 0)
         return why;
     std::string db;  // {db}.h is the one header written
     for (std::string const& name : dir.list())
@@ -107,7 +69,7 @@ std::string run(Block const& b, Block const* text, std::vector<std::pair<std::st
     if (db.empty())
         return "no {db}.h was written\n";
     why += compileFailure({ZYLCOMP_TEST_CC, "-std=c99", "-c", db + ".c"}, dir.path());
-    if (std::find(b.args.begin(), b.args.end(), "--cpp") != b.args.end())
+    if (std::find(e.args.begin(), e.args.end(), "--cpp") != e.args.end())
         why += compileFailure({ZYLCOMP_TEST_CXX, "-std=c++11", "-fsyntax-only", "-x", "c++", db + ".hpp"}, dir.path());
     return why;
 }
@@ -115,34 +77,13 @@ std::string run(Block const& b, Block const* text, std::vector<std::pair<std::st
 }  // namespace
 
 TEST(DocExamples, EveryBlockOfTheManual) {
-    std::vector<std::string> docs;
-    for (auto const& entry : std::filesystem::directory_iterator(kDoc))
-        if (entry.path().extension() == ".md")
-            docs.push_back(entry.path().string());
-    std::sort(docs.begin(), docs.end());
-    ASSERT_FALSE(docs.empty());
-    int ran = 0;
-    for (std::string const& doc : docs) {
-        std::vector<Block> const all = blocks(readFile(doc));
-        std::vector<std::pair<std::string, std::string>> files;  // for the next compiled block
-        for (size_t i = 0; i < all.size(); ++i) {
-            Block const& b = all[i];
-            if (b.tag == "zyl" && !b.args.empty() && b.args[0].compare(0, 5, "file=") == 0) {
-                files.emplace_back(b.args[0].substr(5), b.text);
-                continue;
-            }
-            if (b.tag != "zyl" && b.tag != "zyl-error")
-                continue;
-            std::string const where = std::filesystem::path(doc).filename().string() + ":" + std::to_string(b.line);
-            bool const answered = i + 1 < all.size() && all[i + 1].tag == "text" && all[i + 1].adjacent;
-            EXPECT_TRUE(answered || b.tag == "zyl") << where << ": a zyl-error block must be followed by a text block";
-            std::string const why = run(b, answered ? &all[i + 1] : nullptr, files);
-            EXPECT_TRUE(why.empty()) << where << ": " << why;
-            files.clear();
-            ++ran;
-        }
+    std::vector<DocExample> const all = docExamples();
+    ASSERT_GT(all.size(), 150u);
+    for (DocExample const& e : all) {
+        EXPECT_TRUE(e.answered || !e.refused) << e.where << ": a zyl-error block must be followed by a text block";
+        std::string const why = run(e);
+        EXPECT_TRUE(why.empty()) << e.where << ": " << why;
     }
-    EXPECT_GT(ran, 0);
 }
 
 namespace {

@@ -1,6 +1,5 @@
-// Every message of the grammar, the finishing passes and the dictionary as
-// the command line prints it for s.zyl, and what the compile leaves. The
-// rows (support/message_rows.cpp) serve the run-time entry's tests too.
+// The messages the manual does not show (support/message_rows.cpp) as the
+// command line prints them for s.zyl, and what the compile leaves.
 #include <gtest/gtest.h>
 
 #include <string>

@@ -1,6 +1,8 @@
-// The diagnostics of the batch compiler for schemas it refuses (and a few
-// it accepts), as tables shared by the command-line tests and the tests of
-// the run-time entry, which must refuse the same schemas with the same
+// Diagnostics of the batch compiler that the manual's examples (doc/*.md,
+// run through both entries) do not show: the other end of a bound, the
+// other order of two words, the same message from another declaration,
+// and schemas that are easy to refuse by mistake. The command-line tests
+// and the tests of the run-time entry share them: both must give the same
 // messages.
 #pragma once
 
@@ -15,13 +17,10 @@ struct MessageRow {
     int status() const;
 };
 
-// Every message of the grammar, ordered like the analyzer: top level,
-// declare, struct, enum, calculator, iot, class body, fields, type names,
-// direct structs, indexes, events, TTL.
+// The grammar's, ordered like the analyzer.
 std::vector<MessageRow> const& grammarRows();
-// Every message of the finishing passes and the system classes, ordered
-// like the passes. They come after the whole text is read, so they carry
-// the last line.
+// The finishing passes', which come after the whole text is read and so
+// carry the last line.
 std::vector<MessageRow> const& finishRows();
 // The dictionary's own refusals, which name no line.
 std::vector<MessageRow> const& dictionaryRows();
