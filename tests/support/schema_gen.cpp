@@ -177,20 +177,13 @@ struct Gen {
     std::string drawType(GField& f, bool inClass) {
         static Kind const kinds[] = {INT,  INT,  INT,    INT8,   FLOAT,    DATE, NUMERIC, CHARS,  NCHARS, BINARY, ENUM,
                                      ENUM, BOOL, STRUCT, STRUCT, AUTOID_T, REF,  STRING,  STRING, VARBIN, BLOB,   DIRECT};
-        f.kind = kinds[r.below(22)];
         // A kind whose declarations are missing gives way to a plain one.
-        if (f.kind == ENUM && enums.empty())
-            f.kind = BOOL;
-        else if (f.kind == STRUCT && structs.empty())
-            f.kind = STRING;
-        else if (f.kind == REF && oidType.empty())
-            f.kind = INT;
-        else if (f.kind == DIRECT && (directs.empty() || !inClass))
-            f.kind = NSTRING;
-        auto size = [&](unsigned max) {
-            std::string const s = std::to_string(1 + r.below(max));
-            return r.chance(10) ? define("MSZ", s) : s;  // a size through a macro
-        };
+        Kind const k = kinds[r.below(22)];
+        f.kind = k == ENUM && enums.empty()                     ? BOOL
+                 : k == STRUCT && structs.empty()               ? STRING
+                 : k == REF && oidType.empty()                  ? INT
+                 : k == DIRECT && (directs.empty() || !inClass) ? NSTRING
+                                                                : k;
         switch (f.kind) {
         case INT: {
             std::string const t = one("signed<1> signed<2> signed<4> unsigned<1> unsigned<2> unsigned<4>");
@@ -201,9 +194,11 @@ struct Gen {
             std::string const t = one("numeric decimal") + "<" + std::to_string(w);
             return r.chance(60) ? t + "," + std::to_string(r.below(w + 1)) + ">" : t + ">";
         }
-        case CHARS: return "char<" + size(40) + ">";
-        case NCHARS: return "nchar<" + size(20) + ">";
-        case BINARY: return "binary<" + size(40) + ">";
+        case CHARS: case NCHARS: case BINARY: {
+            std::string const n = std::to_string(1 + r.below(f.kind == NCHARS ? 20 : 40));
+            std::string const t = f.kind == CHARS ? "char<" : f.kind == NCHARS ? "nchar<" : "binary<";
+            return t + (r.chance(10) ? define("MSZ", n) : n) + ">";  // a size through a macro, or not
+        }
         case ENUM: return f.type = r.pick(enums);
         case STRUCT: return f.type = r.pick(structs).name;
         case DIRECT: c.holdsDirect = true; return f.type = r.pick(directs).name;
@@ -233,12 +228,10 @@ struct Gen {
             default: return std::to_string(r.below(100));
             }
         };
-        if (!f.array)
-            return " = " + value();
-        std::string s = " = {" + value();
-        for (int i = 1, n = 1 + static_cast<int>(r.below(static_cast<unsigned>(f.arraySize))); i < n; i++)
+        std::string s = (f.array ? " = {" : " = ") + value();
+        for (unsigned i = 1, n = f.array ? 1 + r.below(static_cast<unsigned>(f.arraySize)) : 1; i < n; i++)
             s += ", " + value();
-        return s + "}";
+        return s + (f.array ? "}" : "");
     }
 
     // field -> ["nullable"] (["optional"] type | "vector" "<" type ">" | "rect" "<" type ">" | "point" "<" type ">"
@@ -251,9 +244,7 @@ struct Gen {
         if (form < 2) {  // a rectangle or a point of scalars
             bool const rect = form == 0;
             int const n = 2 + static_cast<int>(r.below(rect ? 3 : 2));
-            f.kind = rect ? RECT : POINT;
-            f.array = true;
-            f.arraySize = rect ? 2 * n : n;
+            f.kind = rect ? RECT : POINT, f.array = true, f.arraySize = rect ? 2 * n : n;
             std::string const coord = one("signed<2> signed<4> float double unsigned<4> signed<8>");
             type = (rect ? one("rect rectangle") : "point") + "<" + coord + ">";
             dim = "[" + std::to_string(n) + "]";
@@ -261,32 +252,25 @@ struct Gen {
             f.kind = SEQ;
             anySequence = true;
             type = one("signed<4> unsigned<8> float double date datetime signed<2> boolean");
-            if (r.chance(30)) {
-                unsigned const size = 1 + r.below(32);
-                type = one("char char binary") + "<" + std::to_string(size) + ">";
-            } else if (r.chance(15)) {
+            if (r.chance(30))
+                type = one("char char binary") + "<" + std::to_string(1 + r.below(32)) + ">";
+            else if (r.chance(15))
                 for (GStruct const& s : structs)
                     if (s.fixed && s.fields.size() <= 2 && r.chance(70)) {
-                        type = s.name;
-                        c.sequenceOfStructs = true;
+                        type = s.name, c.sequenceOfStructs = true;
                         break;
                     }
-            }
             type = "sequence<" + type + r.pick(Words{"", " asc", " desc", " ascending", " descending"}) + ">";
         } else {
-            f.nullable = r.chance(12);
-            decl = f.nullable ? "nullable " : "";
+            decl = (f.nullable = r.chance(12)) ? "nullable " : "";
             type = drawType(f, inClass);
             if (form == 3 && f.kind != DIRECT) {
-                f.optional = true;
+                f.optional = true, decl += "optional ";
                 f.refClass.clear();  // the optional form takes no class behind the type
-                decl += "optional ";
             } else if ((form == 4 || form == 5) && f.kind != BLOB && f.kind != DIRECT) {
-                f.vector = true;
-                type = "vector<" + type + ">";
+                f.vector = true, type = "vector<" + type + ">";
             } else if (form == 6 && f.kind != BLOB && f.kind != VARBIN) {
-                f.array = true;
-                f.arraySize = 1 + static_cast<int>(r.below(5));
+                f.array = true, f.arraySize = 1 + static_cast<int>(r.below(5));
                 dim = "[" + std::to_string(f.arraySize) + "]";
             }
             // The class of a reference follows the type, behind "vector<...>" too.
@@ -373,10 +357,9 @@ struct Gen {
         };
         if (kind >= 6 && !(kind == 8 && k.persistent) && pick(special[kind - 6].second)) {
             std::string s = std::string(kind == 9 && r.chance(20) ? "voluntary " : "") + special[kind - 6].first + "<";
-            if (kind != 6)
-                return s + r.pick(ok).path + "> " + name + ";";
-            for (size_t i = 0; i < ok.size() && i < 3; i++)  // a kdtree takes the first keys that fit
-                s += (i ? ", " : "") + ok[i].path;
+            // A kdtree takes the first keys that fit, the others one key.
+            for (size_t i = 0; i < (kind == 6 ? std::min<size_t>(ok.size(), 3) : 1); i++)
+                s += (i ? ", " : "") + (kind == 6 ? ok[i] : r.pick(ok)).path;
             return s + "> " + name + ";";
         }
         // A tree or a hash.
@@ -441,16 +424,13 @@ struct Gen {
         std::string const sep = r.chance(70) ? "\n  " : " ";
         std::vector<GField> fields;
         std::set<std::string> names, indexNames;
-        bool distributed = false;
         head << (r.chance(20) ? "compact " : "");
         // The default persistence, which the option decides, may go unsaid.
         bool const byDefault = k.persistent == c.has("--persistent");
         head << (byDefault && r.chance(50) ? "" : k.persistent ? "persistent " : "transient ");
         head << (r.chance(15) ? one("atomic nonatomic") + " " : "");
-        if (autoOid && r.chance(20))
-            head << one("distributed distrib") << " ", distributed = true;
-        else
-            head << (r.chance(10) ? "local " : "");
+        bool const distributed = autoOid && r.chance(20);
+        head << (distributed ? one("distributed distrib") + " " : r.chance(10) ? "local " : "");
         head << (iot && (r.chance(60) || classes.front().name == k.name) ? one("uptable downtable") + " " : "");
         head << "class " << k.name << " {";
         bool const allPlain = r.chance(10) && !autoOid && !iot && !distributed && !k.autoid;
@@ -507,40 +487,35 @@ struct Gen {
         // What is broken, and the text that breaks it: whole lines, or else
         // the body of a class of its own.
         std::vector<std::pair<char const*, std::string>> const rules = {
-            {"class defined twice", "class " + first + " { signed<4> a; };\n"}, {"unknown type", "mystery a;"},
-            {"field defined twice", "signed<4> a; string a;"}, {"reserved word as a name", "signed<4> update;"},
-            {"key of no field", "signed<4> a; tree<b> t;"}, {"hash without estimate", "signed<4> a; hash<a> h;"},
-            {"patricia in a persistent class", "persistent class " + bad + " { char<4> a; patricia<a> p; };\n"},
-            {"event of no field", "signed<4> a; event<b update> e" + bad + ";"},
-            {"rectangle too wide", "rect<signed<4>> r[17];"}, {"name ending in underscore", "signed<4> a_;"},
-            {"integer of 3 bytes", "signed<3> a;"}, {"numeric too wide", "numeric<20> a;"},
-            {"blob key", "blob b; tree<b> t;"}, {"optional key", "optional signed<4> o; tree<o> t;"},
-            {"two array keys", "signed<4> v[2]; signed<4> w[2]; tree<v, w> t;"},
             {"class and field update events", "signed<4> a; event<update> u" + bad + "; event<a update> v" + bad + ";"},
+            {"patricia in a persistent class", "persistent class " + bad + " { char<4> a; patricia<a> p; };\n"},
             {"ref to a class without oid", oidType.empty() ? "oid; signed<4> a;" : "ref<" + bad + "> r;"},
+            {"index named like an ordered sequence", "sequence<float asc> q; signed<4> a; tree<a> q;"},
+            {"struct holds itself", "struct " + bad + " { signed<4> a; " + bad + " b; };\n"},
+            {"sequence in a struct", "struct " + bad + " { sequence<signed<4>> q; };\n"},
+            {"updated_bitmap of integers", "signed<4> a; signed<4> updated_bitmap[4];"}, {"unknown type", "mystery a;"},
+            {"string in a direct struct", "direct struct " + bad + " { string s; };\n"},
+            {"kdtree on an array", "signed<4> a[2]; signed<4> b; kdtree<a, b> k;"}, {"comment not closed", "/* open\n"},
+            {"event of no field", "signed<4> a; event<b update> e" + bad + ";"}, {"integer of 3 bytes", "signed<3> a;"},
+            {"two array keys", "signed<4> v[2]; signed<4> w[2]; tree<v, w> t;"}, {"numeric too wide", "numeric<20> a;"},
+            {"class defined twice", "class " + first + " { signed<4> a; };\n"}, {"blob key", "blob b; tree<b> t;"},
+            {"event name used twice", "signed<4> a; event<new> " + anyEvent}, {"blob in a vector", "vector<blob> vb;"},
+            {"macro defined twice", "#define MDUP 1\n#define MDUP 2\n"}, {"key of no field", "signed<4> a; tree<b> t;"},
+            {"include of a missing file", "#include \"missing.zyl\"\n"}, {"name ending in underscore", "signed<4> a_;"},
+            {"unique then thick", "string s; unique thick tree<s> t;"}, {"initial value of binary", "binary<4> b = 1;"},
+            {"voluntary hash", "signed<4> a; voluntary hash<a> h[5];"}, {"boolean key", "boolean b; tree<b> t;"},
+            {"class not closed", "class " + bad + " { signed<4> a;\n"}, {"#else without #if", "#else\n"},
+            {"trigram on an integer", "signed<4> a; trigram<a> t;"}, {"field defined twice", "signed<4> a; string a;"},
+            {"sequence element too large", "sequence<char<40>> s;"}, {"reserved word as a name", "signed<4> update;"},
+            {"asc in a hash key", "signed<4> a; hash<a asc> h[5];"}, {"rectangle too wide", "rect<signed<4>> r[17];"},
+            {"hash without estimate", "signed<4> a; hash<a> h;"}, {"optional key", "optional signed<4> o; tree<o> t;"},
+            {"TTL of zero", "signed<4> a; TTL_clock_time 0 us;"},
+            {"enum element used twice",
+             "enum " + bad + " { " + (enumElems.empty() ? "X" + bad + ", X" + bad : *enumElems.begin()) + " };\n"},
             {"distributed without auto_oid",
              autoOid ? "autoid_t<" + bad + "> a;" : "distributed class " + bad + " { signed<4> a; };\n"},
             {"uptable outside iot",
              (iot ? "downtable uptable class " : "uptable class ") + bad + " { signed<4> a; };\n"},
-            {"trigram on an integer", "signed<4> a; trigram<a> t;"},
-            {"kdtree on an array", "signed<4> a[2]; signed<4> b; kdtree<a, b> k;"},
-            {"event name used twice", "signed<4> a; event<new> " + anyEvent},
-            {"TTL of zero", "signed<4> a; TTL_clock_time 0 us;"},
-            {"struct holds itself", "struct " + bad + " { signed<4> a; " + bad + " b; };\n"},
-            {"#else without #if", "#else\n"}, {"macro defined twice", "#define MDUP 1\n#define MDUP 2\n"},
-            {"include of a missing file", "#include \"missing.zyl\"\n"}, {"comment not closed", "/* open\n"},
-            {"updated_bitmap of integers", "signed<4> a; signed<4> updated_bitmap[4];"},
-            {"enum element used twice",
-             "enum " + bad + " { " + (enumElems.empty() ? "X" + bad + ", X" + bad : *enumElems.begin()) + " };\n"},
-            {"blob in a vector", "vector<blob> vb;"}, {"initial value of binary", "binary<4> b = 1;"},
-            {"sequence element too large", "sequence<char<40>> s;"}, {"boolean key", "boolean b; tree<b> t;"},
-            {"string in a direct struct", "direct struct " + bad + " { string s; };\n"},
-            {"asc in a hash key", "signed<4> a; hash<a asc> h[5];"},
-            {"voluntary hash", "signed<4> a; voluntary hash<a> h[5];"},
-            {"unique then thick", "string s; unique thick tree<s> t;"},
-            {"class not closed", "class " + bad + " { signed<4> a;\n"},
-            {"sequence in a struct", "struct " + bad + " { sequence<signed<4>> q; };\n"},
-            {"index named like an ordered sequence", "sequence<float asc> q; signed<4> a; tree<a> q;"},
         };
         auto const& rule = r.pick(rules);
         c.expect = SchemaCase::Invalid;
@@ -555,9 +530,8 @@ struct Gen {
         Words t(std::sregex_token_iterator(c.schema.begin(), c.schema.end(), token), {});
         size_t const at = r.below(static_cast<unsigned>(t.size()));
         unsigned const how = r.below(3);
-        c.fault = how == 0   ? "token deleted: " + t[at]
-                  : how == 1 ? "token repeated: " + t[at]
-                             : "tokens swapped at " + std::to_string(at);
+        c.fault = how == 2 ? "tokens swapped at " + std::to_string(at)
+                           : (how ? "token repeated: " : "token deleted: ") + t[at];
         if (how == 0)
             t.erase(t.begin() + static_cast<long>(at));
         else if (how == 1)
@@ -573,10 +547,8 @@ struct Gen {
         drawOptions();
         std::ostringstream text;
         text << "// schema " << c.seed << "\ndeclare database g" << c.seed << ";\n";
-        if (r.chance(20)) {
-            autoOid = true;
+        if ((autoOid = r.chance(20)))
             text << "declare " << (r.chance(80) ? "auto_oid" : one("AUTO_OID HA")) << "[" << 1 + r.below(5000) << "];\n";
-        }
         std::string late;  // statements after the classes
         if (r.chance(30)) {
             oidType = typeName();
@@ -585,12 +557,9 @@ struct Gen {
             (r.chance(50) ? late : prelude) +=
                 "struct " + oidType + " { unsigned<4> k; " + (r.chance(50) ? "char<6> s; " : "") + "};\n";
         }
-        if (r.chance(8)) {
-            iot = true;
-            unsigned level = r.below(3);
-            text << (level == 0 ? "iot server;\n"
-                                : level == 1 ? "iot device" + std::string(r.chance(50) ? " 12" : "") + ";\n"
-                                             : "iot router<" + std::to_string(2 + r.below(100)) + "> 7;\n");
+        if ((iot = r.chance(8))) {
+            std::string const router = "router<" + std::to_string(2 + r.below(100)) + "> 7";
+            text << "iot " << r.pick(Words{"server", "device", "device 12", router}) << ";\n";
         }
         std::ostringstream types;
         if (r.chance(15)) {  // an enum and a struct from an included file
