@@ -58,6 +58,12 @@ typedef struct Reading_     { ZYL_Hf h; }  Reading;
 class Reading;
 #endif
 #define Reading_code      1
+#ifndef ZYL_CPP_INTERFACE
+typedef struct Log_         { ZYL_Hf h; }  Log;
+#else
+class Log;
+#endif
+#define Log_code          2
 
 /*---------------------------------------------------------------------*/
 /* Structures for fixed part of the structure                          */
@@ -214,6 +220,231 @@ ZYL_TARGET_INLINE ZYL_RET      Reading_list_index__index_cursor         ( zyl_tr
 
 ZYL_TARGET_INLINE ZYL_RET      Reading_list_index__locate               ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c, Reading * handle)
 { return zyl_w_cursor_locate( t, 0, (zyl_objhandle_h)handle, c);
+}
+
+
+/*---------------------------------------------------------------------*/
+/* class Log methods                                                   */
+
+ZYL_TARGET_INLINE ZYL_RET      Log_new                             ( zyl_trans_h t, /*OUT*/ Log *handle )
+{ return zyl_w_new_obj_noid( t, 12, 2, (zyl_objhandle_h)handle);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_delete                          ( Log *handle )
+{ return zyl_w_obj_delete( (zyl_objhandle_h)handle); 
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_delete_all                      ( zyl_trans_h t )
+{ return zyl_w_obj_delete_all( t, 2 ); 
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_checkpoint                      ( Log *handle )
+{ return zyl_w_obj_checkpoint( (zyl_objhandle_h)handle );
+}
+
+
+ZYL_TARGET_INLINE ZYL_RET      Log_days_first                      ( Log *handle, /*OUT*/ zyl_date* val)
+{ return zyl_w_seq_first_uint4( (zyl_objhandle_h)handle, 8, 8, val);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_days_last                       ( Log *handle, /*OUT*/ zyl_date* val)
+{ return zyl_w_seq_last_uint4( (zyl_objhandle_h)handle, 8, 8, val);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_days_append                     ( Log *handle, zyl_date const* vals, zyl_size_t n_items)
+{ return zyl_w_seq_append_uint4( (zyl_objhandle_h)handle, 8, 8, vals, n_items, NULL);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_days_append_nullable            ( Log *handle, zyl_date const* vals, zyl_size_t n_items, zyl_bitmap_word_t const* null_bitmap)
+{ return zyl_w_seq_append_uint4( (zyl_objhandle_h)handle, 8, 8, vals, n_items, null_bitmap);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_days_insert                     ( Log *handle, zyl_seq_no_t pos, zyl_date const* vals, zyl_size_t n_items)
+{ return zyl_w_seq_insert_uint4( (zyl_objhandle_h)handle, 8, 8, pos, vals, n_items, NULL);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_days_insert_nullable            ( Log *handle, zyl_seq_no_t pos, zyl_date const* vals, zyl_size_t n_items, zyl_bitmap_word_t const* null_bitmap)
+{ return zyl_w_seq_insert_uint4( (zyl_objhandle_h)handle, 8, 8, pos, vals, n_items, null_bitmap);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_days_delete                     ( Log *handle, zyl_seq_no_t from, zyl_seq_no_t till)
+{ return zyl_w_seq_delete_uint4( (zyl_objhandle_h)handle, 8, 8, from, till);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_days_search                     ( Log *handle, zyl_seq_iterator_h iterator, zyl_date low, zyl_seq_boundary_kind_t low_boundary, zyl_date high, zyl_seq_boundary_kind_t high_boundary)
+{ return zyl_w_seq_search_uint4( (zyl_objhandle_h)handle, 8, 8, iterator, low, low_boundary, high, high_boundary, ZYL_SEQ_DESC_ORDER);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_days_join                       ( Log *handle, zyl_seq_iterator_h result, zyl_seq_iterator_h join_with)
+{ return zyl_w_seq_join_uint4( (zyl_objhandle_h)handle, 8, 8, result, join_with, ZYL_SEQ_DESC_ORDER);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_days_count                      ( Log *handle, /*OUT*/ zyl_seq_no_t* count)
+{ return zyl_w_seq_count( (zyl_objhandle_h)handle, 8, 8, count);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_days_map                        ( Log *handle, zyl_seq_iterator_h dst_iterator, zyl_seq_iterator_h map_iterator)
+{ return zyl_w_seq_map_uint4( (zyl_objhandle_h)handle, 8, 8, dst_iterator, map_iterator);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_days_subseq                     ( Log *handle, zyl_seq_iterator_h iterator, zyl_seq_no_t from, zyl_seq_no_t till)
+{ return zyl_w_seq_subseq_uint4( (zyl_objhandle_h)handle, 8, 8, iterator, from, till);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_days_iterator                   ( Log *handle, zyl_seq_iterator_h iterator)
+{ return zyl_w_seq_subseq_uint4( (zyl_objhandle_h)handle, 8, 8, iterator, 0, ZYL_SEQ_INFINITY);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_days_from_cursor               (zyl_trans_h trans, zyl_seq_iterator_h iterator, zyl_cursor_h cursor)
+{ return zyl_w_seq_from_cursor_uint4( trans, iterator, cursor, 2, 8, 8);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_days_project                    ( Log *handle, zyl_seq_iterator_h dst, zyl_seq_iterator_h src)
+{ return zyl_w_seq_project_uint4( (zyl_objhandle_h)handle, 8, 8, dst, src);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_days_store                      ( Log *handle, zyl_seq_iterator_h src)
+{ return zyl_w_seq_store_uint4( (zyl_objhandle_h)handle, 8, 8, src);
+}
+
+
+typedef struct { char body[8]; } Log_keys_fixed;
+ZYL_TARGET_INLINE ZYL_RET      Log_keys_first                      ( Log *handle, /*OUT*/ Log_keys_fixed* val)
+{ return zyl_w_seq_first_char( (zyl_objhandle_h)handle, 0, 0, val, 8);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_keys_last                       ( Log *handle, /*OUT*/ Log_keys_fixed* val)
+{ return zyl_w_seq_last_char( (zyl_objhandle_h)handle, 0, 0, val, 8);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_keys_append                     ( Log *handle, Log_keys_fixed const* vals, zyl_size_t n_items)
+{ return zyl_w_seq_append_char( (zyl_objhandle_h)handle, 0, 0, vals, n_items, NULL, 8);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_keys_append_nullable            ( Log *handle, Log_keys_fixed const* vals, zyl_size_t n_items, zyl_bitmap_word_t const* null_bitmap)
+{ return zyl_w_seq_append_char( (zyl_objhandle_h)handle, 0, 0, vals, n_items, null_bitmap, 8);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_keys_insert                     ( Log *handle, zyl_seq_no_t pos, Log_keys_fixed const* vals, zyl_size_t n_items)
+{ return zyl_w_seq_insert_char( (zyl_objhandle_h)handle, 0, 0, pos, vals, n_items, NULL, 8);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_keys_insert_nullable            ( Log *handle, zyl_seq_no_t pos, Log_keys_fixed const* vals, zyl_size_t n_items, zyl_bitmap_word_t const* null_bitmap)
+{ return zyl_w_seq_insert_char( (zyl_objhandle_h)handle, 0, 0, pos, vals, n_items, null_bitmap, 8);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_keys_delete                     ( Log *handle, zyl_seq_no_t from, zyl_seq_no_t till)
+{ return zyl_w_seq_delete_char( (zyl_objhandle_h)handle, 0, 0, from, till, 8);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_keys_search                     ( Log *handle, zyl_seq_iterator_h iterator, Log_keys_fixed low, zyl_seq_boundary_kind_t low_boundary, Log_keys_fixed high, zyl_seq_boundary_kind_t high_boundary)
+{ return zyl_w_seq_search_char( (zyl_objhandle_h)handle, 0, 0, iterator, &low, low_boundary, &high, high_boundary, 8, ZYL_SEQ_ASC_ORDER);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_keys_join                       ( Log *handle, zyl_seq_iterator_h result, zyl_seq_iterator_h join_with)
+{ return zyl_w_seq_join_char( (zyl_objhandle_h)handle, 0, 0, result, join_with, 8, ZYL_SEQ_ASC_ORDER);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_keys_count                      ( Log *handle, /*OUT*/ zyl_seq_no_t* count)
+{ return zyl_w_seq_count( (zyl_objhandle_h)handle, 0, 0, count);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_keys_map                        ( Log *handle, zyl_seq_iterator_h dst_iterator, zyl_seq_iterator_h map_iterator)
+{ return zyl_w_seq_map_char( (zyl_objhandle_h)handle, 0, 0, dst_iterator, map_iterator, 8);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_keys_subseq                     ( Log *handle, zyl_seq_iterator_h iterator, zyl_seq_no_t from, zyl_seq_no_t till)
+{ return zyl_w_seq_subseq_char( (zyl_objhandle_h)handle, 0, 0, iterator, from, till, 8);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_keys_iterator                   ( Log *handle, zyl_seq_iterator_h iterator)
+{ return zyl_w_seq_subseq_char( (zyl_objhandle_h)handle, 0, 0, iterator, 0, ZYL_SEQ_INFINITY, 8);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_keys_from_cursor               (zyl_trans_h trans, zyl_seq_iterator_h iterator, zyl_cursor_h cursor)
+{ return zyl_w_seq_from_cursor_char( trans, iterator, cursor, 2, 0, 0, 8);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_keys_project                    ( Log *handle, zyl_seq_iterator_h dst, zyl_seq_iterator_h src)
+{ return zyl_w_seq_project_char( (zyl_objhandle_h)handle, 0, 0, dst, src, 8);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_keys_store                      ( Log *handle, zyl_seq_iterator_h src)
+{ return zyl_w_seq_store_char( (zyl_objhandle_h)handle, 0, 0, src, 8);
+}
+
+
+ZYL_TARGET_INLINE ZYL_RET      Log_plain_first                     ( Log *handle, /*OUT*/ int4* val)
+{ return zyl_w_seq_first_int4( (zyl_objhandle_h)handle, 4, 4, val);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_plain_last                      ( Log *handle, /*OUT*/ int4* val)
+{ return zyl_w_seq_last_int4( (zyl_objhandle_h)handle, 4, 4, val);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_plain_append                    ( Log *handle, int4 const* vals, zyl_size_t n_items)
+{ return zyl_w_seq_append_int4( (zyl_objhandle_h)handle, 4, 4, vals, n_items, NULL);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_plain_append_nullable           ( Log *handle, int4 const* vals, zyl_size_t n_items, zyl_bitmap_word_t const* null_bitmap)
+{ return zyl_w_seq_append_int4( (zyl_objhandle_h)handle, 4, 4, vals, n_items, null_bitmap);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_plain_insert                    ( Log *handle, zyl_seq_no_t pos, int4 const* vals, zyl_size_t n_items)
+{ return zyl_w_seq_insert_int4( (zyl_objhandle_h)handle, 4, 4, pos, vals, n_items, NULL);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_plain_insert_nullable           ( Log *handle, zyl_seq_no_t pos, int4 const* vals, zyl_size_t n_items, zyl_bitmap_word_t const* null_bitmap)
+{ return zyl_w_seq_insert_int4( (zyl_objhandle_h)handle, 4, 4, pos, vals, n_items, null_bitmap);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_plain_delete                    ( Log *handle, zyl_seq_no_t from, zyl_seq_no_t till)
+{ return zyl_w_seq_delete_int4( (zyl_objhandle_h)handle, 4, 4, from, till);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_plain_count                     ( Log *handle, /*OUT*/ zyl_seq_no_t* count)
+{ return zyl_w_seq_count( (zyl_objhandle_h)handle, 4, 4, count);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_plain_map                       ( Log *handle, zyl_seq_iterator_h dst_iterator, zyl_seq_iterator_h map_iterator)
+{ return zyl_w_seq_map_int4( (zyl_objhandle_h)handle, 4, 4, dst_iterator, map_iterator);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_plain_subseq                    ( Log *handle, zyl_seq_iterator_h iterator, zyl_seq_no_t from, zyl_seq_no_t till)
+{ return zyl_w_seq_subseq_int4( (zyl_objhandle_h)handle, 4, 4, iterator, from, till);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_plain_iterator                  ( Log *handle, zyl_seq_iterator_h iterator)
+{ return zyl_w_seq_subseq_int4( (zyl_objhandle_h)handle, 4, 4, iterator, 0, ZYL_SEQ_INFINITY);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_plain_from_cursor              (zyl_trans_h trans, zyl_seq_iterator_h iterator, zyl_cursor_h cursor)
+{ return zyl_w_seq_from_cursor_int4( trans, iterator, cursor, 2, 4, 4);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_plain_project                   ( Log *handle, zyl_seq_iterator_h dst, zyl_seq_iterator_h src)
+{ return zyl_w_seq_project_int4( (zyl_objhandle_h)handle, 4, 4, dst, src);
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_plain_store                     ( Log *handle, zyl_seq_iterator_h src)
+{ return zyl_w_seq_store_int4( (zyl_objhandle_h)handle, 4, 4, src);
+}
+
+
+ZYL_TARGET_INLINE ZYL_RET      Log_from_cursor                     ( zyl_trans_h t, zyl_cursor_h c, /*OUT*/ Log *handle )
+{ return zyl_w_obj_from_cursor( t, c, 2, (zyl_objhandle_h)handle ); 
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_list_cursor                     ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )
+{ return zyl_w_list_cursor( t, 2, c );
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_list_index__index_cursor        ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )
+{ return zyl_w_index_cursor( t, 1, c );
+}
+
+ZYL_TARGET_INLINE ZYL_RET      Log_list_index__locate              ( zyl_trans_h t, /*OUT*/ zyl_cursor_h c, Log * handle)
+{ return zyl_w_cursor_locate( t, 1, (zyl_objhandle_h)handle, c);
 }
 
 ZYL_TARGET_INLINE ZYL_RET      Reading_fixed_get                        ( Reading *handle_, Reading_fixed* dst_ )

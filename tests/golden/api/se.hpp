@@ -72,6 +72,67 @@ class Reading : public ZylBase_
   }; // list_index_
 };
 
+class Log : public ZylBase_
+{
+  public:
+
+  ZYL_RET create( zyl_trans_h t );
+  ZYL_RET remove();
+  ZYL_RET remove_all( zyl_trans_h t );
+  ZYL_RET checkpoint();
+  ZYL_RET days_first(zyl_date* val);
+  ZYL_RET days_last(zyl_date* val);
+  ZYL_RET days_append(zyl_date const* vals, zyl_size_t n_items, zyl_bitmap_word_t const* null_bitmap = NULL);
+  ZYL_RET days_insert(zyl_seq_no_t pos, zyl_date const* vals, zyl_size_t n_items);
+  ZYL_RET days_insert_nullable(zyl_seq_no_t pos, zyl_date const* vals, zyl_size_t n_items, zyl_bitmap_word_t const* null_bitmap);
+  ZYL_RET days_delete(zyl_seq_no_t from, zyl_seq_no_t till);
+  ZYL_RET days_search(Sequence<zyl_date>& seq, zyl_date low, zyl_seq_boundary_kind_t low_boundary, zyl_date high, zyl_seq_boundary_kind_t high_boundary);
+  ZYL_RET days_join(Sequence<zyl_seq_no_t>& result, Sequence<zyl_date> const& joinWith);
+  ZYL_RET days_count(zyl_seq_no_t & count);
+  Sequence<zyl_date> days_map(Sequence<zyl_seq_no_t> const& positions);
+  Sequence<zyl_date> days_subseq(zyl_seq_no_t from, zyl_seq_no_t till);
+  Sequence<zyl_date> days_iterator();
+  static Sequence<zyl_date> days_from_cursor(zyl_trans_h trans, zyl_cursor_h cursor);
+  Sequence<zyl_date> days_project(GenericSequence const& seq);
+  ZYL_RET days_store(GenericSequence const& src);
+  ZYL_RET keys_first(Char<8>* val);
+  ZYL_RET keys_last(Char<8>* val);
+  ZYL_RET keys_append(Char<8> const* vals, zyl_size_t n_items, zyl_bitmap_word_t const* null_bitmap = NULL);
+  ZYL_RET keys_insert(zyl_seq_no_t pos, Char<8> const* vals, zyl_size_t n_items);
+  ZYL_RET keys_insert_nullable(zyl_seq_no_t pos, Char<8> const* vals, zyl_size_t n_items, zyl_bitmap_word_t const* null_bitmap);
+  ZYL_RET keys_delete(zyl_seq_no_t from, zyl_seq_no_t till);
+  ZYL_RET keys_search(Sequence<Char<8>>& seq, Char<8> low, zyl_seq_boundary_kind_t low_boundary, Char<8> high, zyl_seq_boundary_kind_t high_boundary);
+  ZYL_RET keys_join(Sequence<zyl_seq_no_t>& result, Sequence<Char<8>> const& joinWith);
+  ZYL_RET keys_count(zyl_seq_no_t & count);
+  Sequence<Char<8>> keys_map(Sequence<zyl_seq_no_t> const& positions);
+  Sequence<Char<8>> keys_subseq(zyl_seq_no_t from, zyl_seq_no_t till);
+  Sequence<Char<8>> keys_iterator();
+  static Sequence<Char<8>> keys_from_cursor(zyl_trans_h trans, zyl_cursor_h cursor);
+  Sequence<Char<8>> keys_project(GenericSequence const& seq);
+  ZYL_RET keys_store(GenericSequence const& src);
+  ZYL_RET plain_first(int4* val);
+  ZYL_RET plain_last(int4* val);
+  ZYL_RET plain_append(int4 const* vals, zyl_size_t n_items, zyl_bitmap_word_t const* null_bitmap = NULL);
+  ZYL_RET plain_insert(zyl_seq_no_t pos, int4 const* vals, zyl_size_t n_items);
+  ZYL_RET plain_insert_nullable(zyl_seq_no_t pos, int4 const* vals, zyl_size_t n_items, zyl_bitmap_word_t const* null_bitmap);
+  ZYL_RET plain_delete(zyl_seq_no_t from, zyl_seq_no_t till);
+  ZYL_RET plain_count(zyl_seq_no_t & count);
+  Sequence<int4> plain_map(Sequence<zyl_seq_no_t> const& positions);
+  Sequence<int4> plain_subseq(zyl_seq_no_t from, zyl_seq_no_t till);
+  Sequence<int4> plain_iterator();
+  static Sequence<int4> plain_from_cursor(zyl_trans_h trans, zyl_cursor_h cursor);
+  Sequence<int4> plain_project(GenericSequence const& seq);
+  ZYL_RET plain_store(GenericSequence const& src);
+  ZYL_RET from_cursor( zyl_trans_h t, zyl_cursor_h c );
+  static ZYL_RET list_cursor( zyl_trans_h t, /*OUT*/ zyl_cursor_h c );
+
+  class list_index_ // L2-List
+  { public: 
+    static ZYL_RET cursor( zyl_trans_h t, /*OUT*/ zyl_cursor_h c );
+    static ZYL_RET locate( zyl_trans_h t, /*OUT*/ zyl_cursor_h c, Log * handle);
+  }; // list_index_
+};
+
 inline  ZYL_RET Reading::create( zyl_trans_h t )
 { ZYL_RET ret_ = se::Reading_new(t,this); set_valid(ret_==ZYL_S_OK); return ret_; 
 }
@@ -197,6 +258,195 @@ inline  ZYL_RET Reading::list_index_::cursor( zyl_trans_h t, /*OUT*/ zyl_cursor_
 
 inline  ZYL_RET Reading::list_index_::locate( zyl_trans_h t, /*OUT*/ zyl_cursor_h c, Reading * handle)
 { return se::Reading_list_index__locate(t, c, handle); 
+}
+
+inline  ZYL_RET Log::create( zyl_trans_h t )
+{ ZYL_RET ret_ = se::Log_new(t,this); set_valid(ret_==ZYL_S_OK); return ret_; 
+}
+
+inline  ZYL_RET Log::remove()
+{ ZYL_RET ret_; set_valid(false); return (ret_=se::Log_delete(this)); 
+}
+
+inline  ZYL_RET Log::remove_all( zyl_trans_h t )
+{ ZYL_RET ret_; set_valid(false); return (ret_=se::Log_delete_all(t)); 
+}
+
+inline  ZYL_RET Log::checkpoint()
+{ ZYL_RET ret_=se::Log_checkpoint(this); return ret_;
+}
+
+inline  ZYL_RET Log::days_first(zyl_date* val)
+{ ZYL_RET ret_ = se::Log_days_first(this, val); return ret_; 
+}
+
+inline  ZYL_RET Log::days_last(zyl_date* val)
+{ ZYL_RET ret_ = se::Log_days_last(this, val); return ret_; 
+}
+
+inline  ZYL_RET Log::days_append(zyl_date const* vals, zyl_size_t n_items, zyl_bitmap_word_t const* null_bitmap)
+{ ZYL_RET ret_ = se::Log_days_append_nullable(this, vals, n_items, null_bitmap); return ret_; 
+}
+
+inline  ZYL_RET Log::days_insert(zyl_seq_no_t pos, zyl_date const* vals, zyl_size_t n_items)
+{ ZYL_RET ret_ = se::Log_days_insert(this, pos, vals, n_items); return ret_; 
+}
+
+inline  ZYL_RET Log::days_insert_nullable(zyl_seq_no_t pos, zyl_date const* vals, zyl_size_t n_items, zyl_bitmap_word_t const* null_bitmap)
+{ ZYL_RET ret_ = se::Log_days_insert_nullable(this, pos, vals, n_items, null_bitmap); return ret_; 
+}
+
+inline  ZYL_RET Log::days_delete(zyl_seq_no_t from, zyl_seq_no_t till)
+{ ZYL_RET ret_ = se::Log_days_delete(this, from, till); return ret_; 
+}
+
+inline  ZYL_RET Log::days_search(Sequence<zyl_date>& seq, zyl_date low, zyl_seq_boundary_kind_t low_boundary, zyl_date high, zyl_seq_boundary_kind_t high_boundary)
+{ ZYL_RET ret_ = se::Log_days_search(this, seq.iter, low, low_boundary, high, high_boundary); return ret_; 
+}
+
+inline  ZYL_RET Log::days_join(Sequence<zyl_seq_no_t>& result, Sequence<zyl_date> const& joinWith)
+{ ZYL_RET ret_ = se::Log_days_join(this, result.iter, joinWith.iter); return ret_; 
+}
+
+inline  ZYL_RET Log::days_count(zyl_seq_no_t & count)
+{ ZYL_RET ret_ = se::Log_days_count(this, &count); return ret_; 
+}
+
+inline Sequence<zyl_date> Log::days_map(Sequence<zyl_seq_no_t> const& positions)
+{ Sequence<zyl_date> resSeq; ZYL_CPP_CHECK(se::Log_days_map(this, resSeq.iter, positions.iter)); return resSeq; }
+
+inline Sequence<zyl_date> Log::days_subseq(zyl_seq_no_t from, zyl_seq_no_t till)
+{ Sequence<zyl_date> resSeq; ZYL_CPP_CHECK(se::Log_days_subseq(this, resSeq.iter, from, till)); return resSeq; }
+
+inline Sequence<zyl_date> Log::days_iterator()
+{ Sequence<zyl_date> resSeq; ZYL_CPP_CHECK(se::Log_days_iterator(this, resSeq.iter)); return resSeq; }
+
+inline Sequence<zyl_date> Log::days_from_cursor(zyl_trans_h trans, zyl_cursor_h cursor)
+{ Sequence<zyl_date> resSeq; ZYL_CPP_CHECK(se::Log_days_from_cursor(trans, resSeq.iter, cursor)); return resSeq; }
+
+inline Sequence<zyl_date> Log::days_project(GenericSequence const& seq)
+{ Sequence<zyl_date> resSeq; ZYL_CPP_CHECK(se::Log_days_project(this, resSeq.iter, seq.iter)); return resSeq; }
+
+inline  ZYL_RET Log::days_store(GenericSequence const& src)
+{ ZYL_RET ret_ = se::Log_days_store(this, src.iter); return ret_; 
+}
+
+inline  ZYL_RET Log::keys_first(Char<8>* val)
+{ ZYL_RET ret_ = se::Log_keys_first(this, (se::Log_keys_fixed*)val); return ret_; 
+}
+
+inline  ZYL_RET Log::keys_last(Char<8>* val)
+{ ZYL_RET ret_ = se::Log_keys_last(this, (se::Log_keys_fixed*)val); return ret_; 
+}
+
+inline  ZYL_RET Log::keys_append(Char<8> const* vals, zyl_size_t n_items, zyl_bitmap_word_t const* null_bitmap)
+{ ZYL_RET ret_ = se::Log_keys_append_nullable(this, (se::Log_keys_fixed*)vals, n_items, null_bitmap); return ret_; 
+}
+
+inline  ZYL_RET Log::keys_insert(zyl_seq_no_t pos, Char<8> const* vals, zyl_size_t n_items)
+{ ZYL_RET ret_ = se::Log_keys_insert(this, pos, (se::Log_keys_fixed*)vals, n_items); return ret_; 
+}
+
+inline  ZYL_RET Log::keys_insert_nullable(zyl_seq_no_t pos, Char<8> const* vals, zyl_size_t n_items, zyl_bitmap_word_t const* null_bitmap)
+{ ZYL_RET ret_ = se::Log_keys_insert_nullable(this, pos, (se::Log_keys_fixed*)vals, n_items, null_bitmap); return ret_; 
+}
+
+inline  ZYL_RET Log::keys_delete(zyl_seq_no_t from, zyl_seq_no_t till)
+{ ZYL_RET ret_ = se::Log_keys_delete(this, from, till); return ret_; 
+}
+
+inline  ZYL_RET Log::keys_search(Sequence<Char<8>>& seq, Char<8> low, zyl_seq_boundary_kind_t low_boundary, Char<8> high, zyl_seq_boundary_kind_t high_boundary)
+{ ZYL_RET ret_ = se::Log_keys_search(this, seq.iter, *(se::Log_keys_fixed*)&low, low_boundary, *(se::Log_keys_fixed*)&high, high_boundary); return ret_; 
+}
+
+inline  ZYL_RET Log::keys_join(Sequence<zyl_seq_no_t>& result, Sequence<Char<8>> const& joinWith)
+{ ZYL_RET ret_ = se::Log_keys_join(this, result.iter, joinWith.iter); return ret_; 
+}
+
+inline  ZYL_RET Log::keys_count(zyl_seq_no_t & count)
+{ ZYL_RET ret_ = se::Log_keys_count(this, &count); return ret_; 
+}
+
+inline Sequence<Char<8>> Log::keys_map(Sequence<zyl_seq_no_t> const& positions)
+{ Sequence<Char<8>> resSeq; ZYL_CPP_CHECK(se::Log_keys_map(this, resSeq.iter, positions.iter)); return resSeq; }
+
+inline Sequence<Char<8>> Log::keys_subseq(zyl_seq_no_t from, zyl_seq_no_t till)
+{ Sequence<Char<8>> resSeq; ZYL_CPP_CHECK(se::Log_keys_subseq(this, resSeq.iter, from, till)); return resSeq; }
+
+inline Sequence<Char<8>> Log::keys_iterator()
+{ Sequence<Char<8>> resSeq; ZYL_CPP_CHECK(se::Log_keys_iterator(this, resSeq.iter)); return resSeq; }
+
+inline Sequence<Char<8>> Log::keys_from_cursor(zyl_trans_h trans, zyl_cursor_h cursor)
+{ Sequence<Char<8>> resSeq; ZYL_CPP_CHECK(se::Log_keys_from_cursor(trans, resSeq.iter, cursor)); return resSeq; }
+
+inline Sequence<Char<8>> Log::keys_project(GenericSequence const& seq)
+{ Sequence<Char<8>> resSeq; ZYL_CPP_CHECK(se::Log_keys_project(this, resSeq.iter, seq.iter)); return resSeq; }
+
+inline  ZYL_RET Log::keys_store(GenericSequence const& src)
+{ ZYL_RET ret_ = se::Log_keys_store(this, src.iter); return ret_; 
+}
+
+inline  ZYL_RET Log::plain_first(int4* val)
+{ ZYL_RET ret_ = se::Log_plain_first(this, val); return ret_; 
+}
+
+inline  ZYL_RET Log::plain_last(int4* val)
+{ ZYL_RET ret_ = se::Log_plain_last(this, val); return ret_; 
+}
+
+inline  ZYL_RET Log::plain_append(int4 const* vals, zyl_size_t n_items, zyl_bitmap_word_t const* null_bitmap)
+{ ZYL_RET ret_ = se::Log_plain_append_nullable(this, vals, n_items, null_bitmap); return ret_; 
+}
+
+inline  ZYL_RET Log::plain_insert(zyl_seq_no_t pos, int4 const* vals, zyl_size_t n_items)
+{ ZYL_RET ret_ = se::Log_plain_insert(this, pos, vals, n_items); return ret_; 
+}
+
+inline  ZYL_RET Log::plain_insert_nullable(zyl_seq_no_t pos, int4 const* vals, zyl_size_t n_items, zyl_bitmap_word_t const* null_bitmap)
+{ ZYL_RET ret_ = se::Log_plain_insert_nullable(this, pos, vals, n_items, null_bitmap); return ret_; 
+}
+
+inline  ZYL_RET Log::plain_delete(zyl_seq_no_t from, zyl_seq_no_t till)
+{ ZYL_RET ret_ = se::Log_plain_delete(this, from, till); return ret_; 
+}
+
+inline  ZYL_RET Log::plain_count(zyl_seq_no_t & count)
+{ ZYL_RET ret_ = se::Log_plain_count(this, &count); return ret_; 
+}
+
+inline Sequence<int4> Log::plain_map(Sequence<zyl_seq_no_t> const& positions)
+{ Sequence<int4> resSeq; ZYL_CPP_CHECK(se::Log_plain_map(this, resSeq.iter, positions.iter)); return resSeq; }
+
+inline Sequence<int4> Log::plain_subseq(zyl_seq_no_t from, zyl_seq_no_t till)
+{ Sequence<int4> resSeq; ZYL_CPP_CHECK(se::Log_plain_subseq(this, resSeq.iter, from, till)); return resSeq; }
+
+inline Sequence<int4> Log::plain_iterator()
+{ Sequence<int4> resSeq; ZYL_CPP_CHECK(se::Log_plain_iterator(this, resSeq.iter)); return resSeq; }
+
+inline Sequence<int4> Log::plain_from_cursor(zyl_trans_h trans, zyl_cursor_h cursor)
+{ Sequence<int4> resSeq; ZYL_CPP_CHECK(se::Log_plain_from_cursor(trans, resSeq.iter, cursor)); return resSeq; }
+
+inline Sequence<int4> Log::plain_project(GenericSequence const& seq)
+{ Sequence<int4> resSeq; ZYL_CPP_CHECK(se::Log_plain_project(this, resSeq.iter, seq.iter)); return resSeq; }
+
+inline  ZYL_RET Log::plain_store(GenericSequence const& src)
+{ ZYL_RET ret_ = se::Log_plain_store(this, src.iter); return ret_; 
+}
+
+inline  ZYL_RET Log::from_cursor( zyl_trans_h t, zyl_cursor_h c )
+{ ZYL_RET ret_ = se::Log_from_cursor(t,c,this); set_valid(ret_==ZYL_S_OK); return ret_; 
+}
+
+inline  ZYL_RET Log::list_cursor( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )
+{ return se::Log_list_cursor(t,c); 
+}
+
+inline  ZYL_RET Log::list_index_::cursor( zyl_trans_h t, /*OUT*/ zyl_cursor_h c )
+{ return se::Log_list_index__index_cursor(t, c); 
+}
+
+inline  ZYL_RET Log::list_index_::locate( zyl_trans_h t, /*OUT*/ zyl_cursor_h c, Log * handle)
+{ return se::Log_list_index__locate(t, c, handle); 
 }
 
 
