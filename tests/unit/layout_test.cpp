@@ -50,11 +50,10 @@ public:
         return t;
     }
 
-    Struct* addStruct(char const* name, Decls const& fields, bool direct = false) {
+    Struct* addStruct(char const* name, Decls const& fields) {
         Struct* s = new Struct();
         s->m_name = name;
-        s->m_category = direct ? TC_DIRECT : TC_STRUCT;
-        s->m_isDirect = direct;
+        s->m_category = TC_STRUCT;
         addFields(addType(s), fields);
         return s;
     }
@@ -95,8 +94,6 @@ public:
             f.m_struct = schema().findType(f.m_typeName);
             ASSERT_NE(nullptr, f.m_struct) << decl;
             f.m_enum = schema().findEnum(f.m_typeName);
-            f.m_isDirect = f.m_struct->m_isDirect;
-            s->m_hasDirect = s->m_hasDirect || f.m_isDirect;
             f.m_containerStruct = s;
             f.m_position = static_cast<int>(s->v_field.size());
             s->v_field.push_back(f);
@@ -193,41 +190,6 @@ TEST(Layout, OidStructAndClassesThatBeginWithTheOid) {
             EXPECT_EQ(o.result, std::string(e.m_msg.c_str()));
         }
     }
-}
-
-// Whatever depends on a direct struct is left to the C compiler as text.
-TEST(Layout, DirectStructs) {
-    Model m;
-    Struct* d = m.addStruct("D", {"signed<4> a", "signed<1> b"}, true);
-    m.addStruct("Q", {"signed<4> v[3]", "signed<2> w"}, true)->m_packed = true;
-    m.addStruct("N", {"D d", "signed<4> i"});
-    m.addClass("H", {"signed<2> x", "D d", "signed<4> y"});
-    m.addClass("H2", {"D d1", "D d2"});
-    m.addClass("H3", {"signed<4> y", "D d1", "D d2"});
-    m.addClass("H4", {"D arr[3]", "signed<1> z"});
-    m.addClass("H5", {"signed<1> z", "N n"});
-    m.addClass("V", {"vector D v"});
-    m.gen.layout();
-
-    std::string const s = "structsz(D_d_aligned_to_1)";
-    // Members keep their declared order; the C compiler places them.
-    EXPECT_EQ("a@fieldoffs(D_d_aligned_to_1, a):fieldsz(D_d_aligned_to_1, a)/1 "
-              "b@fieldoffs(D_d_aligned_to_1, b):fieldsz(D_d_aligned_to_1, b)/1 =" + s + "/1",
-              m.large("D"));
-    EXPECT_EQ(4, d->m_layout.compact.v_fld[0].m_size.m_saved);
-    EXPECT_EQ(12, m.find("Q")->m_layout.compact.v_fld[0].m_size.m_saved);  // packed int4[3]
-    // Held by value: last, and placed from the field before it.
-    EXPECT_EQ("y@0:4/4 x@4:2/2 d@6:" + s + "/1 =6+" + s + "/4", m.compact("H"));
-    EXPECT_EQ("d2@0:" + s + "/1 d1@0+" + s + ":" + s + "/1 =0+" + s + "+" + s + "/1", m.compact("H2"));
-    EXPECT_EQ("y@0:4/4 d2@4:" + s + "/1 d1@4+" + s + ":" + s + "/1 =4+" + s + "+" + s + "/4", m.compact("H3"));
-    EXPECT_EQ(0, m.find("H3")->m_layout.compact.v_fld[2].m_offset.m_num);  // all text after a direct neighbour
-    EXPECT_EQ("z@0:1/1 arr@1:(" + s + ")*3/1 =1+(" + s + ")*3/1", m.compact("H4"));
-    // A struct holding one has a text size, and offsets after it stay text.
-    EXPECT_EQ("i@0:4/4 d@4:" + s + "/1 =4+" + s + "/4", m.compact("N"));
-    EXPECT_EQ("n@0:4+" + s + "/4 z@alignsz(4+" + s + ",1):1/1 =1+alignsz(4+" + s + ",1)/4", m.compact("H5"));
-    // A vector of them is an ordinary slot; the class still spells its total.
-    EXPECT_EQ("v@0:4/2 =0+4/2", m.compact("V"));
-    EXPECT_EQ("v@0:6/4 =0+6/4", m.large("V"));
 }
 
 TEST(FSize, RenderingAssignmentEqualityAddition) {
