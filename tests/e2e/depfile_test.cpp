@@ -19,25 +19,27 @@ using std::filesystem::exists;
 }  // namespace
 
 // Each file once, in the order first opened (one twice behind a guard), by
-// the path it was opened by; every included one also gets an empty rule.
-TEST(Depfile, NestedIncludes) {
+// the path it was opened by, with blanks, '#' and '$' written as make reads
+// them; every included one also gets an empty rule.
+TEST(Depfile, NestedIncludesByEscapedPaths) {
     TempDir dir;
-    makeDirs(dir, {"schema", "schema/parts", "out"});
-    dir.write("schema/main.zyl",
+    makeDirs(dir, {"my schemas", "my schemas/parts", "out dir"});
+    dir.write("my schemas/main.zyl",
               "declare database m;\n#include \"types.zyl\"\n#include \"types.zyl\"\nclass C { Size n; Point p; };\n");
-    dir.write("schema/types.zyl", "#ifndef TYPES\n#define TYPES\n#include \"parts/point.zyl\"\n#endif\n");
-    dir.write("schema/parts/point.zyl", "#define Size unsigned<4>\nstruct Point { Size x; Size y; };\n");
-    ProcessResult r = runProgram({cliPath(), "-o", "out", "--depfile=out/m.d", "schema/main.zyl"}, dir.path());
+    dir.write("my schemas/types.zyl", "#ifndef TYPES\n#define TYPES\n#include \"parts/cost$#1.zyl\"\n#endif\n");
+    dir.write("my schemas/parts/cost$#1.zyl", "#define Size unsigned<4>\nstruct Point { Size x; Size y; };\n");
+    ProcessResult r =
+        runProgram({cliPath(), "-o", "out dir", "--depfile=out dir/m.d", "my schemas/main.zyl"}, dir.path());
     ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(readFile(dir.file("out/m.d")),
-              "out/m.h out/m.c: \\\n"
-              "  schema/main.zyl \\\n"
-              "  schema/types.zyl \\\n"
-              "  schema/parts/point.zyl\n"
+    EXPECT_EQ(readFile(dir.file("out dir/m.d")),
+              "out\\ dir/m.h out\\ dir/m.c: \\\n"
+              "  my\\ schemas/main.zyl \\\n"
+              "  my\\ schemas/types.zyl \\\n"
+              "  my\\ schemas/parts/cost$$\\#1.zyl\n"
               "\n"
-              "schema/types.zyl:\n"
+              "my\\ schemas/types.zyl:\n"
               "\n"
-              "schema/parts/point.zyl:\n");
+              "my\\ schemas/parts/cost$$\\#1.zyl:\n");
 }
 
 // The targets are the files named after the database, in the order
@@ -97,23 +99,6 @@ TEST(Depfile, IncludeDirectoriesInOrder) {
                   std::string("m.h m.c: \\\n  schema/main.zyl \\\n  ") + c.opened + "\n\n" + c.opened + ":\n")
             << c.opened;
     }
-}
-
-// Blanks, '#' and '$' in paths are written as make reads them.
-TEST(Depfile, PathsAreEscaped) {
-    TempDir dir;
-    makeDirs(dir, {"my schemas", "out dir"});
-    dir.write("my schemas/e.zyl", "declare database e;\n#include \"cost$#1.zyl\"\nclass C { unsigned<4> n; };\n");
-    dir.write("my schemas/cost$#1.zyl", "\n");
-    ProcessResult r =
-        runProgram({cliPath(), "-o", "out dir", "--depfile", "out dir/e.d", "my schemas/e.zyl"}, dir.path());
-    ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(readFile(dir.file("out dir/e.d")),
-              "out\\ dir/e.h out\\ dir/e.c: \\\n"
-              "  my\\ schemas/e.zyl \\\n"
-              "  my\\ schemas/cost$$\\#1.zyl\n"
-              "\n"
-              "my\\ schemas/cost$$\\#1.zyl:\n");
 }
 
 // A failed compile writes no rule and removes an earlier one, whether it

@@ -103,33 +103,4 @@ TEST(LineBuffer, LongLinesArriveInPieces) {
     }
 }
 
-// An include reads another file meanwhile, here in the middle of a long
-// line cut at the limit; the first file goes on where it stopped, with what
-// was read ahead of it.
-TEST(LineBuffer, PushAndPop) {
-    std::string outer = std::string(6000, 'a') + "\n";
-    for (int i = 0; i < 3000; i++)
-        outer += "outer line " + std::to_string(i) + "\n";
-    std::vector<Piece> const want = byFgets(outer, 5000);
-    FILE* f1 = fileWith(outer);
-    FILE* f2 = fileWith("inner 1\ninner 2");
-    UT::Buf buf(5000);
-    ASSERT_TRUE(buf.read(f1));
-    EXPECT_EQ(std::string(buf.str()), want[0].text);
-    buf.push();
-    ASSERT_TRUE(buf.read(f2));
-    EXPECT_STREQ(buf.str(), "inner 1");
-    ASSERT_TRUE(buf.read(f2));
-    EXPECT_STREQ(buf.str(), "inner 2");
-    EXPECT_FALSE(buf.read(f2));
-    buf.pop();
-    for (size_t i = 1; i < want.size(); i++) {
-        ASSERT_TRUE(buf.read(f1));
-        EXPECT_EQ(std::string(buf.str()), want[i].text);
-    }
-    EXPECT_FALSE(buf.read(f1));
-    std::fclose(f1);
-    std::fclose(f2);
-}
-
 }  // namespace

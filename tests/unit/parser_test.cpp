@@ -97,25 +97,3 @@ TEST(Parser, ReadersAndTheirMessages) {
         EXPECT_EQ(got, c.expected);
     }
 }
-
-TEST(Parser, TakeBackAndMatch) {
-    ParsedText s("c d ;\ny");
-    Parser& p = *s.in->parser;
-    EXPECT_EQ(p.get(), "c");
-    p.takeBack("a");
-    p.takeBack("b");
-    EXPECT_EQ(p.get(), "b");
-    EXPECT_EQ(p.get(), "a");
-    EXPECT_TRUE(p.match("d"));
-    EXPECT_TRUE(p.match(";"));
-    try {
-        p.match("x");
-        ADD_FAILURE() << "no error";
-    } catch (CompilerError const& e) {
-        EXPECT_EQ(std::string(e.m_msg.c_str()) + " " + std::to_string(e.m_line) + ":" + std::to_string(e.m_pos),
-                  "expected \"x\" 2:2");  // behind the y of " y "
-    }
-    // Even at the end of the input.
-    p.takeBack("z");
-    EXPECT_EQ(s.in->tokens(), "z");
-}

@@ -171,31 +171,3 @@ TEST(PreProcessor, FileIncludingItself) {
         EXPECT_EQ(openFiles(), before + 1);
     }
 }
-
-// One line may expand to 1,048,576 characters and no more, whether the
-// expansion itself or the text around it goes past: E is v dashes, T names
-// E 1024 times, and the line "T" followed by t dashes expands to
-// 1024 * v + 3073 + t characters (a blank on either side of every name,
-// and one between the names).
-TEST(PreProcessor, ExpansionOfALineIsBounded) {
-    struct { int v, t; bool refused; } const cases[] = {{1020, 1023, false}, {1020, 1024, true}, {1021, 0, true}};
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.v + c.t);
-        TempDir dir;
-        dir.write("main.zyl", "");
-        Reading r(dir.path(), "main.zyl");
-        std::string t = "#define T";
-        for (int i = 0; i < 1024; i++)
-            t += " E";
-        std::string out;
-        try {
-            r.pp().processLine(("#define E " + std::string(c.v, '-')).c_str());
-            r.pp().processLine(t.c_str());
-            out = r.pp().processLine(("T" + std::string(c.t, '-')).c_str());
-        } catch (CompilerError const& e) {
-            r.error = e.m_msg.c_str();
-        }
-        EXPECT_EQ(out.size(), c.refused ? 0u : 1048576u);
-        EXPECT_EQ(r.error, c.refused ? "macro expansion of this line exceeds 1048576 characters" : "");
-    }
-}

@@ -12,18 +12,6 @@
 #include "foundation/ut.h"
 #include "support/process.h"
 
-// An unopenable file ends the process; the command-line tests see to that.
-TEST(Streams, FileStreamWritesEveryKind) {
-    TempDir dir;
-    IOutStream* s = IOutStream::createFileStream(dir.file("out.txt").c_str());
-    EXPECT_TRUE(s->good());
-    // Numbers around the edges of their digits, a pair at a time.
-    *s << mstring("a") << mstring() << "b" << 'c' << -10L << '|' << 9UL << '|' << 99LL << '|' << 100 << '|'
-       << 4294967295u;
-    delete s;
-    EXPECT_EQ(readFile(dir.file("out.txt")), "abc-10|9|99|100|4294967295");
-}
-
 // A string stream keeps its text in a file of its own in the given
 // directory, named after the process and a counter, until it is deleted.
 TEST(Streams, StringStreamUsesATemporaryFile) {

@@ -2,9 +2,7 @@
 // insert semantics that the rest of the compiler relies on.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
-#include <vector>
 
 #include "foundation/mstring.h"
 #include "foundation/mvector.h"
@@ -65,21 +63,4 @@ TEST(MVector, InsertIntoAFullVectorAndDeepCopies) {
     mvector<mvector<int>> copy = nested;
     copy[0].push_back(2);
     EXPECT_EQ(nested[0].size(), 1u);
-}
-
-// Every length up to a few levels of the heap, with repeats: the last
-// element of the heap is compared too.
-TEST(MVector, HeapSort) {
-    for (int n = 0; n <= 9; n++) {
-        mvector<int> nums;
-        std::vector<int> expected;
-        for (int i = 0; i < n; i++) {
-            nums.push_back((i * 5 + 3) % 7);
-            expected.push_back((i * 5 + 3) % 7);
-        }
-        std::sort(expected.begin(), expected.end());
-        sort_vector(nums, [](int a, int b) { return a < b; });
-        for (int i = 0; i < n; i++)
-            EXPECT_EQ(nums[i], expected[static_cast<size_t>(i)]) << n << " " << i;
-    }
 }

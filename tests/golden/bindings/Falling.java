@@ -1,0 +1,8 @@
+import com.tarnwell.quorabase.*;
+
+public enum Falling {
+	Z,
+	Y,
+	X
+};
+

@@ -1,0 +1,6 @@
+import com.tarnwell.quorabase.*;
+
+public enum One {
+	Only
+};
+
