@@ -108,7 +108,6 @@ TEST(GrammarModel, EnumSizes) {
             got += str(e->v_elem[i].m_name) + "=" + num(e->v_elem[i].m_value) + " ";
         EXPECT_EQ(got + str(e->m_intType) + " " + num(t.m_layout.compact.m_size.m_num) + "/" +
                       num(t.m_layout.large.m_align.m_num), c[1]);
-        EXPECT_TRUE(t.m_category == TC_SCALAR && t.m_cType == "E");
     }
 }
 
@@ -182,19 +181,15 @@ TEST(FieldNames, LongBodiesFindEveryEarlierName) {
 TEST(FieldNames, SystemFieldsBetweenStatements) {
     // autoid goes to the front when the field order is kept, behind
     // auto_oid@ when there is one; the names before and after it count.
-    for (bool keep : {false, true}) {
-        EXPECT_EQ(Model("class C { signed<4> a; autoid[10]; signed<4> b; signed<2> a; };", keep).error,
-                  "field a already exists")
-            << keep;
-        EXPECT_EQ(Model("declare auto_oid[100];\nclass C { signed<4> a; autoid[10]; signed<4> b; signed<2> b; };",
-                        keep)
-                      .error,
-                  "field b already exists")
-            << keep;
-        EXPECT_EQ(Model("class C { signed<4> a; autoid[10]; signed<4> b; };", keep).error, "") << keep;
-    }
-    EXPECT_EQ(Model("class C { signed<4> a; TTL_count 10; signed<4> a; };").error,
-              "field a already exists");
+    char const* const cases[][2] = {
+        {"class C { signed<4> a; autoid[10]; signed<4> b; signed<2> a; };", "field a already exists"},
+        {"declare auto_oid[100];\nclass C { signed<4> a; autoid[10]; signed<4> b; signed<2> b; };", "field b already exists"},
+        {"class C { signed<4> a; autoid[10]; signed<4> b; };", ""},
+        {"class C { signed<4> a; TTL_count 10; signed<4> a; };", "field a already exists"},
+    };
+    for (bool keep : {false, true})
+        for (auto const& c : cases)
+            EXPECT_EQ(Model(c[0], keep).error, c[1]) << keep << " " << c[0];
 }
 
 // Collations are numbered in the order they were first named; the first
@@ -266,7 +261,6 @@ TEST(FinishModel, DistributedSystemClasses) {
         EXPECT_EQ(indexList(c), "ts_idx tree <class_code, timestamp>; ao_idx hash unique e1000 <auto_oid, class_code>");
         EXPECT_EQ(c.m_persistent, i == 2);
         EXPECT_TRUE(c.m_local && c.m_isSystem && c.m_fixed && c.m_atomic && !c.m_isClass && !c.m_isDynamic);
-        EXPECT_EQ(c.v_index[1].ecount * 10 + static_cast<int>(c.v_index[1].v_segment.size()), 10002);
     }
 }
 
