@@ -94,63 +94,55 @@ TEST(Depfile, IncludeDirectoriesInOrder) {
     }
 }
 
-// A failed compile writes no rule and removes an earlier one, whether it
-// fails after an include, before the database name, or opening the schema.
-TEST(Depfile, NoneAfterAFailedCompile) {
-    struct { char const* name; char const* schema; } const cases[] = {  // no schema: no file at all
-        {"after_include", "declare database s;\n#include \"t.zyl\"\nclass C { NoSuchType x; };\n"},
-        {"before_name", "#include \"t.zyl\"\nnonsense\n"},
-        {"missing_schema", nullptr},
-    };
-    for (auto const& c : cases) {
-        TempDir dir;
-        makeDirs(dir, {"out"});
-        dir.write("t.zyl", "#define T 1\n");
-        if (c.schema != nullptr)
-            dir.write("s.zyl", c.schema);
-        dir.write("out/s.d", "out/s.h out/s.c: s.zyl\n");
-        ProcessResult r = runProgram({cliPath(), "-o", "out", "--depfile", "out/s.d", "s.zyl"}, dir.path());
-        EXPECT_EQ(r.status, 255) << c.name;
-        EXPECT_NE(r.out.find("Error executing DDL compiler"), std::string::npos) << c.name;
-        EXPECT_FALSE(exists(dir.file("out/s.d"))) << c.name;
-        EXPECT_FALSE(exists(dir.file("out/s.c"))) << c.name;
-    }
-}
-
 // The rule may not replace a file the compile reads or writes: such a
 // command line is refused and changes no file (the manual shows the plain
-// names). A compile that fails on its own still leaves an input alone. A
-// rule that cannot be written fails the command (so a build tool runs it
-// again); the generated files stay.
+// names). A failed compile writes no rule and removes an earlier one,
+// whether it fails after an include, before the database name (which
+// decides the outputs removed) or opening the schema, but leaves an input
+// named as the rule alone. A rule that cannot be written fails the command
+// (so a build tool runs it again); the generated files stay.
 TEST(Depfile, NeverAFileTheCompileReadsOrWrites) {
     std::string const usage = "usage: zylcomp [OPTIONS] SCHEMA-FILE\nTry 'zylcomp --help' for the options.\n";
     std::string const earlier = "/* an earlier output */\n";
-#define GOOD "declare database s;\n#include \"t.zyl\"\nclass C { unsigned<4> n; };\n"
-    struct { char const* depfile; char const* schema; int status; std::string err; } const cases[] = {
-        {"./s.zyl", GOOD, 2, "zylcomp: the dependency file './s.zyl' is the schema or a file it includes\n" + usage},
-        {"t.zyl", GOOD, 2, "zylcomp: the dependency file 't.zyl' is the schema or a file it includes\n" + usage},
-        {"out/../out/s.c", GOOD, 2, "zylcomp: the dependency file 'out/../out/s.c' is an output of the compile\n" + usage},
-        {"t.zyl", "declare database s;\n#include \"t.zyl\"\nclass C { NoSuchType x; };\n", 255,
-         "File s.zyl;  line 3: error: undefined type NoSuchType used in x\n\n"},
-        {"no/such/dir/s.d", GOOD, 1, "zylcomp: cannot write the dependency file 'no/such/dir/s.d'\n"},
+    std::string const undefined = "File s.zyl;  line 3: error: undefined type NoSuchType used in x\n\n";
+    char const* const good = "declare database s;\n#include \"t.zyl\"\nclass C { unsigned<4> n; };\n";
+    char const* const bad = "declare database s;\n#include \"t.zyl\"\nclass C { NoSuchType x; };\n";
+    using Names = std::vector<std::string>;
+    struct { char const* depfile; char const* schema; int status; std::string err; Names out; } const cases[] = {
+        {"./s.zyl", good, 2, "zylcomp: the dependency file './s.zyl' is the schema or a file it includes\n" + usage,
+         {"s.c", "s.d", "s.h"}},
+        {"t.zyl", good, 2, "zylcomp: the dependency file 't.zyl' is the schema or a file it includes\n" + usage,
+         {"s.c", "s.d", "s.h"}},
+        {"out/../out/s.c", good, 2,
+         "zylcomp: the dependency file 'out/../out/s.c' is an output of the compile\n" + usage, {"s.c", "s.d", "s.h"}},
+        {"no/such/dir/s.d", good, 1, "zylcomp: cannot write the dependency file 'no/such/dir/s.d'\n",
+         {"s.c", "s.d", "s.h"}},
+        {"t.zyl", bad, 255, undefined, {"s.d"}},
+        {"out/s.d", bad, 255, undefined, {}},
+        {"out/s.d", "#include \"t.zyl\"\nnonsense\n", 255, "File s.zyl;  line 2: error: unexpected token: \"nonsense\"\n\n",
+         {"s.c", "s.h"}},
+        {"out/s.d", nullptr, 255, "error: Cannot open \"s.zyl\"\n\n", {"s.c", "s.h"}},
     };
     for (auto const& c : cases) {
-        SCOPED_TRACE(c.depfile);
+        SCOPED_TRACE(std::string(c.depfile) + " " + (c.schema ? c.schema : "(none)"));
         TempDir dir;
         makeDirs(dir, {"out"});
-        dir.write("s.zyl", c.schema);
+        if (c.schema != nullptr)
+            dir.write("s.zyl", c.schema);
         dir.write("t.zyl", "#define T 1\n");
-        dir.write("out/s.h", earlier);
-        dir.write("out/s.c", earlier);
+        for (char const* output : {"out/s.h", "out/s.c", "out/s.d"})
+            dir.write(output, earlier);
         ProcessResult r = runProgram({cliPath(), "-o", "out", "--depfile", c.depfile, "s.zyl"}, dir.path());
         EXPECT_EQ(r.status, c.status);
         EXPECT_EQ(r.err, c.err);
-        EXPECT_EQ(readFile(dir.file("s.zyl")), c.schema);
+        EXPECT_EQ(readFile(dir.file("s.zyl")), c.schema ? c.schema : "");
         EXPECT_EQ(readFile(dir.file("t.zyl")), "#define T 1\n");
-        if (c.status != 255) {
+        EXPECT_EQ(listDir(dir.file("out")), c.out);
+        EXPECT_EQ(dir.list(), (c.schema ? Names{"out", "s.zyl", "t.zyl"} : Names{"out", "t.zyl"}));
+        if (c.status == 255) {
+            EXPECT_NE(r.out.find("Error executing DDL compiler\n"), std::string::npos);
+        } else {
             EXPECT_EQ(r.out, "");
-            EXPECT_EQ(dir.list(), (std::vector<std::string>{"out", "s.zyl", "t.zyl"}));
-            EXPECT_EQ(listDir(dir.file("out")), (std::vector<std::string>{"s.c", "s.h"}));
             for (char const* output : {"out/s.h", "out/s.c"})
                 EXPECT_EQ(readFile(dir.file(output)) == earlier, c.status == 2) << output;
         }

@@ -33,9 +33,6 @@ std::vector<MessageRow> const& grammarRows() {
     {"class A { userdef thick tree<a> t; };", E(1, "'thick' contradicts with 'userdef' keyword.")},
     {"class A { unique unsigned<4> a; };", E(1, "Invalid syntax")},
     {"class A { oid; oid; };", E(1, "oid was already declared")},
-    // Warnings leave the compile going.
-    {"declare database db;\ndeclare OID K[10];\nstruct K { unsigned<4> k; };\nclass A { OID; unsigned<4> a; };",
-     W(2, "OID is deprecated, use oid instead") W(4, "OID is deprecated, use oid instead")},
     // Fields.
     {"class A { rect<signed<4>> r[17]; };", E(1, "dimension size limits")},
     {"class A { point<signed<4>> p[1]; };", E(1, "dimension size limits")},
