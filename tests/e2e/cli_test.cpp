@@ -1,8 +1,7 @@
 // The command-line front end, run as a user runs it.
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
+#include <filesystem>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -13,9 +12,8 @@
 TEST(Cli, MissingSchemaFile) {
     TempDir dir;
     ProcessResult r = runProgram({cliPath(), "nosuch.zyl"}, dir.path());
-    char cwd[300];
-    ASSERT_NE(realpath(dir.path().c_str(), cwd), nullptr);
-    EXPECT_EQ(r.out, std::string("Current directory is: ") + cwd + "\nError executing DDL compiler\n");
+    std::string const cwd = std::filesystem::canonical(dir.path()).string();
+    EXPECT_EQ(r.out, "Current directory is: " + cwd + "\nError executing DDL compiler\n");
     EXPECT_EQ(r.err, "error: Cannot open \"nosuch.zyl\"\n\n");
     EXPECT_EQ(r.status, 255);
     EXPECT_TRUE(dir.list().empty());
@@ -47,8 +45,7 @@ TEST(Cli, OutputDirectory) {
     std::string const longName(300, 'x');
     struct {
         char const* name;
-        std::string outputDir;
-        std::string schema;
+        std::string outputDir, schema;
         int status;
         std::string err;
         std::vector<std::string> listing;  // of the test's directory afterwards

@@ -13,10 +13,8 @@
 namespace {
 
 struct FormatRow {
-    char const* schema;  // s.zyl; an included "a<tab>b.zyl" holds `include`
-    char const* include;
-    char const* gnu;   // all of standard error with --diagnostics-format gnu
-    char const* json;  // and with json
+    char const *schema, *include;  // s.zyl, and an included "a<tab>b.zyl" if any
+    char const *gnu, *json;        // all of standard error with --diagnostics-format gnu, json
     int status;
     bool fullDisk = false;  // the outputs cannot be written
 };

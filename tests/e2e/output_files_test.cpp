@@ -44,13 +44,13 @@ TEST(OutputFiles, AWriteThatFailsIsAnError) {
     dir.write("s.zyl", classes(200));
     mkdir(dir.file("out").c_str(), 0755);
     dir.write("out/h.c", "/* an earlier output */\n");
-    ProcessResult const r = runProgram({cliPath(), "--cpp", "--cs", "--java", "--xml-schema", "-o", "out", "s.zyl"},
-                                       dir.path(), [] {
-                                           // Writes past the limit fail with EFBIG instead of a signal.
-                                           signal(SIGXFSZ, SIG_IGN);
-                                           rlimit const limit = {64 * 1024, 64 * 1024};
-                                           setrlimit(RLIMIT_FSIZE, &limit);
-                                       });
+    auto const limit = [] {  // writes past the limit fail with EFBIG instead of a signal
+        signal(SIGXFSZ, SIG_IGN);
+        rlimit const small = {64 * 1024, 64 * 1024};
+        setrlimit(RLIMIT_FSIZE, &small);
+    };
+    ProcessResult const r =
+        runProgram({cliPath(), "--cpp", "--cs", "--java", "--xml-schema", "-o", "out", "s.zyl"}, dir.path(), limit);
     EXPECT_EQ(r.status, 255);
     EXPECT_EQ(r.err, "File s.zyl; error: cannot write output file \"out/h.h\": File too large\n\n");
     EXPECT_EQ(r.out, "Error executing DDL compiler\n");
@@ -125,12 +125,8 @@ TEST(OutputFiles, AnInterruptLeavesTheEarlierOutputs) {
         }
         // Once the first temporary is there the outputs are being written.
         auto const deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-        for (;;) {
-            std::vector<std::string> const now = listDir(dir.file("out"));
-            if (now.size() > names.size() || std::chrono::steady_clock::now() > deadline)
-                break;
+        while (listDir(dir.file("out")).size() == names.size() && std::chrono::steady_clock::now() < deadline)
             std::this_thread::sleep_for(std::chrono::microseconds(500));
-        }
         kill(pid, sig);
         int status = 0;
         waitpid(pid, &status, 0);

@@ -57,7 +57,6 @@ std::vector<MessageRow> const& grammarRows() {
     // Accepted forms that are easy to break.
     {"declare database db;\nclass A { unsigned<4> a; unique hash<a> h[5]; nonunique hash<a> g[5]; };", ""},
     {"declare database db;\nclass A { sequence<numeric<5,0> asc> s; unsigned<4> select; };", ""},
-    {"declare database db;\niot router<7> 12;\nuptable class A { unsigned<4> a; };", ""},
     {"declare database db;\nclass A { unsigned<4> a; inclusive unsigned<4> b; tree<a> t; };", ""},
     };
     return rows;
@@ -127,9 +126,3 @@ std::vector<MessageRow> const& dictionaryRows() {
     };
     return rows;
 }
-
-#undef E
-#undef EP
-#undef W
-#undef DB
-#undef DICT
