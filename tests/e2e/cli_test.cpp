@@ -1,9 +1,7 @@
 // The command-line front end, run as a user runs it.
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
-#include <unistd.h>
-
+#include <filesystem>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -14,9 +12,8 @@
 TEST(Cli, MissingSchemaFile) {
     TempDir dir;
     ProcessResult r = runProgram({cliPath(), "nosuch.zyl"}, dir.path());
-    char cwd[300];
-    ASSERT_NE(realpath(dir.path().c_str(), cwd), nullptr);
-    EXPECT_EQ(r.out, std::string("Current directory is: ") + cwd + "\nError executing DDL compiler\n");
+    std::string const cwd = std::filesystem::canonical(dir.path()).string();
+    EXPECT_EQ(r.out, "Current directory is: " + cwd + "\nError executing DDL compiler\n");
     EXPECT_EQ(r.err, "error: Cannot open \"nosuch.zyl\"\n\n");
     EXPECT_EQ(r.status, 255);
     EXPECT_TRUE(dir.list().empty());
@@ -25,14 +22,8 @@ TEST(Cli, MissingSchemaFile) {
 TEST(Cli, WrongCommandLines) {
     struct { std::vector<std::string> args; char const* firstLine; } const cases[] = {
         {{}, "zylcomp: no schema file given\n"},
-        {{"--bogus", "a.zyl"}, "zylcomp: unknown option '--bogus'\n"},
-        {{"a.zyl", "b.zyl"}, "zylcomp: only one schema file may be given; found 'a.zyl' and 'b.zyl'\n"},
         {{"a.zyl", "-o"}, "zylcomp: option -o needs a value\n"},
         {{"--sizeof-size", "x", "a.zyl"}, "zylcomp: option --sizeof-size needs a size in bytes from 1 to 64, not 'x'\n"},
-        {{"--sizeof-size=65", "a.zyl"},
-         "zylcomp: option --sizeof-size needs a size in bytes from 1 to 64, not '65'\n"},
-        {{"--dump-dictionary", "-I", "a", "-Ib", "a.zyl"},
-         "zylcomp: --dump-dictionary takes one include directory, not 2\n"},
     };
     for (auto const& c : cases) {
         std::vector<std::string> argv = {cliPath()};
@@ -47,14 +38,14 @@ TEST(Cli, WrongCommandLines) {
 
 // -o makes a missing directory with its parents. One that cannot be made
 // fails with status 1, and leaves nothing: not the parents made on the way,
-// nor a directory made for a compile that then failed.
+// nor a directory made for a compile that then failed. (The manual shows
+// the whole path in the way.)
 TEST(Cli, OutputDirectory) {
     std::string const good = "declare database m;\nclass C { unsigned<4> n; };\n";
     std::string const longName(300, 'x');
     struct {
         char const* name;
-        std::string outputDir;
-        std::string schema;
+        std::string outputDir, schema;
         int status;
         std::string err;
         std::vector<std::string> listing;  // of the test's directory afterwards
@@ -63,9 +54,6 @@ TEST(Cli, OutputDirectory) {
         {"a file in the way", "f/sub", good, 1,
          "zylcomp: cannot create the output directory 'f/sub': 'f' is in the way and is not a directory\n",
          {"f", "m.zyl"}},
-        {"a file named so", "d/../f", good, 1,
-         "zylcomp: cannot create the output directory 'd/../f': 'd/../f' is in the way and is not a directory\n",
-         {"d", "f", "m.zyl"}},
         {"a name too long", "new/" + longName, good, 1,
          "zylcomp: cannot create the output directory 'new/" + longName + "': File name too long\n",
          {"f", "m.zyl"}},
@@ -77,7 +65,6 @@ TEST(Cli, OutputDirectory) {
         TempDir dir;
         dir.write("m.zyl", c.schema);
         dir.write("f", "a file\n");
-        ASSERT_TRUE(c.outputDir[0] != 'd' || mkdir(dir.file("d").c_str(), 0755) == 0);
         ProcessResult r = runProgram({cliPath(), "-o", c.outputDir, "m.zyl"}, dir.path());
         EXPECT_EQ(r.status, c.status);
         EXPECT_EQ(r.err, c.err);
@@ -97,55 +84,39 @@ TEST(Cli, Quiet) {
     TempDir dir;
     dir.write("good.zyl", "declare database g;\nclass C { unsigned<4> n; };\n");
     dir.write("bad.zyl", "declare database b;\nclass C { NoSuchType x; };\n");
-    for (char const* quiet : {"-q", "--quiet"}) {
-        SCOPED_TRACE(quiet);
-        ProcessResult r = runProgram({cliPath(), quiet, "good.zyl"}, dir.path());
-        EXPECT_EQ(r.status, 0);
-        EXPECT_EQ(r.out, "");
-        EXPECT_EQ(r.err, "");
-        EXPECT_NE(readFile(dir.file("g.h")), "");
+    ProcessResult r = runProgram({cliPath(), "-q", "good.zyl"}, dir.path());
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.out + r.err, "");
+    EXPECT_NE(readFile(dir.file("g.h")), "");
 
-        r = runProgram({cliPath(), quiet, "bad.zyl"}, dir.path());
-        EXPECT_EQ(r.status, 255);
-        EXPECT_EQ(r.out, "Error executing DDL compiler\n");
-        EXPECT_EQ(r.err, "File bad.zyl;  line 2: error: undefined type NoSuchType used in x\n\n");
-    }
+    r = runProgram({cliPath(), "--quiet", "bad.zyl"}, dir.path());
+    EXPECT_EQ(r.status, 255);
+    EXPECT_EQ(r.out, "Error executing DDL compiler\n");
+    EXPECT_EQ(r.err, "File bad.zyl;  line 2: error: undefined type NoSuchType used in x\n\n");
 }
 
-// Every option of --help, each on a line of its own, is in the README and
-// the manual page, and every option of the README's table is in --help.
+// Every spelling of an option in --help, short ones too, is in the README
+// and the manual page, and every option of the README's table is in --help.
 TEST(Cli, HelpManPageAndReadmeListTheSameOptions) {
     ProcessResult r = runProgram({cliPath(), "--help"});
     ASSERT_EQ(r.status, 0);
     std::string const man = readFile(std::string(ZYLCOMP_TESTS_DIR) + "/../doc/zylcomp.1.in");
     std::string const readme = readFile(std::string(ZYLCOMP_TESTS_DIR) + "/../README.md");
-    ASSERT_TRUE(!man.empty() && !readme.empty());
-
-    std::regex const option("--[a-z][a-z-]*");
-    std::set<std::string> seen;
-    std::istringstream lines(r.out);
-    for (std::string line; std::getline(lines, line);) {
-        size_t first = line.find_first_not_of(' ');
-        if (first == std::string::npos || line[first] != '-')
-            continue;
-        std::smatch m;
-        ASSERT_TRUE(std::regex_search(line, m, option)) << line;
-        std::string name = m.str();
-        EXPECT_TRUE(seen.insert(name).second) << name << " has two lines";
-        std::string roff = std::regex_replace(name, std::regex("-"), "\\-");
-        EXPECT_NE(man.find(roff), std::string::npos) << name << " is not in doc/zylcomp.1.in";
-    }
-    EXPECT_GE(seen.size(), 28u);  // the regex found them all
-    // Every spelling, short ones too, in both directions.
+    std::set<std::string> help;
     std::regex const any("(^|[ ,])(--?[a-zA-Z][a-z-]*)");
     for (std::sregex_iterator it(r.out.begin(), r.out.end(), any), end; it != end; ++it)
-        EXPECT_NE(readme.find("`" + (*it)[2].str()), std::string::npos) << (*it)[2] << " is not in README.md";
+        help.insert((*it)[2]);
+    EXPECT_GE(help.size(), 38u);  // the regex found them all
+    for (std::string const& name : help) {
+        EXPECT_NE(readme.find("`" + name), std::string::npos) << name << " is not in README.md";
+        EXPECT_NE(man.find(std::regex_replace(name, std::regex("-"), "\\-")), std::string::npos)
+            << name << " is not in doc/zylcomp.1.in";
+    }
     std::istringstream table(readme);
     std::regex const quoted("`(--?[a-zA-Z][a-z-]*)");
     for (std::string line; std::getline(table, line);)
         for (std::sregex_iterator it(line.begin(), line.end(), quoted), end; line[0] == '|' && it != end; ++it)
-            EXPECT_TRUE(std::regex_search(r.out, std::regex("[ ,]" + (*it)[1].str() + "[ ,\\n]")))
-                << (*it)[1] << " of README.md is not in --help";
+            EXPECT_TRUE(help.count((*it)[1].str())) << (*it)[1] << " of README.md is not in --help";
 }
 
 TEST(Cli, Version) {

@@ -46,18 +46,13 @@ TEST(Depfile, NestedIncludesByEscapedPaths) {
 // written: those a build can declare before the schema is read.
 TEST(Depfile, TargetsAreTheFilesNamedAfterTheDatabase) {
     TempDir dir;
-    makeDirs(dir, {"out", "plain"});
+    makeDirs(dir, {"out"});
     dir.write("m.zyl", "declare database m;\nenum Color { RED, GREEN };\nclass Item { unsigned<4> n; Color c; };\n");
-    ProcessResult r = runProgram({cliPath(), "--cpp", "--cs", "--xml-schema", "-o", "out", "--depfile", "out/m.d", "m.zyl"},
-                                 dir.path());
+    ProcessResult r = runProgram(
+        {cliPath(), "--cpp", "--cs", "--xml-schema", "--java", "-o", "out", "--depfile", "out/m.d", "m.zyl"}, dir.path());
     ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(readFile(dir.file("out/m.d")), "out/m.h out/m.c out/m.hpp out/m.cs out/m.xml: \\\n  m.zyl\n");
-
+    EXPECT_EQ(readFile(dir.file("out/m.d")), "out/m.h out/m.c out/m.hpp out/m.cs out/m.xml out/m.java: \\\n  m.zyl\n");
     // Java's files of the schema's types cannot be known beforehand.
-    r = runProgram({cliPath(), "--java", "-o", "out", "--depfile", "out/m.d", "m.zyl"}, dir.path());
-    ASSERT_EQ(r.status, 0) << r.err;
-    std::string const rule = readFile(dir.file("out/m.d"));
-    EXPECT_EQ(rule.substr(0, rule.find(':')), "out/m.h out/m.c out/m.java");
     EXPECT_TRUE(exists(dir.file("out/Color.java")));
 
     // Neither are the skeletons, nor the ".new" written beside one.
@@ -68,20 +63,13 @@ TEST(Depfile, TargetsAreTheFilesNamedAfterTheDatabase) {
         EXPECT_TRUE(exists(dir.file(written))) << written;
         EXPECT_EQ(readFile(dir.file("out/u.d")), "out/u.h out/u.c: \\\n  u.zyl\n") << written;
     }
-
-    r = runProgram({cliPath(), "-o", "plain", "m.zyl"}, dir.path());
-    ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_TRUE(exists(dir.file("plain/m.c")));
-    EXPECT_FALSE(exists(dir.file("plain/m.d")));
 }
 
 // #include searches the -I directories in order, then the schema's own.
 TEST(Depfile, IncludeDirectoriesInOrder) {
     struct { std::vector<std::string> options; char const* opened; } const cases[] = {
-        {{}, "schema/t.zyl"},
         {{"-I", "first", "-I", "second"}, "first/t.zyl"},
-        {{"-I", "second", "--include-dir=first"}, "second/t.zyl"},
-        {{"-I", "empty", "-Isecond"}, "second/t.zyl"},
+        {{"--include-dir=empty", "-Isecond"}, "second/t.zyl"},
         {{"-I", "empty"}, "schema/t.zyl"},
     };
     TempDir dir;
@@ -90,9 +78,8 @@ TEST(Depfile, IncludeDirectoriesInOrder) {
     for (char const* d : {"schema", "first", "second"})
         dir.write(std::string(d) + "/t.zyl", "\n");
     for (auto const& c : cases) {
-        std::vector<std::string> argv = {cliPath(), "--depfile", "m.d"};
+        std::vector<std::string> argv = {cliPath(), "schema/main.zyl", "--depfile", "m.d"};  // options may follow
         argv.insert(argv.end(), c.options.begin(), c.options.end());
-        argv.push_back("schema/main.zyl");
         ProcessResult r = runProgram(argv, dir.path());
         ASSERT_EQ(r.status, 0) << r.err;
         EXPECT_EQ(readFile(dir.file("m.d")),
@@ -101,76 +88,57 @@ TEST(Depfile, IncludeDirectoriesInOrder) {
     }
 }
 
-// A failed compile writes no rule and removes an earlier one, whether it
-// fails after an include, before the database name, or opening the schema.
-TEST(Depfile, NoneAfterAFailedCompile) {
-    struct { char const* name; char const* schema; } const cases[] = {  // no schema: no file at all
-        {"after_include", "declare database s;\n#include \"t.zyl\"\nclass C { NoSuchType x; };\n"},
-        {"before_name", "#include \"t.zyl\"\nnonsense\n"},
-        {"missing_schema", nullptr},
-    };
-    for (auto const& c : cases) {
-        TempDir dir;
-        makeDirs(dir, {"out"});
-        dir.write("t.zyl", "#define T 1\n");
-        if (c.schema != nullptr)
-            dir.write("s.zyl", c.schema);
-        dir.write("out/s.d", "out/s.h out/s.c: s.zyl\n");
-        ProcessResult r = runProgram({cliPath(), "-o", "out", "--depfile", "out/s.d", "s.zyl"}, dir.path());
-        EXPECT_EQ(r.status, 255) << c.name;
-        EXPECT_NE(r.out.find("Error executing DDL compiler"), std::string::npos) << c.name;
-        EXPECT_FALSE(exists(dir.file("out/s.d"))) << c.name;
-        EXPECT_FALSE(exists(dir.file("out/s.c"))) << c.name;
-    }
-}
-
-// A rule that cannot be written fails the command (so a build tool runs it
-// again); the generated files stay.
-TEST(Depfile, UnwritableFile) {
-    TempDir dir;
-    dir.write("s.zyl", "declare database s;\nclass C { unsigned<4> n; };\n");
-    ProcessResult r = runProgram({cliPath(), "--depfile", "no/such/dir/s.d", "s.zyl"}, dir.path());
-    EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.err, "zylcomp: cannot write the dependency file 'no/such/dir/s.d'\n");
-    EXPECT_EQ(r.out.find("Compiled successfully"), std::string::npos);
-    EXPECT_EQ(dir.list(), (std::vector<std::string>{"s.c", "s.h", "s.zyl"}));
-}
-
 // The rule may not replace a file the compile reads or writes: such a
-// command line is refused and changes no file. A compile that fails on its
-// own still leaves an input alone.
+// command line is refused and changes no file (the manual shows the plain
+// names). A failed compile writes no rule and removes an earlier one,
+// whether it fails after an include, before the database name (which
+// decides the outputs removed) or opening the schema, but leaves an input
+// named as the rule alone. A rule that cannot be written fails the command
+// (so a build tool runs it again); the generated files stay.
 TEST(Depfile, NeverAFileTheCompileReadsOrWrites) {
     std::string const usage = "usage: zylcomp [OPTIONS] SCHEMA-FILE\nTry 'zylcomp --help' for the options.\n";
-#define GOOD "declare database s;\n#include \"t.zyl\"\nclass C { unsigned<4> n; };\n"
-#define INPUT(f) "zylcomp: the dependency file '" f "' is the schema or a file it includes\n"
-#define OUTPUT(f) "zylcomp: the dependency file '" f "' is an output of the compile\n"
-    struct { char const* depfile; char const* schema; int status; char const* err; } const cases[] = {
-        {"s.zyl", GOOD, 2, INPUT("s.zyl")},
-        {"./s.zyl", GOOD, 2, INPUT("./s.zyl")},
-        {"t.zyl", GOOD, 2, INPUT("t.zyl")},
-        {"out/s.h", GOOD, 2, OUTPUT("out/s.h")},
-        {"out/../out/s.c", GOOD, 2, OUTPUT("out/../out/s.c")},
-        {"t.zyl", "declare database s;\n#include \"t.zyl\"\nclass C { NoSuchType x; };\n", 255,
-         "File s.zyl;  line 3: error: undefined type NoSuchType used in x\n\n"},
+    std::string const earlier = "/* an earlier output */\n";
+    std::string const undefined = "File s.zyl;  line 3: error: undefined type NoSuchType used in x\n\n";
+    char const* const good = "declare database s;\n#include \"t.zyl\"\nclass C { unsigned<4> n; };\n";
+    char const* const bad = "declare database s;\n#include \"t.zyl\"\nclass C { NoSuchType x; };\n";
+    using Names = std::vector<std::string>;
+    struct { char const* depfile; char const* schema; int status; std::string err; Names out; } const cases[] = {
+        {"./s.zyl", good, 2, "zylcomp: the dependency file './s.zyl' is the schema or a file it includes\n" + usage,
+         {"s.c", "s.d", "s.h"}},
+        {"t.zyl", good, 2, "zylcomp: the dependency file 't.zyl' is the schema or a file it includes\n" + usage,
+         {"s.c", "s.d", "s.h"}},
+        {"out/../out/s.c", good, 2,
+         "zylcomp: the dependency file 'out/../out/s.c' is an output of the compile\n" + usage, {"s.c", "s.d", "s.h"}},
+        {"no/such/dir/s.d", good, 1, "zylcomp: cannot write the dependency file 'no/such/dir/s.d'\n",
+         {"s.c", "s.d", "s.h"}},
+        {"t.zyl", bad, 255, undefined, {"s.d"}},
+        {"out/s.d", bad, 255, undefined, {}},
+        {"out/s.d", "#include \"t.zyl\"\nnonsense\n", 255, "File s.zyl;  line 2: error: unexpected token: \"nonsense\"\n\n",
+         {"s.c", "s.h"}},
+        {"out/s.d", nullptr, 255, "error: Cannot open \"s.zyl\"\n\n", {"s.c", "s.h"}},
     };
     for (auto const& c : cases) {
-        SCOPED_TRACE(c.depfile);
+        SCOPED_TRACE(std::string(c.depfile) + " " + (c.schema ? c.schema : "(none)"));
         TempDir dir;
         makeDirs(dir, {"out"});
-        dir.write("s.zyl", c.schema);
+        if (c.schema != nullptr)
+            dir.write("s.zyl", c.schema);
         dir.write("t.zyl", "#define T 1\n");
-        dir.write("out/s.h", "/* an earlier output */\n");
-        dir.write("out/s.c", "/* an earlier output */\n");
+        for (char const* output : {"out/s.h", "out/s.c", "out/s.d"})
+            dir.write(output, earlier);
         ProcessResult r = runProgram({cliPath(), "-o", "out", "--depfile", c.depfile, "s.zyl"}, dir.path());
         EXPECT_EQ(r.status, c.status);
-        EXPECT_EQ(r.err, std::string(c.err) + (c.status == 2 ? usage : ""));
-        EXPECT_EQ(readFile(dir.file("s.zyl")), c.schema);
+        EXPECT_EQ(r.err, c.err);
+        EXPECT_EQ(readFile(dir.file("s.zyl")), c.schema ? c.schema : "");
         EXPECT_EQ(readFile(dir.file("t.zyl")), "#define T 1\n");
-        if (c.status == 2) {
+        EXPECT_EQ(listDir(dir.file("out")), c.out);
+        EXPECT_EQ(dir.list(), (c.schema ? Names{"out", "s.zyl", "t.zyl"} : Names{"out", "t.zyl"}));
+        if (c.status == 255) {
+            EXPECT_NE(r.out.find("Error executing DDL compiler\n"), std::string::npos);
+        } else {
             EXPECT_EQ(r.out, "");
             for (char const* output : {"out/s.h", "out/s.c"})
-                EXPECT_EQ(readFile(dir.file(output)), "/* an earlier output */\n") << output;
-            EXPECT_EQ(dir.list(), (std::vector<std::string>{"out", "s.zyl", "t.zyl"}));
+                EXPECT_EQ(readFile(dir.file(output)) == earlier, c.status == 2) << output;
         }
     }
 }

@@ -9,31 +9,27 @@
 #include "support/process.h"
 
 TEST(Messages, EachMessageWithFileLineAndPosition) {
-    std::vector<MessageRow> rows = grammarRows();
-    for (auto const* more : {&finishRows(), &dictionaryRows()})
-        rows.insert(rows.end(), more->begin(), more->end());
-    for (MessageRow const& c : rows) {
-        SCOPED_TRACE(c.schema);
-        TempDir dir;
-        dir.write("s.zyl", c.schema);
-        std::vector<std::string> argv = {cliPath()};
-        if (c.option)
-            argv.push_back(c.option);
-        argv.push_back("s.zyl");
-        ProcessResult r = runProgram(argv, dir.path());
-        EXPECT_EQ(r.err, c.err);
-        EXPECT_EQ(r.status, c.status());
-        std::vector<std::string> const files = dir.list();
-        if (c.status() == 0) {
-            EXPECT_EQ(r.out.rfind("Compiled successfully: ", 0), 0u) << r.out;
-            // A collation asks for db_coll.c as well.
-            ASSERT_GE(files.size(), 3u);
-            EXPECT_EQ(files[0] + " " + files[1], "db.c db.h");
-        } else {
-            EXPECT_EQ(r.out, "Error executing DDL compiler\n");
-            // An error removes the outputs; a panic never puts this
-            // compile's in place, and leaves no temporary of them.
-            EXPECT_EQ(files, std::vector<std::string>{"s.zyl"});
+    for (auto const* rows : {&grammarRows(), &finishRows(), &dictionaryRows()}) {
+        for (MessageRow const& c : *rows) {
+            SCOPED_TRACE(c.schema);
+            TempDir dir;
+            dir.write("s.zyl", c.schema);
+            ProcessResult r = runProgram({cliPath(), c.option ? c.option : "--diagnostics-format=classic", "s.zyl"},
+                                         dir.path());
+            EXPECT_EQ(r.err, c.err);
+            EXPECT_EQ(r.status, c.status());
+            std::vector<std::string> const files = dir.list();
+            if (c.status() == 0) {
+                EXPECT_EQ(r.out.rfind("Compiled successfully: ", 0), 0u) << r.out;
+                // A collation asks for db_coll.c as well.
+                ASSERT_GE(files.size(), 3u);
+                EXPECT_EQ(files[0] + " " + files[1], "db.c db.h");
+            } else {
+                EXPECT_EQ(r.out, "Error executing DDL compiler\n");
+                // An error removes the outputs; a panic never puts this
+                // compile's in place, and leaves no temporary of them.
+                EXPECT_EQ(files, std::vector<std::string>{"s.zyl"});
+            }
         }
     }
 }
@@ -43,10 +39,7 @@ TEST(Messages, EachMessageWithFileLineAndPosition) {
 // and nothing at all while the name is not yet known.
 TEST(Messages, DatabaseNameDecidesWhatAFailureRemoves) {
     char const* const stale[] = {"db.h", "db.c", "db.hpp", "db.xml", "db_udf.c", "other.h"};
-    struct {
-        char const* schema;
-        std::vector<std::string> left;
-    } const cases[] = {
+    struct { char const* schema; std::vector<std::string> left; } const cases[] = {
         {"declare database db;\nclass A { unsigned<4> a, a; };", {"db_udf.c", "other.h", "s.zyl"}},
         {"class A { unsigned<4> a, a; };\ndeclare database db;",
          {"db.c", "db.h", "db.hpp", "db.xml", "db_udf.c", "other.h", "s.zyl"}},

@@ -33,9 +33,6 @@ std::vector<MessageRow> const& grammarRows() {
     {"class A { userdef thick tree<a> t; };", E(1, "'thick' contradicts with 'userdef' keyword.")},
     {"class A { unique unsigned<4> a; };", E(1, "Invalid syntax")},
     {"class A { oid; oid; };", E(1, "oid was already declared")},
-    // Warnings leave the compile going.
-    {"declare database db;\ndeclare OID K[10];\nstruct K { unsigned<4> k; };\nclass A { OID; unsigned<4> a; };",
-     W(2, "OID is deprecated, use oid instead") W(4, "OID is deprecated, use oid instead")},
     // Fields.
     {"class A { rect<signed<4>> r[17]; };", E(1, "dimension size limits")},
     {"class A { point<signed<4>> p[1]; };", E(1, "dimension size limits")},
@@ -60,7 +57,6 @@ std::vector<MessageRow> const& grammarRows() {
     // Accepted forms that are easy to break.
     {"declare database db;\nclass A { unsigned<4> a; unique hash<a> h[5]; nonunique hash<a> g[5]; };", ""},
     {"declare database db;\nclass A { sequence<numeric<5,0> asc> s; unsigned<4> select; };", ""},
-    {"declare database db;\niot router<7> 12;\nuptable class A { unsigned<4> a; };", ""},
     {"declare database db;\nclass A { unsigned<4> a; inclusive unsigned<4> b; tree<a> t; };", ""},
     };
     return rows;
@@ -130,9 +126,3 @@ std::vector<MessageRow> const& dictionaryRows() {
     };
     return rows;
 }
-
-#undef E
-#undef EP
-#undef W
-#undef DB
-#undef DICT
