@@ -41,7 +41,6 @@ TEST(GenFrame, PrefixedAndExportedNames) {
 TEST(GenFrame, FixedParameterNamesAvoidKeyNames) {
     struct { std::vector<char const*> keys; char const* chosen; } const cases[] = {
         {{}, "t oper handle c"},
-        {{"t"}, "t_ oper handle c"},
         {{"t", "oper", "handle", "c", "hdl"}, "t_ op hdl_ c_"},
         {{"c", "c_", "csr", "csr_", "csr_0"}, "t oper handle csr_1"},
         {{"t", "t_", "tr", "trn", "trn_"}, "trn_0 oper handle c"},

@@ -9,7 +9,6 @@ TEST(Job, IncludeDirectoryDerivation) {
         {"/ab.zyl", ""},  // only a separator at index 0 or 1
         {"a/b.zyl", ""},
         {"ab/c.zyl", "ab"},  // index 2 is looked at
-        {"dir/sub/s.zyl", "dir/sub"},
         {"dir\\sub\\s.zyl", "dir\\sub"},
         {"dir/sub/", "dir/sub"},  // a trailing separator: everything before it
     };

@@ -15,18 +15,21 @@ namespace {
 
 struct Held {
     char* block;
-    std::uint64_t cap, size;  // cap as allocate() left it
+    std::uint64_t cap;  // as allocate() left it: the usable size, and the slab bit
     char fill;
+
+    std::uint64_t size() const { return strblocks::usable(cap); }
+    bool intact() const { return std::all_of(block, block + size(), [this](char c) { return c == fill; }); }
+    void release() const { strblocks::release(block, cap); }
 };
 
 Held take(std::uint64_t size, char fill) {
-    Held h{nullptr, size, size, fill};
+    Held h{nullptr, size, fill};
     h.block = strblocks::allocate(h.cap);
+    EXPECT_EQ(h.size(), size);
     std::memset(h.block, fill, size);
     return h;
 }
-
-bool intact(Held const& h) { return std::all_of(h.block, h.block + h.size, [&h](char c) { return c == h.fill; }); }
 
 }  // namespace
 
@@ -39,31 +42,27 @@ TEST(StringBlocks, BlocksNeverOverlap) {
     strblocks::Scope scope;
     std::mt19937 rng(20261121);
     std::vector<Held> held;
-    char fill = 1;
     for (int round = 0; round < 20000; round++) {
-        bool const taking = held.empty() || rng() % 3 != 0;
-        if (taking) {
+        if (held.empty() || rng() % 3 != 0) {
             std::uint64_t const size = 1 + rng() % (strblocks::kMaxPooled + 40);
-            held.push_back(take(size, fill));
-            EXPECT_EQ(strblocks::usable(held.back().cap), size);
+            held.push_back(take(size, static_cast<char>(1 + round % 127)));
             if (size > strblocks::kMaxPooled) {
                 EXPECT_EQ(held.back().cap, size) << "a long block is never a slab's";
             }
-            fill = static_cast<char>(fill == 127 ? 1 : fill + 1);
         } else {
             std::size_t const i = rng() % held.size();
-            ASSERT_TRUE(intact(held[i])) << "block of " << held[i].size << " bytes overwritten";
-            strblocks::release(held[i].block, held[i].cap);
+            ASSERT_TRUE(held[i].intact()) << "block of " << held[i].size() << " bytes overwritten";
+            held[i].release();
             held[i] = held.back();
             held.pop_back();
         }
     }
     for (Held const& h : held) {
-        EXPECT_TRUE(intact(h)) << "block of " << h.size << " bytes overwritten";
-        strblocks::release(h.block, h.cap);
+        EXPECT_TRUE(h.intact()) << "block of " << h.size() << " bytes overwritten";
+        h.release();
     }
     strblocks::release(nullptr, 10);  // nothing to give back
-    strblocks::release(outside.block, outside.cap);
+    outside.release();
 }
 
 // Slabs that lose their last block are freed, in whatever order the blocks
@@ -84,22 +83,17 @@ TEST(StringBlocks, SlabsFollowTheirBlocks) {
         // Every other block of each size first: no slab empties, so none goes.
         for (std::size_t i = 0; i < held.size(); i++)
             if (i / 2 % 2 == 0)
-                strblocks::release(held[i].block, held[i].cap);
+                held[i].release();
         EXPECT_EQ(scope.slabsHeld(), full);
         // The rest from the back, but for two that outlive the scope.
-        for (std::size_t i = held.size(); i-- > 0;) {
-            if (i / 2 % 2 == 0)
-                continue;
-            if (i == 3 || i == 5998)
-                escaped.push_back(held[i]);
-            else
-                strblocks::release(held[i].block, held[i].cap);
-        }
+        escaped = {held[3], held[5998]};
+        for (std::size_t i = held.size(); i-- > 0;)
+            if (i / 2 % 2 == 1 && i != 3 && i != 5998)
+                held[i].release();
         EXPECT_LE(scope.slabsHeld(), 4u);
-
     }
     for (Held const& h : escaped) {
-        EXPECT_TRUE(intact(h));
-        strblocks::release(h.block, h.cap);
+        EXPECT_TRUE(h.intact());
+        h.release();
     }
 }
