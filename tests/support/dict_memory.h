@@ -12,7 +12,6 @@
 
 namespace dictmem {
 
-std::size_t allocations();  // blocks handed out since the start, freed or not
 std::size_t live();         // blocks handed out and not yet released
 void releaseAll();          // frees every live block
 // Forgets every block unfreed: a refused call's blocks of a runtime's

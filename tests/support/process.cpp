@@ -72,8 +72,6 @@ void execProgram(std::vector<std::string> const& argv) {
     _exit(127);
 }
 
-std::string cliPath() { return ZYLCOMP_CLI; }
-
 TempDir::TempDir() : m_path("/tmp/zylcomp-test-XXXXXX") {
     if (mkdtemp(&m_path[0]) == nullptr)
         throw std::runtime_error("mkdtemp failed");
@@ -89,8 +87,6 @@ std::string TempDir::write(std::string const& name, std::string const& text) con
     std::ofstream(file(name), std::ios::binary) << text;
     return file(name);
 }
-
-std::vector<std::string> TempDir::list() const { return listDir(m_path); }
 
 std::vector<std::string> listDir(std::string const& path) {
     std::vector<std::string> names;

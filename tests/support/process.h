@@ -23,7 +23,11 @@ ProcessResult runProgram(std::vector<std::string> const& argv, std::string const
 // In a forked child: becomes the program, or exits with 127.
 [[noreturn]] void execProgram(std::vector<std::string> const& argv);
 
-std::string cliPath();  // the built command-line compiler
+inline std::string cliPath() { return ZYLCOMP_CLI; }  // the built command-line compiler
+
+// The names in a directory, sorted, dot files included; none when it cannot
+// be read.
+std::vector<std::string> listDir(std::string const& path);
 
 // A fresh, empty directory, removed with all it holds by the destructor.
 class TempDir {
@@ -36,14 +40,10 @@ public:
     std::string const& path() const { return m_path; }
     std::string file(std::string const& name) const { return m_path + "/" + name; }
     std::string write(std::string const& name, std::string const& text) const;  // returns the file's path
-    std::vector<std::string> list() const;                                      // the names in it, sorted
+    std::vector<std::string> list() const { return listDir(m_path); }  // the names in it, sorted
 
 private:
     std::string m_path;
 };
 
 std::string readFile(std::string const& path);
-
-// The names in a directory, sorted, dot files included; none when it cannot
-// be read.
-std::vector<std::string> listDir(std::string const& path);
